@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// nmos-instrument: plain records in, NMOS texts out. This header includes all others; start here.
+//
+// The host application owns the network, the clock and the instrument. It keeps a few plain
+// records up to date and asks five small classes for the texts that NMOS carries:
+//
+//   node_state.h          NMOS_IS04_ST        the node and its resources (AMWA IS-04)
+//   connection_state.h    NMOS_IS05_ST        staged and active connections (AMWA IS-05)
+//                         sdp_str             what an SDP file said
+//   system_parameters.h   st_param_sys        the instrument's settings
+//
+//   NodeApi.h             NodeApi             IS-04 Node API response bodies
+//   RegistrationApi.h     RegistrationApi     IS-04 Registration API request bodies
+//   ConnectionApi.h       ConnectionApi       IS-05 bodies; SDP files written and checked
+//   Nmos.h                Nmos                service file, parameter document, membership rules
+//   NetworkControlApi.h   NetworkControlApi   a class without operations
+//
+//   record_check.h        check_record        tells what is wrong with a record
+//   version.h             the version of the library
+//
+// What holds for every operation:
+//
+// Ownership   Records belong to the caller. No operation keeps a pointer after it returns. Every
+//             returned text is the caller's own.
+// JSON        Compact (no blank, no line break), members in ascending byte order of their keys.
+//             Integral numbers below 2^53 print in full digits (minus zero prints "-0"), all
+//             others with 17 significant digits. Bytes from 0x80 on are copied as they are; '"',
+//             '\' and control bytes are escaped. A '/' is written "\/" or "/", as each operation
+//             says: that differs from body to body, is meant, and is the same JSON value to every
+//             reader. Root listings, id listings, constraints, SDP files and the service file are
+//             not serialised JSON values but fixed, hand-indented text.
+// Records     A text field is read up to its first NUL byte and never past its array: a field
+//             without NUL is its whole width. A flag byte is false when 0, true otherwise. A count
+//             that is negative is no entries; one above its array's capacity is the capacity.
+// Exceptions  std::overflow_error with an empty text when a number that enters JSON is NaN or
+//             infinite; std::out_of_range when an index is outside its array (the text names
+//             operation, index and allowed range, and nothing has been read or written);
+//             std::bad_alloc. After an exception every record is as the operation's note says, and
+//             nothing is leaked.
+// Threads     Nothing is shared: operations may run in any number of threads at once, on records
+//             that nobody writes meanwhile. The operations that write are marked.
+// Locale      Output and input never depend on the process's locale.
+
+#ifndef NMOS_INSTRUMENT_NMOS_INSTRUMENT_H
+#define NMOS_INSTRUMENT_NMOS_INSTRUMENT_H
+
+#include "nmos_instrument/ConnectionApi.h"
+#include "nmos_instrument/NetworkControlApi.h"
+#include "nmos_instrument/Nmos.h"
+#include "nmos_instrument/NodeApi.h"
+#include "nmos_instrument/RegistrationApi.h"
+#include "nmos_instrument/connection_state.h"
+#include "nmos_instrument/node_state.h"
+#include "nmos_instrument/record_check.h"
+#include "nmos_instrument/system_parameters.h"
+#include "nmos_instrument/version.h"
+
+#endif
