@@ -23,7 +23,7 @@ if grep -Eq 'lib(asan|tsan|ubsan)' "$work/dynamic"; then
 fi
 
 # Columns: number, value, size, type, bind, visibility, section, name.
-awk '$1 ~ /^[0-9]+:$/ && $7 != "UND" && $8 != "" { print $8 }' "$work/all" | LC_ALL=C sort \
+awk '$1 ~ /^[0-9]+:$/ && $5 != "LOCAL" && $7 != "UND" { print $8 }' "$work/all" | LC_ALL=C sort \
     >"$work/exported"
 sed -e '/^#/d' -e '/^$/d' -e 's/ .*//' "$list" | LC_ALL=C sort >"$work/listed"
 if ! diff -u "$work/listed" "$work/exported"; then
