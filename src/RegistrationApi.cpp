@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "nmos_instrument/RegistrationApi.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "is04_bodies.h"
+#include "json_lists.h"
+#include "label_tables.h"
+#include "number_text.h"
+#include "root_listing.h"
+
+using namespace nmos_instrument;
+
+RegistrationApi::RegistrationApi() = default;
+RegistrationApi::~RegistrationApi() = default;
+
+std::string RegistrationApi::make_version()
+{
+    return root_listing({"v1.2"});
+}
+
+std::string RegistrationApi::make_base(NMOS_IS04_ST*)
+{
+    return root_listing({"resource", "health"});
+}
+
+std::string RegistrationApi::make_health(NMOS_IS04_ST*)
+{
+    return {};
+}
+
+std::string RegistrationApi::make_resource_node(NMOS_IS04_ST* rec)
+{
+    update_version(rec);
+    return make_text(Slashes::plain, [&](JsonText& text) {
+        write_registration(text, "node", [&](JsonText& data) { write_node(data, *rec); });
+    });
+}
+
+std::string RegistrationApi::make_resource_devices(NMOS_IS04_ST* rec, int receiver_filter,
+                                                   int audio_group_filter, int sender_filter)
+{
+    const DeviceSelection selection{{receiver_filter, audio_group_filter}, sender_filter};
+    return make_list(Slashes::plain, rec->devices, rec->devices_count,
+                     [&](JsonText& text, const DEVICE_IS04_ST& device, std::size_t) {
+                         write_device(text, device, selection, DeviceTags::absent);
+                     });
+}
+
+std::string RegistrationApi::make_resource_deviceid(NMOS_IS04_ST* rec, int index,
+                                                    int receiver_filter, int audio_group_filter,
+                                                    int sender_filter)
+{
+    const DEVICE_IS04_ST& device =
+        checked_entry(rec->devices, index, "RegistrationApi::make_resource_deviceid");
+    const DeviceSelection selection{{receiver_filter, audio_group_filter}, sender_filter};
+    return make_text(Slashes::plain, [&](JsonText& text) {
+        write_registration(text, "device", [&](JsonText& data) {
+            write_device(data, device, selection, DeviceTags::present);
+        });
+    });
+}
+
+namespace {
+
+void write_source_registration(JsonText& text, const SOURCE_IS04_ST& source, std::size_t position)
+{
+    write_registration(text, "source",
+                       [&](JsonText& data) { write_source(data, source, position); });
+}
+
+void write_flow_registration(JsonText& text, const FLOW_IS04_ST& flow, std::size_t position)
+{
+    write_registration(text, "flow", [&](JsonText& data) { write_flow(data, flow, position); });
+}
+
+void write_sender_registration(JsonText& text, const SENDER_IS04_ST& sender)
+{
+    write_registration(text, "sender", [&](JsonText& data) { write_sender(data, sender); });
+}
+
+void write_receiver_registration(JsonText& text, const RECEIVER_IS04_ST& receiver)
+{
+    write_registration(text, "receiver", [&](JsonText& data) { write_receiver(data, receiver); });
+}
+
+} // namespace
+
+std::string RegistrationApi::make_resource_sources(NMOS_IS04_ST* rec)
+{
+    return make_list(Slashes::escaped, rec->sources, rec->sources_count, write_source_registration);
+}
+
+std::string RegistrationApi::make_resource_sourceid(NMOS_IS04_ST* rec, int index)
+{
+    const SOURCE_IS04_ST& source =
+        checked_entry(rec->sources, index, "RegistrationApi::make_resource_sourceid");
+    return make_text(Slashes::escaped, [&](JsonText& text) {
+        write_source_registration(text, source, static_cast<std::size_t>(index));
+    });
+}
+
+std::string RegistrationApi::make_resource_flows(NMOS_IS04_ST* rec)
+{
+    return make_list(Slashes::escaped, rec->flows, rec->flows_count, write_flow_registration);
+}
+
+std::string RegistrationApi::make_resource_flowid(NMOS_IS04_ST* rec, int index)
+{
+    const FLOW_IS04_ST& flow =
+        checked_entry(rec->flows, index, "RegistrationApi::make_resource_flowid");
+    return make_text(Slashes::escaped, [&](JsonText& text) {
+        write_flow_registration(text, flow, static_cast<std::size_t>(index));
+    });
+}
+
+std::string RegistrationApi::make_resource_senders(NMOS_IS04_ST* rec)
+{
+    return make_list(Slashes::plain, rec->senders, rec->senders_count,
+                     [](JsonText& text, const SENDER_IS04_ST& sender, std::size_t) {
+                         write_sender_registration(text, sender);
+                     });
+}
+
+std::string RegistrationApi::make_resource_senderid(NMOS_IS04_ST* rec, int index)
+{
+    const SENDER_IS04_ST& sender =
+        checked_entry(rec->senders, index, "RegistrationApi::make_resource_senderid");
+    return make_text(Slashes::plain,
+                     [&](JsonText& text) { write_sender_registration(text, sender); });
+}
+
+std::string RegistrationApi::make_resource_receivers(NMOS_IS04_ST* rec)
+{
+    return make_list(Slashes::plain, rec->receivers, rec->receivers_count,
+                     [](JsonText& text, const RECEIVER_IS04_ST& receiver, std::size_t) {
+                         write_receiver_registration(text, receiver);
+                     });
+}
+
+std::string RegistrationApi::make_resource_receiverid(NMOS_IS04_ST* rec, int index)
+{
+    const RECEIVER_IS04_ST& receiver =
+        checked_entry(rec->receivers, index, "RegistrationApi::make_resource_receiverid");
+    return make_text(Slashes::plain,
+                     [&](JsonText& text) { write_receiver_registration(text, receiver); });
+}
+
+void RegistrationApi::update_version(NMOS_IS04_ST* rec)
+{
+    char version[2 * number_text_size] = {};
+    char* end = write_integer(version, static_cast<unsigned long long>(rec->version_seconds));
+    *end++ = ':';
+    write_integer(end, rec->version_nanoseconds);
+
+    // At most 32 characters, so the whole field is written and ends with zeros.
+    constexpr std::size_t field_size = sizeof rec->version;
+    static_assert(sizeof version >= field_size);
+    std::memcpy(rec->version, version, field_size);
+    const std::size_t devices = bounded_count(rec->devices_count, std::size(rec->devices));
+    for (std::size_t i = 0; i < devices; ++i)
+        std::memcpy(rec->devices[i].version, version, field_size);
+    const std::size_t receivers = bounded_count(rec->receivers_count, std::size(rec->receivers));
+    for (std::size_t i = 0; i < receivers; ++i)
+        std::memcpy(rec->receivers[i].version, version, field_size);
+}
+
+void RegistrationApi::update_ipAddress(NMOS_IS04_ST* rec, std::string ip, std::string port)
+{
+    const double port_number = leading_double(port);
+
+    // Four bytes of the new URL and of the new address, never the whole.
+    constexpr std::size_t moved = 4;
+    std::memcpy(rec->href, "http", moved);
+    const std::size_t endpoints = bounded_count(rec->endpoints_count, std::size(rec->endpoints));
+    for (std::size_t i = 0; i < endpoints; ++i) {
+        std::memcpy(rec->endpoints[i].host, ip.c_str(), std::min(moved, ip.size() + 1));
+        rec->endpoints[i].port = port_number;
+    }
+}

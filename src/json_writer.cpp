@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "json_writer.h"
+
+namespace nmos_instrument {
+
+char* JsonWriter::write_tail(JsonText& text, char* position, std::string_view rest)
+{
+    for (const char byte : rest) {
+        if (byte == '\0')
+            break;
+        if (static_cast<std::size_t>(text.limit() - position) < escape_size)
+            position = text.flush(position);
+        const auto code = static_cast<unsigned char>(byte);
+        if (code < 0x20 || code == '"' || code == '\\' || code == 0x7F ||
+            (code == '/' && text.slashes() == Slashes::escaped))
+            position = write_escape(position, byte);
+        else
+            *position++ = byte;
+    }
+    return position;
+}
+
+char* JsonWriter::write_escape(char* to, char byte) noexcept
+{
+    const auto short_form = [to](char letter) {
+        to[0] = '\\';
+        to[1] = letter;
+        return to + 2;
+    };
+    switch (byte) {
+    case '"':
+    case '\\':
+    case '/':
+        return short_form(byte);
+    case '\b':
+        return short_form('b');
+    case '\f':
+        return short_form('f');
+    case '\n':
+        return short_form('n');
+    case '\r':
+        return short_form('r');
+    case '\t':
+        return short_form('t');
+    default:
+        break;
+    }
+    // All that is left is below 0x20, or 0x7F.
+    const auto code = static_cast<unsigned char>(byte);
+    std::memcpy(to, "\\u00", 4);
+    to[4] = "0123456789abcdef"[code >> 4];
+    to[5] = "0123456789abcdef"[code & 0xF];
+    return to + 6;
+}
+
+} // namespace nmos_instrument

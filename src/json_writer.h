@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// JsonText and JsonWriter: compact JSON, written as it goes, no value tree.
+//
+// A JsonText is the text that grows. A JsonWriter is a hand on it: a body function makes one at its
+// start and hands the text back at its end, so that the position stays in a register between. Only
+// one writer is in use on a text at a time:
+//
+//     void write_clock(JsonText& text, const CLOCK_IS04_ST& clock)
+//     {
+//         JsonWriter json(text);
+//         json.begin_object();
+//         json.member("name", clock.name);
+//         json.member("ref_type", clock.ref_type);
+//         json.end_object();
+//     }
+//
+// Members are written in ascending byte order of their keys, each key once; a debug build asserts
+// it. Every value is followed by a comma, which the end of its array or object, or
+// JsonText::take, puts right.
+
+#ifndef NMOS_INSTRUMENT_SRC_JSON_WRITER_H
+#define NMOS_INSTRUMENT_SRC_JSON_WRITER_H
+
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "number_text.h"
+#include "ordinary_bytes.h"
+#include "record_fields.h"
+#include "text_buffer.h"
+
+namespace nmos_instrument {
+
+class JsonText : public TextBuffer
+{
+public:
+    explicit JsonText(Slashes slashes) noexcept : slashes_(slashes) {}
+
+    Slashes slashes() const noexcept { return slashes_; }
+
+    /// The finished text.
+    std::string take()
+    {
+        set_position(position() - 1); // the comma behind the outermost value
+        return TextBuffer::take();
+    }
+
+#ifdef NDEBUG
+    void enter_object() noexcept {}
+    void leave_object() noexcept {}
+    void expect_ascending(std::string_view) noexcept {}
+#else
+    void enter_object() noexcept
+    {
+        assert(depth_ < max_depth);
+        last_key_[depth_++] = {};
+    }
+    void leave_object() noexcept
+    {
+        --depth_;
+    }
+    void expect_ascending(std::string_view key) noexcept
+    {
+        assert(depth_ > 0);
+        assert(last_key_[depth_ - 1] < key);
+        last_key_[depth_ - 1] = key;
+    }
+#endif
+
+private:
+    Slashes slashes_;
+#ifndef NDEBUG
+    static constexpr std::size_t max_depth = 8;
+    std::string_view last_key_[max_depth];
+    std::size_t depth_ = 0;
+#endif
+};
+
+class JsonWriter
+{
+public:
+    explicit JsonWriter(JsonText& text) noexcept
+        : text_(text), position_(text.position()), limit_(text.limit()), ordinary_(text.slashes())
+    {}
+    JsonWriter(const JsonWriter&) = delete;
+    JsonWriter& operator=(const JsonWriter&) = delete;
+    ~JsonWriter() { text_.set_position(position_); }
+
+    void begin_object()
+    {
+        text_.enter_object();
+        begin('{');
+    }
+    void end_object()
+    {
+        text_.leave_object();
+        end('}');
+    }
+    void begin_array() { begin('['); }
+    void end_array() { end(']'); }
+
+    /// The key of a member; its value follows.
+    template <std::size_t N>
+    [[gnu::always_inline]] JsonWriter& key(const char (&name)[N])
+    {
+        text_.expect_ascending({name, N - 1});
+        need(N + 2);
+        put_byte('"');
+        put_literal(name);
+        put_literal("\":");
+        return *this;
+    }
+
+    /// A key of a table: the code's own text, which holds nothing to escape.
+    JsonWriter& key(std::string_view name)
+    {
+        text_.expect_ascending(name);
+        need(name.size() + 3);
+        put_byte('"');
+        std::memcpy(position_, name.data(), name.size());
+        position_ += name.size();
+        put_literal("\":");
+        return *this;
+    }
+
+    void empty_object() { put_value("{}"); }
+    void empty_array() { put_value("[]"); }
+    void null() { put_value("null"); }
+    void boolean(bool value)
+    {
+        if (value)
+            put_value("true");
+        else
+            put_value("false");
+    }
+    /// A string of the code's own that holds nothing to escape.
+    template <std::size_t N>
+    [[gnu::always_inline]] void literal(const char (&value)[N])
+    {
+        need(N + 2);
+        put_byte('"');
+        put_literal(value);
+        put_literal("\",");
+    }
+    /// Throws std::overflow_error with an empty text when the number is NaN or infinite.
+    void number(double value)
+    {
+        need(number_text_size + 1);
+        position_ = write_json_number(position_, value);
+        put_byte(',');
+    }
+    void number(int value)
+    {
+        need(number_text_size + 1);
+        position_ = write_integer(position_, value);
+        put_byte(',');
+    }
+    /// A record's text field: up to its first NUL, never past its end.
+    template <std::size_t N>
+    [[gnu::always_inline]] void string(const char (&field)[N])
+    {
+        need(1);
+        put_byte('"');
+        put_escaped(field);
+        need(2);
+        put_literal("\",");
+    }
+    /// The same, but null for a field that holds exactly "null".
+    template <std::size_t N>
+    [[gnu::always_inline]] void string_or_null(const char (&field)[N])
+    {
+        if (holds(field, "null"))
+            null();
+        else
+            string(field);
+    }
+
+    template <std::size_t K, std::size_t N>
+    [[gnu::always_inline]] void member(const char (&name)[K], const char (&field)[N])
+    {
+        key(name).string(field);
+    }
+    template <std::size_t K>
+    [[gnu::always_inline]] void member(const char (&name)[K], double value)
+    {
+        key(name).number(value);
+    }
+    template <std::size_t K, std::size_t N>
+    [[gnu::always_inline]] void member_or_null(const char (&name)[K], const char (&field)[N])
+    {
+        key(name).string_or_null(field);
+    }
+    /// A flag byte: false when 0, true otherwise.
+    template <std::size_t K>
+    [[gnu::always_inline]] void flag(const char (&name)[K], std::uint8_t value)
+    {
+        key(name).boolean(value != 0);
+    }
+    /// The first `count` fields, within the array.
+    template <std::size_t K, std::size_t M, std::size_t N>
+    [[gnu::always_inline]] void strings(const char (&name)[K], const char (&fields)[M][N],
+                                        std::int32_t count)
+    {
+        key(name).begin_array();
+        for (const auto& field : valid_entries(fields, count))
+            string(field);
+        end_array();
+    }
+
+private:
+    [[gnu::always_inline]] void need(std::size_t bytes)
+    {
+        if (static_cast<std::size_t>(limit_ - position_) < bytes) [[unlikely]]
+            position_ = text_.flush(position_);
+    }
+    [[gnu::always_inline]] void put_byte(char byte) { *position_++ = byte; }
+    template <std::size_t N>
+    [[gnu::always_inline]] void put_literal(const char (&literal)[N])
+    {
+        std::memcpy(position_, literal, N - 1);
+        position_ += N - 1;
+    }
+    template <std::size_t N>
+    [[gnu::always_inline]] void put_value(const char (&literal)[N])
+    {
+        need(N);
+        put_literal(literal);
+        put_byte(',');
+    }
+    [[gnu::always_inline]] void begin(char bracket)
+    {
+        need(1);
+        put_byte(bracket);
+    }
+    [[gnu::always_inline]] void end(char bracket)
+    {
+        need(2);
+        if (position_[-1] == ',')
+            --position_;
+        put_byte(bracket);
+        put_byte(',');
+    }
+
+    template <std::size_t N>
+    [[gnu::always_inline]] void put_escaped(const char (&field)[N])
+    {
+        const char* from = field;
+        const char* const end = field + N;
+        while (static_cast<std::size_t>(end - from) >= OrdinaryBytes::size) {
+            need(OrdinaryBytes::size + escape_size);
+            const std::size_t ordinary = ordinary_.copy(position_, from);
+            position_ += ordinary;
+            from += ordinary;
+            if (ordinary == OrdinaryBytes::size)
+                continue;
+            if (*from == '\0')
+                return;
+            position_ = write_escape(position_, *from++);
+        }
+        if (from != end)
+            position_ = write_tail(text_, position_, {from, static_cast<std::size_t>(end - from)});
+    }
+
+    // These take and return the position by value: a member function out of line would take the
+    // address of the writer, and with it the position out of its register.
+
+    /// Writes the rest of a field, shorter than a block, up to its first NUL.
+    static char* write_tail(JsonText& text, char* position, std::string_view rest);
+
+    /// Longest escape: "\u001f".
+    static constexpr std::size_t escape_size = 6;
+    static char* write_escape(char* to, char byte) noexcept;
+
+    JsonText& text_;
+    char* position_;
+    const char* const limit_;
+    const OrdinaryBytes ordinary_;
+};
+
+} // namespace nmos_instrument
+
+#endif

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "root_listing.h"
+
+#include <cstddef>
+
+#include "text_buffer.h"
+
+namespace nmos_instrument {
+
+std::string root_listing(std::initializer_list<std::string_view> names)
+{
+    TextBuffer text;
+    text.append("[\n");
+    std::size_t left = names.size();
+    for (const std::string_view name : names) {
+        text.append("    \"");
+        text.append(name);
+        text.append(--left != 0 ? "/\",\n" : "/\"\n");
+    }
+    text.append("]\n");
+    return text.take();
+}
+
+} // namespace nmos_instrument
