@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "commands/sdp_verdict.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace virtual_instrument {
+namespace {
+
+/// ConnectionApi::analyze_sdp_file looks at so many lines.
+constexpr std::size_t examined_lines = 100;
+
+/// Beyond this size messages are not traced to their lines: that reads the file once a line.
+constexpr std::size_t traceable_size = 256 * 1024;
+
+struct Analysis
+{
+    bool taken = false;
+    bool gave_up = false;
+    std::string errors;
+    sdp_str found = sdp_str();
+};
+
+Analysis analyze(const std::string& sdp, const ReceivingInstrument& instrument)
+{
+    Analysis analysis;
+    try {
+        const int status = ConnectionApi().analyze_sdp_file(
+            sdp, instrument.switch_capable, instrument.current_format, instrument.switch_allowed,
+            &analysis.errors, &analysis.found);
+        analysis.taken = status == 200;
+    } catch (const std::out_of_range&) {
+        analysis.gave_up = true;
+    }
+    return analysis;
+}
+
+/// The lines as the parser cuts them.
+class Lines
+{
+public:
+    explicit Lines(const std::string& sdp) : text_(ConnectionApi::convertCRLF(sdp, "\n"))
+    {
+        for (std::size_t at = text_.find('\n'); at != std::string::npos;
+             at = text_.find('\n', at + 1))
+            ends_.push_back(at + 1);
+    }
+
+    /// Those that a line break ends.
+    std::size_t complete() const { return ends_.size(); }
+
+    std::string first(std::size_t count) const
+    {
+        return text_.substr(0, count == 0 ? 0 : ends_[count - 1]);
+    }
+
+    /// What stands behind the last line break.
+    std::string_view rest() const
+    {
+        return std::string_view(text_).substr(ends_.empty() ? 0 : ends_.back());
+    }
+
+    std::size_t size() const { return text_.size(); }
+
+private:
+    std::string text_;
+    std::vector<std::size_t> ends_;
+};
+
+void add_messages(const std::string& errors, std::size_t line, std::vector<SdpMessage>& messages)
+{
+    for (std::size_t begin = 0; begin < errors.size();) {
+        const std::size_t end = std::min(errors.find('\n', begin), errors.size());
+        messages.push_back({line, errors.substr(begin, end - begin)});
+        begin = end + 1;
+    }
+}
+
+/// The parser goes from line to line, so what it says about the first n lines begins what it says
+/// about the first n + 1. Returns the line at which it gave up, 0 when it did not.
+std::size_t trace_messages(const Lines& lines, const ReceivingInstrument& instrument,
+                           std::vector<SdpMessage>& messages)
+{
+    const std::size_t last = std::min(lines.complete(), examined_lines);
+    std::size_t known = 0;
+    for (std::size_t line = 1; line <= last; ++line) {
+        const Analysis analysis = analyze(lines.first(line), instrument);
+        add_messages(analysis.errors.substr(std::min(known, analysis.errors.size())), line,
+                     messages);
+        known = analysis.errors.size();
+        if (analysis.gave_up)
+            return line;
+    }
+    return 0;
+}
+
+bool is_port(std::string_view text)
+{
+    const std::string number = leading_number(text);
+    return !number.empty() && number.size() <= 5 && std::atoi(number.c_str()) >= 1 &&
+           std::atoi(number.c_str()) <= 65535;
+}
+
+bool has_usable_leg(const sdp_str& found)
+{
+    for (int leg = 0; leg < 2; ++leg) {
+        if (!found.multicast_ip[leg].empty() && is_port(found.destination_port[leg]))
+            return true;
+    }
+    return false;
+}
+
+std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
+                                     const SdpVerdict& verdict)
+{
+    std::vector<std::string> hints;
+    if (lines.complete() < examined_lines && !lines.rest().empty()) {
+        const std::string number = leading_number(lines.rest());
+        hints.push_back("the file does not end in a line break: line " +
+                        std::to_string(lines.complete() + 1) + " was read as the number " +
+                        (number.empty() ? "0" : number) +
+                        ", not as a line; end it with a line break");
+    }
+    if (lines.complete() + (lines.rest().empty() ? 0 : 1) > examined_lines)
+        hints.push_back("only the first " + std::to_string(examined_lines) +
+                        " lines were examined");
+    if (const std::size_t nul = sdp.find('\0'); nul != std::string::npos)
+        hints.push_back("byte " + std::to_string(nul + 1) +
+                        " is NUL: a value ends there for the checks");
+    constexpr std::size_t room = sizeof CONNECTION_HALF_IS05_ST::transport_file_data - 1;
+    if (sdp.size() > room)
+        hints.push_back("the file has " + std::to_string(sdp.size()) +
+                        " bytes; the connection state of a receiver holds " + std::to_string(room));
+    if (verdict.taken && !has_usable_leg(verdict.found))
+        hints.push_back("no leg has both an address and a port from 1 to 65535: there is nothing "
+                        "to receive");
+    return hints;
+}
+
+} // namespace
+
+SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrument)
+{
+    const Analysis analysis = analyze(sdp, instrument);
+    const Lines lines(sdp);
+    SdpVerdict verdict;
+    verdict.taken = analysis.taken;
+    verdict.found = analysis.found;
+
+    std::size_t last_line = 0;
+    if (!analysis.taken) {
+        if (lines.size() <= traceable_size)
+            last_line = trace_messages(lines, instrument, verdict.messages);
+        else
+            add_messages(analysis.errors, 0, verdict.messages);
+    }
+    if (analysis.gave_up) {
+        verdict.cause = last_line == 0 ? "a line" : "line " + std::to_string(last_line);
+        verdict.cause += " lacks its second value: \"a=group:DUP\" takes two names, "
+                         "\"a=source-filter: incl IN IP4\" two addresses; what follows was not "
+                         "examined";
+    }
+    verdict.hints = hints_about(sdp, lines, verdict);
+    return verdict;
+}
+
+std::string leading_number(std::string_view text)
+{
+    // The characters that strtol takes.
+    std::size_t begin = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+    std::size_t digits = begin;
+    if (digits < text.size() && (text[digits] == '-' || text[digits] == '+'))
+        ++digits;
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", digits), text.size());
+    if (end == digits)
+        return "";
+    if (text[begin] == '+')
+        ++begin;
+    return std::string(text.substr(begin, end - begin));
+}
+
+} // namespace virtual_instrument

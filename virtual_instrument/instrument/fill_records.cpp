@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "instrument/fill_records.h"
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "instrument/fill_connections.h"
+#include "instrument/fill_node.h"
+#include "instrument/fill_settings.h"
+#include "instrument/identity.h"
+#include "instrument/record_text.h"
+
+namespace virtual_instrument {
+
+std::unique_ptr<Records> make_records(const Configuration& configuration, const TaiTime& now)
+{
+    auto records = std::make_unique<Records>(); // value-initialised: all zeros
+    const Identity identity(configuration.serial_number);
+    fill_node(configuration, identity, now, records->node);
+    fill_connections(configuration, records->connections);
+    fill_settings(configuration, records->settings);
+    records->selection = selection_of(configuration.streams);
+    for (std::size_t i = 0; i < sender_count; ++i)
+        records->sdp_sessions[i] = {sdp_session_id(identity.senders[i]), now.seconds};
+    set_sdp_session(*records, 0);
+    return records;
+}
+
+void set_sdp_session(Records& records, std::size_t sender)
+{
+    const SdpSession& session = records.sdp_sessions.at(sender);
+    set_text(records.connections.sdp_session_id, std::to_string(session.id));
+    set_text(records.connections.sdp_session_version, std::to_string(session.version));
+}
+
+short current_format(const Configuration& configuration)
+{
+    constexpr short class_of_4k = 9;
+    constexpr short class_of_2k = 3;
+    return configuration.video.lines == PictureSize::lines_2160 ? class_of_4k : class_of_2k;
+}
+
+} // namespace virtual_instrument

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef VIRTUAL_INSTRUMENT_INSTRUMENT_TAI_TIME_H
+#define VIRTUAL_INSTRUMENT_INSTRUMENT_TAI_TIME_H
+
+#include <compare>
+#include <cstdint>
+#include <string>
+
+namespace virtual_instrument {
+
+/// An instant since 1970-01-01 00:00:00 TAI, as NMOS writes resource versions and activation times.
+struct TaiTime
+{
+    std::uint64_t seconds = 0;
+    std::int32_t nanoseconds = 0; ///< 0 to 999999999
+
+    auto operator<=>(const TaiTime&) const = default;
+};
+
+/// "<seconds>:<nanoseconds>"
+inline std::string to_text(const TaiTime& time)
+{
+    return std::to_string(time.seconds) + ':' + std::to_string(time.nanoseconds);
+}
+
+} // namespace virtual_instrument
+
+#endif
