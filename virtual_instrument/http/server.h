@@ -38,8 +38,9 @@ struct HttpAccess
     std::string method; ///< as received, HEAD too
     std::string path;   ///< as in HttpRequest
     std::string peer;
-    int status;                         ///< 0: the client went away before its answer
-    std::chrono::microseconds duration; ///< from the end of the headers to the last byte handed over
+    int status; ///< 0: the client went away before its answer
+    std::chrono::microseconds
+        duration; ///< from the end of the headers to the last byte handed over
 };
 
 struct HttpServerOptions
@@ -62,8 +63,9 @@ struct HttpServerOptions
 
     // The connection is ended when a deadline has passed, however regularly bytes trickle. 0 ends
     // everything at once: there is no value for "never".
-    std::chrono::milliseconds header_deadline{10'000}; ///< connected, or request line, to header end
-    std::chrono::milliseconds body_deadline{30'000};   ///< header end to body end
+    std::chrono::milliseconds header_deadline{
+        10'000};                                     ///< connected, or request line, to header end
+    std::chrono::milliseconds body_deadline{30'000}; ///< header end to body end
     std::chrono::milliseconds answer_deadline{30'000}; ///< reply to the last byte accepted
     std::chrono::milliseconds idle_deadline{30'000};   ///< answer to the next request line
 
