@@ -4,19 +4,38 @@
 
 namespace nmos_instrument {
 
-char* JsonWriter::write_tail(JsonText& text, char* position, std::string_view rest)
+char* JsonWriter::write_rest(JsonText& text, char* position, std::string_view rest)
 {
-    for (const char byte : rest) {
-        if (byte == '\0')
-            break;
-        if (static_cast<std::size_t>(text.limit() - position) < escape_size)
+    constexpr std::size_t block = OrdinaryBytes::size;
+    constexpr std::size_t closing_size = 2;
+    const OrdinaryBytes ordinary(text.slashes());
+    const char* from = rest.data();
+    const char* const end = from + rest.size();
+    const auto need = [&](std::size_t bytes) {
+        if (static_cast<std::size_t>(text.limit() - position) < bytes + closing_size)
             position = text.flush(position);
-        const auto code = static_cast<unsigned char>(byte);
+    };
+
+    while (static_cast<std::size_t>(end - from) >= block) {
+        need(block + escape_size);
+        const OrdinaryBytes::Marks marks = ordinary.copy(position, from);
+        const std::size_t copied = marks != 0 ? OrdinaryBytes::count(marks) : block;
+        position += copied;
+        from += copied;
+        if (marks == 0)
+            continue;
+        if (*from == '\0')
+            return position;
+        position = write_escape(position, *from++);
+    }
+    for (; from != end && *from != '\0'; ++from) {
+        need(escape_size);
+        const auto code = static_cast<unsigned char>(*from);
         if (code < 0x20 || code == '"' || code == '\\' || code == 0x7F ||
             (code == '/' && text.slashes() == Slashes::escaped))
-            position = write_escape(position, byte);
+            position = write_escape(position, *from);
         else
-            *position++ = byte;
+            *position++ = *from;
     }
     return position;
 }

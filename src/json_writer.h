@@ -22,6 +22,7 @@
 #ifndef NMOS_INSTRUMENT_SRC_JSON_WRITER_H
 #define NMOS_INSTRUMENT_SRC_JSON_WRITER_H
 
+#include <algorithm>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -108,11 +109,8 @@ public:
     template <std::size_t N>
     [[gnu::always_inline]] JsonWriter& key(const char (&name)[N])
     {
-        text_.expect_ascending({name, N - 1});
-        need(N + 2);
-        put_byte('"');
-        put_literal(name);
-        put_literal("\":");
+        need(key_size<N>);
+        put_key(name);
         return *this;
     }
 
@@ -164,11 +162,8 @@ public:
     template <std::size_t N>
     [[gnu::always_inline]] void string(const char (&field)[N])
     {
-        need(1);
-        put_byte('"');
-        put_escaped(field);
-        need(2);
-        put_literal("\",");
+        need(string_size<N>);
+        put_string(field);
     }
     /// The same, but null for a field that holds exactly "null".
     template <std::size_t N>
@@ -183,7 +178,9 @@ public:
     template <std::size_t K, std::size_t N>
     [[gnu::always_inline]] void member(const char (&name)[K], const char (&field)[N])
     {
-        key(name).string(field);
+        need(key_size<K> + string_size<N>);
+        put_key(name);
+        put_string(field);
     }
     template <std::size_t K>
     [[gnu::always_inline]] void member(const char (&name)[K], double value)
@@ -247,30 +244,51 @@ private:
     }
 
     template <std::size_t N>
-    [[gnu::always_inline]] void put_escaped(const char (&field)[N])
+    static constexpr std::size_t key_size = N - 1 + 3; ///< the name, two quotes, colon
+
+    template <std::size_t N>
+    [[gnu::always_inline]] void put_key(const char (&name)[N])
     {
-        const char* from = field;
-        const char* const end = field + N;
-        while (static_cast<std::size_t>(end - from) >= OrdinaryBytes::size) {
-            need(OrdinaryBytes::size + escape_size);
-            const std::size_t ordinary = ordinary_.copy(position_, from);
-            position_ += ordinary;
-            from += ordinary;
-            if (ordinary == OrdinaryBytes::size)
-                continue;
-            if (*from == '\0')
-                return;
-            position_ = write_escape(position_, *from++);
+        text_.expect_ascending({name, N - 1});
+        put_byte('"');
+        put_literal(name);
+        put_literal("\":");
+    }
+
+    /// Nearly all texts are short and hold nothing to escape: their blocks are copied in line, all
+    /// else is left to write_rest.
+    template <std::size_t N>
+    static constexpr std::size_t
+        copied_in_line = std::min<std::size_t>(N, 128) / OrdinaryBytes::size* OrdinaryBytes::size;
+
+    template <std::size_t N>
+    static constexpr std::size_t string_size = copied_in_line<N> + 3; ///< two quotes, comma
+
+    template <std::size_t N>
+    [[gnu::always_inline]] void put_string(const char (&field)[N])
+    {
+        put_byte('"');
+        std::size_t at = 0;
+        while (at != copied_in_line<N>) {
+            const OrdinaryBytes::Marks marks = ordinary_.copy(position_ + at, field + at);
+            if (marks != 0) {
+                at += OrdinaryBytes::count(marks);
+                break;
+            }
+            at += OrdinaryBytes::size;
         }
-        if (from != end)
-            position_ = write_tail(text_, position_, {from, static_cast<std::size_t>(end - from)});
+        position_ += at;
+        if (at != N && field[at] != '\0') [[unlikely]]
+            position_ = write_rest(text_, position_, {field + at, N - at});
+        put_literal("\",");
     }
 
     // These take and return the position by value: a member function out of line would take the
     // address of the writer, and with it the position out of its register.
 
-    /// Writes the rest of a field, shorter than a block, up to its first NUL.
-    static char* write_tail(JsonText& text, char* position, std::string_view rest);
+    /// Writes the rest of a field up to its first NUL, whatever it holds. Leaves room for what
+    /// closes a string.
+    static char* write_rest(JsonText& text, char* position, std::string_view rest);
 
     /// Longest escape: "\u001f".
     static constexpr std::size_t escape_size = 6;

@@ -34,7 +34,7 @@ public:
     /// Appends what stands before `position` to the string, all but the last byte: the byte before
     /// the position stays readable (and replaceable). Returns the new position, behind which the
     /// buffer is free but for that byte.
-    [[gnu::noinline, gnu::cold]] char* flush(char* position)
+    [[gnu::noinline]] char* flush(char* position)
     {
         const auto written = static_cast<std::size_t>(position - buffer_);
         if (written == 0)
@@ -77,7 +77,7 @@ public:
 private:
     static constexpr std::size_t buffer_size = 4096;
 
-    [[gnu::noinline, gnu::cold]] void append_long(std::string_view text)
+    [[gnu::noinline]] void append_long(std::string_view text)
     {
         position_ = flush(position_);
         while (!text.empty()) {
