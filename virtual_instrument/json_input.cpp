@@ -33,9 +33,7 @@ public:
             levels_.pop_back();
             break;
         case json::parse_event_t::key:
-            levels_.back().place = parsed.get<std::string>();
-            if (!levels_.back().keys.insert(levels_.back().place).second)
-                throw MalformedJson(path() + ": this key is given twice");
+            enter_member(levels_.back(), parsed.get<std::string>());
             break;
         case json::parse_event_t::value:
             enter_element();
@@ -51,6 +49,13 @@ private:
         std::string place; ///< key or index of the member that is being read
         std::set<std::string> keys;
     };
+
+    void enter_member(Level& object, const std::string& key)
+    {
+        object.place = key;
+        if (!object.keys.insert(key).second)
+            throw MalformedJson(path() + ": this key is given twice");
+    }
 
     void enter_element()
     {

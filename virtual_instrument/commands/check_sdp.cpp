@@ -17,7 +17,7 @@ namespace virtual_instrument {
 namespace {
 
 /// Hundreds of times what an SDP file needs.
-constexpr std::size_t largest_file = 4 * 1024 * 1024;
+constexpr std::size_t largest_file = std::size_t{4} << 20;
 
 struct CheckSdpOptions
 {

@@ -30,35 +30,6 @@ std::string printable(std::string_view text)
     return shown;
 }
 
-/// One thing that an SDP file says about all legs together.
-struct FormatValue
-{
-    const char* key;
-    const char* title;
-    std::string value; ///< empty when the file does not say it
-};
-
-std::string with_scan(const std::string& text, bool interlaced)
-{
-    return text.empty() || !interlaced ? text : text + " interlaced";
-}
-
-std::vector<FormatValue> format_values(const sdp_str& found)
-{
-    const bool has_size = !found.width.empty();
-    return {
-        {"payload_type", "payload type", leading_number(found.rtp_payload_type)},
-        {"sampling", "sampling", found.sampling},
-        {"depth", "depth", found.depth},
-        {"size", "size",
-         with_scan(has_size ? found.width + 'x' + found.height : "", found.size_interlaced != 0)},
-        {"frame_rate", "frame rate", with_scan(found.exactframerate, found.rate_interlaced != 0)},
-        {"colorimetry", "colorimetry", found.colorimetry},
-        {"transfer_characteristic", "TCS", found.tcs},
-        {"packing_mode", "packing mode", found.packing_mode},
-    };
-}
-
 constexpr const char* leg_names[2] = {"primary", "secondary"};
 
 /// "-" where nothing was found.
@@ -74,19 +45,20 @@ std::string padded(std::string text, std::size_t width)
     return text;
 }
 
-void print_table(const sdp_str& found, std::ostream& out)
+void print_table(const SdpVerdict& verdict, std::ostream& out)
 {
     const auto row = [&out](const std::string& leg, const std::string& source,
                             const std::string& address, const std::string& port) {
         out << "  " << padded(leg, 11) << padded(source, 17) << padded(address, 17) << port << '\n';
     };
     row("leg", "source", "address", "port");
-    for (int leg = 0; leg < 2; ++leg)
-        row(leg_names[leg], cell(found.source_ip[leg]), cell(found.multicast_ip[leg]),
-            cell(found.destination_port[leg]));
-    for (const FormatValue& value : format_values(found)) {
-        if (!value.value.empty())
-            out << "  " << padded(value.title, 15) << printable(value.value) << '\n';
+    for (std::size_t i = 0; i < verdict.legs.size(); ++i) {
+        const FoundLeg& leg = verdict.legs[i];
+        row(leg_names[i], cell(leg.source), cell(leg.address), cell(leg.port));
+    }
+    for (const FoundValue& found : verdict.format) {
+        if (!found.value.empty())
+            out << "  " << padded(found.title, 15) << printable(found.value) << '\n';
     }
 }
 
@@ -107,13 +79,15 @@ ordered_json as_json(const SdpVerdict& verdict)
     object["cause"] = or_null(verdict.cause);
     object["hints"] = verdict.hints;
     object["legs"] = ordered_json::array();
-    for (int leg = 0; leg < 2; ++leg)
-        object["legs"].push_back({{"leg", leg_names[leg]},
-                                  {"source", or_null(verdict.found.source_ip[leg])},
-                                  {"address", or_null(verdict.found.multicast_ip[leg])},
-                                  {"port", or_null(verdict.found.destination_port[leg])}});
-    for (const FormatValue& value : format_values(verdict.found))
-        object["format"][value.key] = or_null(value.value);
+    for (std::size_t i = 0; i < verdict.legs.size(); ++i) {
+        const FoundLeg& leg = verdict.legs[i];
+        object["legs"].push_back({{"leg", leg_names[i]},
+                                  {"source", or_null(leg.source)},
+                                  {"address", or_null(leg.address)},
+                                  {"port", or_null(leg.port)}});
+    }
+    for (const FoundValue& found : verdict.format)
+        object["format"][found.key] = or_null(found.value);
     return object;
 }
 
@@ -136,7 +110,7 @@ void report_as_text(const CheckedFile& file, std::ostream& out, std::ostream& er
     }
     if (!verdict.cause.empty())
         out << "  " << verdict.cause << '\n';
-    print_table(verdict.found, out);
+    print_table(verdict, out);
     for (const std::string& hint : verdict.hints)
         out << "  hint: " << hint << '\n';
 }

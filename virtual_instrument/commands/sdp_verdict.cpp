@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
+#include <string_view>
+
+#include <nmos_instrument/nmos_instrument.h>
 
 namespace virtual_instrument {
 namespace {
@@ -13,28 +16,27 @@ namespace {
 constexpr std::size_t examined_lines = 100;
 
 /// Beyond this size messages are not traced to their lines: that reads the file once a line.
-constexpr std::size_t traceable_size = 256 * 1024;
+constexpr std::size_t traceable_size = std::size_t{256} << 10;
 
-struct Analysis
+enum class Outcome
 {
-    bool taken = false;
-    bool gave_up = false;
-    std::string errors;
-    sdp_str found = sdp_str();
+    taken,
+    refused,
+    gave_up
 };
 
-Analysis analyze(const std::string& sdp, const ReceivingInstrument& instrument)
+/// `errors` and `found` are fresh.
+Outcome analyze(const std::string& sdp, const ReceivingInstrument& instrument, std::string& errors,
+                sdp_str& found)
 {
-    Analysis analysis;
     try {
         const int status = ConnectionApi().analyze_sdp_file(
             sdp, instrument.switch_capable, instrument.current_format, instrument.switch_allowed,
-            &analysis.errors, &analysis.found);
-        analysis.taken = status == 200;
+            &errors, &found);
+        return status == 200 ? Outcome::taken : Outcome::refused;
     } catch (const std::out_of_range&) {
-        analysis.gave_up = true;
+        return Outcome::gave_up;
     }
-    return analysis;
 }
 
 /// The lines as the parser cuts them.
@@ -86,30 +88,58 @@ std::size_t trace_messages(const Lines& lines, const ReceivingInstrument& instru
     const std::size_t last = std::min(lines.complete(), examined_lines);
     std::size_t known = 0;
     for (std::size_t line = 1; line <= last; ++line) {
-        const Analysis analysis = analyze(lines.first(line), instrument);
-        add_messages(analysis.errors.substr(std::min(known, analysis.errors.size())), line,
-                     messages);
-        known = analysis.errors.size();
-        if (analysis.gave_up)
+        std::string errors;
+        sdp_str found = sdp_str();
+        const Outcome outcome = analyze(lines.first(line), instrument, errors, found);
+        add_messages(errors.substr(std::min(known, errors.size())), line, messages);
+        known = errors.size();
+        if (outcome == Outcome::gave_up)
             return line;
     }
     return 0;
 }
 
-bool is_port(std::string_view text)
+/// The leading integer of a text, as strtol reads it; empty when there is none.
+std::string leading_number(std::string_view text)
 {
-    const std::string number = leading_number(text);
-    return !number.empty() && number.size() <= 5 && std::atoi(number.c_str()) >= 1 &&
-           std::atoi(number.c_str()) <= 65535;
+    std::size_t begin = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+    std::size_t digits = begin;
+    if (digits < text.size() && (text[digits] == '-' || text[digits] == '+'))
+        ++digits;
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", digits), text.size());
+    if (end == digits)
+        return "";
+    if (text[begin] == '+')
+        ++begin;
+    return std::string(text.substr(begin, end - begin));
 }
 
-bool has_usable_leg(const sdp_str& found)
+/// Port 0 is accepted by the parser and switches a medium off (RFC 3264 5.1).
+bool is_usable(const FoundLeg& leg)
 {
-    for (int leg = 0; leg < 2; ++leg) {
-        if (!found.multicast_ip[leg].empty() && is_port(found.destination_port[leg]))
-            return true;
-    }
-    return false;
+    return !leg.address.empty() && std::strtol(leg.port.c_str(), nullptr, 10) > 0;
+}
+
+std::string with_scan(const std::string& text, bool interlaced)
+{
+    return text.empty() || !interlaced ? text : text + " interlaced";
+}
+
+void take_over(const sdp_str& found, SdpVerdict& verdict)
+{
+    for (std::size_t i = 0; i < verdict.legs.size(); ++i)
+        verdict.legs[i] = {found.source_ip[i], found.multicast_ip[i], found.destination_port[i]};
+    const std::string size = found.width.empty() ? "" : found.width + 'x' + found.height;
+    verdict.format = {
+        {"payload_type", "payload type", leading_number(found.rtp_payload_type)},
+        {"sampling", "sampling", found.sampling},
+        {"depth", "depth", found.depth},
+        {"size", "size", with_scan(size, found.size_interlaced != 0)},
+        {"frame_rate", "frame rate", with_scan(found.exactframerate, found.rate_interlaced != 0)},
+        {"colorimetry", "colorimetry", found.colorimetry},
+        {"transfer_characteristic", "TCS", found.tcs},
+        {"packing_mode", "packing mode", found.packing_mode},
+    };
 }
 
 std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
@@ -133,9 +163,9 @@ std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
     if (sdp.size() > room)
         hints.push_back("the file has " + std::to_string(sdp.size()) +
                         " bytes; the connection state of a receiver holds " + std::to_string(room));
-    if (verdict.taken && !has_usable_leg(verdict.found))
-        hints.push_back("no leg has both an address and a port from 1 to 65535: there is nothing "
-                        "to receive");
+    if (verdict.taken && std::none_of(verdict.legs.begin(), verdict.legs.end(), is_usable))
+        hints.emplace_back("no leg has both an address and a port from 1 to 65535: there is "
+                           "nothing to receive");
     return hints;
 }
 
@@ -143,20 +173,22 @@ std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
 
 SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrument)
 {
-    const Analysis analysis = analyze(sdp, instrument);
+    std::string errors;
+    sdp_str found = sdp_str();
+    const Outcome outcome = analyze(sdp, instrument, errors, found);
     const Lines lines(sdp);
-    SdpVerdict verdict;
-    verdict.taken = analysis.taken;
-    verdict.found = analysis.found;
 
+    SdpVerdict verdict;
+    verdict.taken = outcome == Outcome::taken;
+    take_over(found, verdict);
     std::size_t last_line = 0;
-    if (!analysis.taken) {
+    if (!verdict.taken) {
         if (lines.size() <= traceable_size)
             last_line = trace_messages(lines, instrument, verdict.messages);
         else
-            add_messages(analysis.errors, 0, verdict.messages);
+            add_messages(errors, 0, verdict.messages);
     }
-    if (analysis.gave_up) {
+    if (outcome == Outcome::gave_up) {
         verdict.cause = last_line == 0 ? "a line" : "line " + std::to_string(last_line);
         verdict.cause += " lacks its second value: \"a=group:DUP\" takes two names, "
                          "\"a=source-filter: incl IN IP4\" two addresses; what follows was not "
@@ -164,21 +196,6 @@ SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrume
     }
     verdict.hints = hints_about(sdp, lines, verdict);
     return verdict;
-}
-
-std::string leading_number(std::string_view text)
-{
-    // The characters that strtol takes.
-    std::size_t begin = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
-    std::size_t digits = begin;
-    if (digits < text.size() && (text[digits] == '-' || text[digits] == '+'))
-        ++digits;
-    const std::size_t end = std::min(text.find_first_not_of("0123456789", digits), text.size());
-    if (end == digits)
-        return "";
-    if (text[begin] == '+')
-        ++begin;
-    return std::string(text.substr(begin, end - begin));
 }
 
 } // namespace virtual_instrument

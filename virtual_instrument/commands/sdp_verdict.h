@@ -3,12 +3,10 @@
 #ifndef VIRTUAL_INSTRUMENT_COMMANDS_SDP_VERDICT_H
 #define VIRTUAL_INSTRUMENT_COMMANDS_SDP_VERDICT_H
 
+#include <array>
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
-
-#include <nmos_instrument/nmos_instrument.h>
 
 namespace virtual_instrument {
 
@@ -26,20 +24,34 @@ struct SdpMessage
     std::string text; ///< without line break
 };
 
+/// Texts as they stand in the file; empty when it does not say them.
+struct FoundLeg
+{
+    std::string source;
+    std::string address;
+    std::string port;
+};
+
+/// One thing that a file says about both legs together.
+struct FoundValue
+{
+    const char* key;   ///< for programs
+    const char* title; ///< for people
+    std::string value; ///< empty when the file does not say it
+};
+
 struct SdpVerdict
 {
     bool taken = false;
     std::vector<SdpMessage> messages; ///< the parser's, in its order
     std::string cause;                ///< why the parser gave up; empty when it did not
-    std::vector<std::string> hints;   ///< what is worth knowing in either case
-    sdp_str found = sdp_str();
+    std::array<FoundLeg, 2> legs;     ///< primary, secondary
+    std::vector<FoundValue> format;
+    std::vector<std::string> hints; ///< what is worth knowing in either case
 };
 
 /// What ConnectionApi::analyze_sdp_file says about a file.
 SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrument);
-
-/// The leading integer of a text of sdp_str, as the parser reads it; empty when there is none.
-std::string leading_number(std::string_view text);
 
 } // namespace virtual_instrument
 

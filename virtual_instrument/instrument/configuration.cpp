@@ -13,7 +13,7 @@
 namespace virtual_instrument {
 namespace {
 
-constexpr std::size_t largest_file = 1024 * 1024;
+constexpr std::size_t largest_file = std::size_t{1} << 20;
 
 std::string joined(const std::vector<std::string>& lines)
 {

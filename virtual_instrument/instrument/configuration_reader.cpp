@@ -19,7 +19,7 @@ std::string shown(const json& value)
     constexpr std::size_t size_worth_saying = 16;
     std::string text = value.dump(-1, ' ', true, json::error_handler_t::replace);
     if (text.size() > longest)
-        text = text.substr(0, longest) + "...";
+        text.replace(longest, std::string::npos, "...");
     if (const auto* const string = value.get_ptr<const std::string*>();
         string != nullptr && string->size() > size_worth_saying)
         text += " (" + std::to_string(string->size()) + " bytes)";

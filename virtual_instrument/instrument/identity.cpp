@@ -33,7 +33,7 @@ void fill(std::array<std::string, N>& ids, std::string_view serial_number, std::
 
 } // namespace
 
-std::string name_based_uuid(const std::string& name_space, std::string_view name)
+std::string name_based_uuid(const std::string& name_space, const std::string& name)
 {
     uuid_t space;
     if (uuid_parse(name_space.c_str(), space) != 0)

@@ -15,7 +15,7 @@
 namespace virtual_instrument {
 
 /// RFC 4122 4.3, version 5 (SHA-1), lower case. `name_space` is a UUID text.
-std::string name_based_uuid(const std::string& name_space, std::string_view name);
+std::string name_based_uuid(const std::string& name_space, const std::string& name);
 
 /// The ids of all resources, whether or not the stream configuration shows them.
 struct Identity

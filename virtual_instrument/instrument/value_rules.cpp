@@ -102,24 +102,26 @@ std::string at_most_bytes(std::size_t field_size)
 TextRule text_for_field(std::size_t field_size)
 {
     return {"text of " + at_most_bytes(field_size) + ", no control characters",
-            [=](std::string& text) { return is_plain_text(text, field_size); }};
+            [=](const std::string& text) { return is_plain_text(text, field_size); }};
 }
 
 TextRule name_for_field(std::size_t field_size)
 {
-    return {"text of 1 to " + std::to_string(field_size - 1) + " bytes, no control characters",
-            [=](std::string& text) { return !text.empty() && is_plain_text(text, field_size); }};
+    return {
+        "text of 1 to " + std::to_string(field_size - 1) + " bytes, no control characters",
+        [=](const std::string& text) { return !text.empty() && is_plain_text(text, field_size); }};
 }
 
 TextRule host_name_for_field(std::size_t field_size)
 {
-    return {"host name of " + at_most_bytes(field_size) + ": letters, digits, \"-\" and \".\"",
-            [=](std::string& text) { return text.size() < field_size && is_host_name(text); }};
+    return {
+        "host name of " + at_most_bytes(field_size) + ": letters, digits, \"-\" and \".\"",
+        [=](const std::string& text) { return text.size() < field_size && is_host_name(text); }};
 }
 
 TextRule clock_name_for_field(std::size_t field_size)
 {
-    return {"\"clk\" and digits, " + at_most_bytes(field_size), [=](std::string& text) {
+    return {"\"clk\" and digits, " + at_most_bytes(field_size), [=](const std::string& text) {
                 return text.size() < field_size && text.size() > 3 && text.starts_with("clk") &&
                        std::all_of(text.begin() + 3, text.end(), is_digit);
             }};
@@ -133,7 +135,7 @@ TextRule octets(int octets, const std::string& example)
 
 TextRule unicast_address()
 {
-    return {"unicast IPv4 address like \"192.0.2.10\"", [](std::string& text) {
+    return {"unicast IPv4 address like \"192.0.2.10\"", [](const std::string& text) {
                 const auto address = ipv4_address(text);
                 return address && *address >= first_usable && *address < first_multicast;
             }};
@@ -141,7 +143,8 @@ TextRule unicast_address()
 
 TextRule multicast_address()
 {
-    return {"multicast IPv4 address, \"224.0.0.0\" to \"239.255.255.255\"", [](std::string& text) {
+    return {"multicast IPv4 address, \"224.0.0.0\" to \"239.255.255.255\"",
+            [](const std::string& text) {
                 const auto address = ipv4_address(text);
                 return address && *address >= first_multicast && *address < first_reserved;
             }};
@@ -149,7 +152,7 @@ TextRule multicast_address()
 
 TextRule exactly(const std::string& text)
 {
-    return {'"' + text + '"', [=](std::string& found) { return found == text; }};
+    return {'"' + text + '"', [=](const std::string& found) { return found == text; }};
 }
 
 std::string number_range(int lowest, int highest)
