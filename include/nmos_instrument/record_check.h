@@ -4,6 +4,33 @@
 //
 // The operations of the API classes take every record as it is and never call these checks. A host
 // calls them in its tests, or once after it filled a record.
+//
+// A finding is one line of visible ASCII: the field's path, its value, the rule. The words of a rule
+// may change between versions. Texts stand in quotes, other bytes than visible ASCII as \xHH, and
+// a text longer than 64 bytes is shortened:
+//
+//   receivers[4].subscription_count is 12, at most 10 are allowed
+//   senders[0].flow_id is "a0a0", it must be a UUID in lower case
+//   sources[1].clock_name is "clk7", no clock of the record has this name
+//
+// The findings stand in the order of the record's fields. A field has one finding at most. Checked
+// is what a body or an SDP file shows: entries within their count (bounded by the capacity),
+// members that the kind of the entry has; reserved bytes and all others are never looked at. No
+// record, whatever its bytes, makes a check read outside of it.
+//
+// In every text that is checked:
+//
+//   - there is a NUL within the field;
+//   - the bytes are UTF-8, since JSON is (RFC 8259, 8.1) and the bodies carry them as they are.
+//
+// Words of the rules below:
+//
+//   UUID      lower case, version 1 to 5, as IS-04 and IS-05 write it
+//   time      "<seconds>:<nanoseconds>", digits only, nanoseconds from 0 to 999999999
+//   URI       scheme, colon, and visible ASCII without blanks
+//   HTTP URL  a URI that begins with "http://" or "https://"
+//   IPv4      dotted quad, without leading zeros
+//   whole     finite and without fraction
 
 #ifndef NMOS_INSTRUMENT_RECORD_CHECK_H
 #define NMOS_INSTRUMENT_RECORD_CHECK_H
@@ -18,15 +45,78 @@
 
 namespace nmos_instrument {
 
-/// One message per finding, in the order of the record's fields; empty when nothing is wrong. A
-/// message names the field's path, its value and the rule:
-/// "receivers[4].subscription_count is 12, at most 10 are allowed".
+/// What is wrong with the node; empty when nothing is. A cleared record has findings: an empty id
+/// is no UUID.
+///
+/// A record without findings gives bodies that the schemas of IS-04 v1.2 accept. The rules:
+///
+/// - every count (`..._count`): 0 to its capacity. At least 1: `endpoints_count`,
+///   `subscription_count` of senders and receivers, `media_types_count`; IS-04 demands the members
+///   that would be missing otherwise.
+/// - every resource: `id` is a UUID that no resource before it has; `version` is a time.
+/// - node: `href` is an HTTP URL; `version_nanoseconds` is 0 to 999999999.
+/// - `versions`: like "v1.2".
+/// - `endpoints`: `host` is IPv4; `port` is whole, 1 to 65535; `protocol` is "http" or "https".
+/// - `clocks`: `name` is like "clk0" and no earlier clock has it; `ref_type` is "internal" or
+///   "ptp". Only of a PTP clock: `version` is "IEEE1588-2008"; `gmid` is eight lower-case octets,
+///   "00-00-5e-ff-fe-00-53-01".
+/// - `interfaces`: `chassis_id` is not empty; `port_id` is a MAC address in lower case,
+///   "00-00-5e-00-53-01"; `name` is not empty and no earlier interface has it.
+/// - `device_id` of a source, flow, sender or receiver: the id of a device of the record.
+/// - `sources`: `clock_name` is the name of a clock of the record; `format` is one of the four of
+///   IS-04 (urn:x-nmos:format:video, audio, data, mux), audio for source 1 alone, since no other
+///   gets "channels".
+/// - `flows`: `format` is one of the four, video for flow 0 alone and audio for flow 1 alone, since
+///   no others get the members that IS-04 demands; `source_id` is the id of a source of the record;
+///   `media_type` is a media type, of a video flow "video/...", of an audio flow "audio/...".
+///   Flow 0: `frame_width` and `frame_height`, flow 1: `sample_rate_numerator`, both: `bit_depth`
+///   and the grain rate: whole, 1 to 2147483647. Flow 0 with the video format: `interlace_mode`,
+///   `colorspace` and `transfer_characteristic` are words of IS-04.
+/// - `devices`: `type` is urn:x-nmos:device:generic or :pipeline, or a URI outside of urn:x-nmos:;
+///   `node_id` is the node's id; `senders` and `receivers` are ids of senders and receivers of the
+///   record; `href` and `type` of `controls` are URIs.
+/// - `senders` and `receivers`: `transport` is urn:x-nmos:transport:rtp, :rtp.ucast, :rtp.mcast or
+///   :dash, or a URI outside of urn:x-nmos:; `interface_bindings` are names of interfaces of the
+///   record; `peer_id` of `subscription` is a UUID or "null".
+/// - `senders`: `flow_id` is the id of a flow of the record ("null" is not: the sender body would
+///   carry it as a string); `manifest_href` is an HTTP URL.
+/// - `receivers`: `format` is one of the four; `media_types` are media types, of a video receiver
+///   "video/...", of an audio receiver "audio/...".
 NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS04_ST& record);
 
-/// As above. All 24 receivers that the record declares are checked.
+/// What is wrong with the connections; empty when nothing is. All 24 receivers that the record
+/// declares are looked at. A sender or receiver that is as cleared in both halves (`leg_count` and
+/// `master_enable` 0; `peer_id`, `mode` and both times empty) is a slot not in use and has no
+/// findings; neither has a cleared record. Of every other, both halves are checked:
+///
+/// - `leg_count`: 1 or 2.
+/// - `peer_id`: a UUID or "null".
+/// - `mode`: "activate_immediate", "activate_scheduled_absolute", "activate_scheduled_relative" or
+///   "null".
+/// - `requested_time`, `activation_time`: a time or "null".
+/// - of a receiver `transport_file_type`: a media type or "null"; "null" stands in both of
+///   `transport_file_data` and this, or in none.
+/// - of each leg in use `source_ip`, `destination_ip`, of a receiver `interface_ip` too: IPv4 or
+///   "null". "auto" is fine in a staged half only, since active parameters are resolved: in both
+///   addresses of a sender and in `interface_ip` of a receiver.
+/// - of each leg in use `destination_port`: whole, 1 to 65535. A staged leg of a sender that is in
+///   use in the active half alone: 0 to 65535, since the active body shows it as "source_port".
+///
+/// When a sender is in use, the texts that stand in its SDP file too:
+///
+/// - `ptp_grandmaster_id`: eight octets in either case, "00-00-5E-FF-FE-00-53-01" (RFC 7273).
+/// - `sdp_session_id`, `sdp_session_version`: digits (RFC 4566, 5.2).
 NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS05_ST& record);
 
-/// As above.
+/// What is wrong with the settings; empty when nothing is. The codes are the instrument's own, so
+/// only these are checked, as far as they are read (of the audio entries of a stream the first):
+///
+/// - octets of addresses (`..._addresses`): 0 to 255.
+/// - low and high bytes of ports (`..._dst_port`): 0 to 255.
+/// - VLAN identifiers (`..._vlan_id`): 0 to 4095.
+/// - `sdp_rtp_payload_audio`, `sdp_rtp_payload_anc`, and while `sdp_st2110_mode` is not 0
+///   `sdp_rtp_payload_video`: 96 to 127, the dynamic payload types (RFC 3551, 6). A cleared table
+///   has findings here, since its SDP files would name a static payload type.
 NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const st_param_sys& record);
 
 } // namespace nmos_instrument
