@@ -3,13 +3,20 @@
 #ifndef NMOS_INSTRUMENT_TESTS_BODY_PARTS_H
 #define NMOS_INSTRUMENT_TESTS_BODY_PARTS_H
 
+#include <cstddef>
 #include <functional>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+/// What no JSON number can hold.
+constexpr double not_finite[] = {
+    std::numeric_limits<double>::quiet_NaN(), -std::numeric_limits<double>::quiet_NaN(),
+    std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
 
 /// The ids of the resources in a body, in their order, where no other text of it has a quote.
 inline std::vector<std::string> ids_in(std::string_view body)

@@ -296,4 +296,19 @@ inline std::unique_ptr<NMOS_IS04_ST> empty_node()
     return std::make_unique<NMOS_IS04_ST>();
 }
 
+/// A node and one resource of each kind, with one label for all.
+inline std::unique_ptr<NMOS_IS04_ST> labelled_node(std::string_view label)
+{
+    auto rec = empty_node();
+    rec->sources_count = rec->flows_count = rec->devices_count = rec->senders_count =
+        rec->receivers_count = 1;
+    write_text(rec->label, label);
+    write_text(rec->sources[0].label, label);
+    write_text(rec->flows[0].label, label);
+    write_text(rec->devices[0].label, label);
+    write_text(rec->senders[0].label, label);
+    write_text(rec->receivers[0].label, label);
+    return rec;
+}
+
 #endif
