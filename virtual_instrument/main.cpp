@@ -11,6 +11,7 @@
 
 #include "commands/check_sdp.h"
 #include "commands/print.h"
+#include "commands/serve.h"
 #include "exit_status.h"
 
 namespace {
@@ -33,6 +34,7 @@ ExitStatus run(int argc, char** argv)
     program.require_subcommand(1);
     add_print_command(program, status);
     add_check_sdp_command(program, status);
+    add_serve_command(program, status);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
