@@ -14,9 +14,9 @@
 //   sources[1].clock_name is "clk7", no clock of the record has this name
 //
 // The findings stand in the order of the record's fields. A field has one finding at most. Checked
-// is what a body or an SDP file shows: entries within their count (bounded by the capacity),
-// members that the kind of the entry has; reserved bytes and all others are never looked at. No
-// record, whatever its bytes, makes a check read outside of it.
+// are the entries within their count (bounded by the capacity), even where a body shows the first
+// of them alone, and of each entry the members that a body or an SDP file shows for its kind. All
+// other bytes are never looked at. No record, whatever its bytes, makes a check read outside of it.
 //
 // In every text that is checked:
 //
