@@ -96,7 +96,8 @@ TEST(RecordUpdatesOracle, RegistrationApi)
             << "update_version: " << of_library->version << ", " << of_oracle->version;
 
         const std::string ip = std::string("192.168.0.1").substr(0, random.below(12));
-        std::string port = std::string(random.pick(starts)) + random.pick(numbers);
+        std::string port = random.pick(starts);
+        port += random.pick(numbers);
         if (random.one_in(4))
             port.insert(random.below(static_cast<std::uint32_t>(port.size() + 1)), 1, '\0');
         RegistrationApi().update_ipAddress(of_library.get(), ip, port);

@@ -2,7 +2,8 @@
 //
 // Random numbers that are the same on every CPU and with every standard library, so that a seed
 // found under emulation can be repeated on a desk. The distributions of <random> promise no such
-// thing.
+// thing. For the same reason at most one argument of a call may be random: the order in which
+// arguments are evaluated is the compiler's choice.
 
 #ifndef NMOS_INSTRUMENT_TESTS_ORACLE_RANDOM_H
 #define NMOS_INSTRUMENT_TESTS_ORACLE_RANDOM_H

@@ -17,6 +17,11 @@ std::size_t place_in(Random& random, const std::string& text)
     return random.below(static_cast<std::uint32_t>(text.size() + 1));
 }
 
+void insert(Random& random, std::string& text, const std::string& insertion)
+{
+    text.insert(place_in(random, text), insertion);
+}
+
 char any_byte(Random& random)
 {
     return static_cast<char>(random.below(256));
@@ -39,9 +44,10 @@ std::string random_value(Random& random)
             character = random.pick(characters);
         return value;
     }
-    case 5: // messages have a limit of 256 bytes
-        return std::string(static_cast<std::size_t>(random.between(200, 270)),
-                           "x7. "sv[random.below(4)]);
+    case 5: { // messages have a limit of 256 bytes
+        const auto size = static_cast<std::size_t>(random.between(200, 270));
+        return std::string(size, random.pick("x7. "sv));
+    }
     default:
         return std::string(random.pick(format_values));
     }
@@ -103,15 +109,16 @@ void edit_a_line(Random& random, std::string& line)
         remove_a_terminator(random, line);
         break;
     case 4:
-        line.insert(place_in(random, line), random_token(random));
+        insert(random, line, random_token(random));
         break;
     case 5:
         line.resize(place_in(random, line));
         break;
-    case 6:
-        line.insert(place_in(random, line), static_cast<std::size_t>(random.between(1, 300)),
-                    any_byte(random));
+    case 6: {
+        const auto size = static_cast<std::size_t>(random.between(1, 300));
+        insert(random, line, std::string(size, any_byte(random)));
         break;
+    }
     default:
         if (!line.empty())
             line[random.below(static_cast<std::uint32_t>(line.size()))] = any_byte(random);
@@ -154,7 +161,8 @@ void edit_the_order(Random& random, Lines& lines)
         // So long that lines are pushed over the hundred that are examined.
         if (random.one_in(4)) {
             const auto longer = static_cast<std::size_t>(random.between(70, 100));
-            lines.insert(at(any_line()), longer, random.one_in(2) ? "" : "b=AS:1");
+            const std::string filler = random.one_in(2) ? "" : "b=AS:1";
+            lines.insert(at(any_line()), longer, filler);
         }
     }
 }
@@ -192,10 +200,10 @@ void edit_the_text(Random& random, std::string& text)
         text += random_value(random);
         break;
     case 3:
-        text.insert(place_in(random, text), 1, '\0');
+        insert(random, text, std::string(1, '\0'));
         break;
     case 4:
-        text.insert(place_in(random, text), random_token(random));
+        insert(random, text, random_token(random));
         break;
     default:
         if (!text.empty())
