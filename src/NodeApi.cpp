@@ -31,7 +31,9 @@ std::string NodeApi::make_self(NMOS_IS04_ST* rec)
 
 std::string NodeApi::make_sources(NMOS_IS04_ST* rec)
 {
-    return make_list(Slashes::plain, rec->sources, rec->sources_count, write_source);
+    return make_list(
+        Slashes::plain, valid_count(rec->sources, rec->sources_count),
+        [&](JsonText& text, std::size_t i) { write_source(text, rec->sources[i], i); });
 }
 
 std::string NodeApi::make_sourceid(NMOS_IS04_ST* rec, int index)
@@ -46,7 +48,8 @@ std::string NodeApi::make_sourceid(NMOS_IS04_ST* rec, int index)
 
 std::string NodeApi::make_flows(NMOS_IS04_ST* rec)
 {
-    return make_list(Slashes::plain, rec->flows, rec->flows_count, write_flow);
+    return make_list(Slashes::plain, valid_count(rec->flows, rec->flows_count),
+                     [&](JsonText& text, std::size_t i) { write_flow(text, rec->flows[i], i); });
 }
 
 std::string NodeApi::make_flowid(NMOS_IS04_ST* rec, int index)
@@ -63,9 +66,9 @@ std::string NodeApi::make_devices(NMOS_IS04_ST* rec, int receiver_filter, int au
                                   int sender_filter)
 {
     const DeviceSelection selection{{receiver_filter, audio_group_filter}, sender_filter};
-    return make_list(Slashes::plain, rec->devices, rec->devices_count,
-                     [&](JsonText& text, const DEVICE_IS04_ST& device, std::size_t) {
-                         write_device(text, device, selection, DeviceTags::present);
+    return make_list(Slashes::plain, valid_count(rec->devices, rec->devices_count),
+                     [&](JsonText& text, std::size_t i) {
+                         write_device(text, rec->devices[i], selection, DeviceTags::present);
                      });
 }
 
@@ -81,10 +84,10 @@ std::string NodeApi::make_deviceid(NMOS_IS04_ST* rec, int index, int receiver_fi
 
 std::string NodeApi::make_senders(NMOS_IS04_ST* rec, int all_senders)
 {
-    return make_list(Slashes::plain, rec->senders, rec->senders_count,
-                     [&](JsonText& text, const SENDER_IS04_ST& sender, std::size_t i) {
+    return make_list(Slashes::plain, valid_count(rec->senders, rec->senders_count),
+                     [&](JsonText& text, std::size_t i) {
                          if (shows_sender(all_senders, i))
-                             write_sender(text, sender);
+                             write_sender(text, rec->senders[i], SenderForm::resource);
                      });
 }
 
@@ -93,16 +96,17 @@ std::string NodeApi::make_senderid(NMOS_IS04_ST* rec, int index)
     if (rec->senders_count == 0)
         return "{}";
     const SENDER_IS04_ST& sender = checked_entry(rec->senders, index, "NodeApi::make_senderid");
-    return make_text(Slashes::plain, [&](JsonText& text) { write_sender(text, sender); });
+    return make_text(Slashes::plain,
+                     [&](JsonText& text) { write_sender(text, sender, SenderForm::resource); });
 }
 
 std::string NodeApi::make_receivers(NMOS_IS04_ST* rec, int receiver_filter, int audio_group_filter)
 {
     const ReceiverSelection selection{receiver_filter, audio_group_filter};
-    return make_list(Slashes::plain, rec->receivers, rec->receivers_count,
-                     [&](JsonText& text, const RECEIVER_IS04_ST& receiver, std::size_t i) {
+    return make_list(Slashes::plain, valid_count(rec->receivers, rec->receivers_count),
+                     [&](JsonText& text, std::size_t i) {
                          if (shows_receiver(selection, i))
-                             write_receiver(text, receiver);
+                             write_receiver(text, rec->receivers[i]);
                      });
 }
 
@@ -115,5 +119,7 @@ std::string NodeApi::make_receiverid(NMOS_IS04_ST* rec, int index)
 
 std::string NodeApi::make_receiverid_target(SENDER_IS04_ST* sender)
 {
-    return make_text(Slashes::plain, [&](JsonText& text) { write_receiver_target(text, *sender); });
+    return make_text(Slashes::plain, [&](JsonText& text) {
+        write_sender(text, *sender, SenderForm::receiver_target);
+    });
 }

@@ -43,9 +43,9 @@ std::string RegistrationApi::make_resource_devices(NMOS_IS04_ST* rec, int receiv
                                                    int audio_group_filter, int sender_filter)
 {
     const DeviceSelection selection{{receiver_filter, audio_group_filter}, sender_filter};
-    return make_list(Slashes::plain, rec->devices, rec->devices_count,
-                     [&](JsonText& text, const DEVICE_IS04_ST& device, std::size_t) {
-                         write_device(text, device, selection, DeviceTags::absent);
+    return make_list(Slashes::plain, valid_count(rec->devices, rec->devices_count),
+                     [&](JsonText& text, std::size_t i) {
+                         write_device(text, rec->devices[i], selection, DeviceTags::absent);
                      });
 }
 
@@ -78,7 +78,8 @@ void write_flow_registration(JsonText& text, const FLOW_IS04_ST& flow, std::size
 
 void write_sender_registration(JsonText& text, const SENDER_IS04_ST& sender)
 {
-    write_registration(text, "sender", [&](JsonText& data) { write_sender(data, sender); });
+    write_registration(text, "sender",
+                       [&](JsonText& data) { write_sender(data, sender, SenderForm::resource); });
 }
 
 void write_receiver_registration(JsonText& text, const RECEIVER_IS04_ST& receiver)
@@ -90,7 +91,10 @@ void write_receiver_registration(JsonText& text, const RECEIVER_IS04_ST& receive
 
 std::string RegistrationApi::make_resource_sources(NMOS_IS04_ST* rec)
 {
-    return make_list(Slashes::escaped, rec->sources, rec->sources_count, write_source_registration);
+    return make_list(Slashes::escaped, valid_count(rec->sources, rec->sources_count),
+                     [&](JsonText& text, std::size_t i) {
+                         write_source_registration(text, rec->sources[i], i);
+                     });
 }
 
 std::string RegistrationApi::make_resource_sourceid(NMOS_IS04_ST* rec, int index)
@@ -104,7 +108,9 @@ std::string RegistrationApi::make_resource_sourceid(NMOS_IS04_ST* rec, int index
 
 std::string RegistrationApi::make_resource_flows(NMOS_IS04_ST* rec)
 {
-    return make_list(Slashes::escaped, rec->flows, rec->flows_count, write_flow_registration);
+    return make_list(
+        Slashes::escaped, valid_count(rec->flows, rec->flows_count),
+        [&](JsonText& text, std::size_t i) { write_flow_registration(text, rec->flows[i], i); });
 }
 
 std::string RegistrationApi::make_resource_flowid(NMOS_IS04_ST* rec, int index)
@@ -118,10 +124,9 @@ std::string RegistrationApi::make_resource_flowid(NMOS_IS04_ST* rec, int index)
 
 std::string RegistrationApi::make_resource_senders(NMOS_IS04_ST* rec)
 {
-    return make_list(Slashes::plain, rec->senders, rec->senders_count,
-                     [](JsonText& text, const SENDER_IS04_ST& sender, std::size_t) {
-                         write_sender_registration(text, sender);
-                     });
+    return make_list(
+        Slashes::plain, valid_count(rec->senders, rec->senders_count),
+        [&](JsonText& text, std::size_t i) { write_sender_registration(text, rec->senders[i]); });
 }
 
 std::string RegistrationApi::make_resource_senderid(NMOS_IS04_ST* rec, int index)
@@ -134,9 +139,9 @@ std::string RegistrationApi::make_resource_senderid(NMOS_IS04_ST* rec, int index
 
 std::string RegistrationApi::make_resource_receivers(NMOS_IS04_ST* rec)
 {
-    return make_list(Slashes::plain, rec->receivers, rec->receivers_count,
-                     [](JsonText& text, const RECEIVER_IS04_ST& receiver, std::size_t) {
-                         write_receiver_registration(text, receiver);
+    return make_list(Slashes::plain, valid_count(rec->receivers, rec->receivers_count),
+                     [&](JsonText& text, std::size_t i) {
+                         write_receiver_registration(text, rec->receivers[i]);
                      });
 }
 
@@ -159,10 +164,10 @@ void RegistrationApi::update_version(NMOS_IS04_ST* rec)
     constexpr std::size_t field_size = sizeof rec->version;
     static_assert(sizeof version >= field_size);
     std::memcpy(rec->version, version, field_size);
-    const std::size_t devices = bounded_count(rec->devices_count, std::size(rec->devices));
+    const std::size_t devices = valid_count(rec->devices, rec->devices_count);
     for (std::size_t i = 0; i < devices; ++i)
         std::memcpy(rec->devices[i].version, version, field_size);
-    const std::size_t receivers = bounded_count(rec->receivers_count, std::size(rec->receivers));
+    const std::size_t receivers = valid_count(rec->receivers, rec->receivers_count);
     for (std::size_t i = 0; i < receivers; ++i)
         std::memcpy(rec->receivers[i].version, version, field_size);
 }
@@ -174,7 +179,7 @@ void RegistrationApi::update_ipAddress(NMOS_IS04_ST* rec, std::string ip, std::s
     // Four bytes of the new URL and of the new address, never the whole.
     constexpr std::size_t moved = 4;
     std::memcpy(rec->href, "http", moved);
-    const std::size_t endpoints = bounded_count(rec->endpoints_count, std::size(rec->endpoints));
+    const std::size_t endpoints = valid_count(rec->endpoints, rec->endpoints_count);
     for (std::size_t i = 0; i < endpoints; ++i) {
         std::memcpy(rec->endpoints[i].host, ip.c_str(), std::min(moved, ip.size() + 1));
         rec->endpoints[i].port = port_number;

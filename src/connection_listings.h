@@ -22,7 +22,7 @@ std::string id_listing(const Entry (&entries)[N], std::int32_t count, IsListed i
 {
     TextBuffer text;
     text.append("[\n");
-    const std::size_t valid = bounded_count(count, N);
+    const std::size_t valid = valid_count(entries, count);
     for (std::size_t i = 0; i < valid; ++i) {
         if (!is_listed(i))
             continue;

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <iterator>
 #include <stdexcept>
 
 #include "record_fields.h"
@@ -93,9 +92,9 @@ void write_component(JsonWriter& json, const FLOW_IS04_ST& flow, const char (&na
 
 /// A sender or receiver has one subscription: the first entry decides, later ones never show.
 template <std::size_t K, std::size_t N>
-[[gnu::always_inline]] inline void write_subscription(JsonWriter& json, const char (&peer_key)[K],
-                                                      const SUBSCRIPTION_IS04_ST (&entries)[N],
-                                                      std::int32_t count)
+[[gnu::always_inline]] inline void
+write_subscription(FastJsonWriter& json, const char (&peer_key)[K],
+                   const SUBSCRIPTION_IS04_ST (&entries)[N], std::int32_t count)
 {
     json.key("subscription").begin_object();
     if (count > 0) {
@@ -103,6 +102,17 @@ template <std::size_t K, std::size_t N>
         json.member_or_null(peer_key, entries[0].peer_id);
     }
     json.end_object();
+}
+
+/// In a sender's own body every id is a string.
+template <std::size_t N>
+[[gnu::always_inline]] inline void write_sender_id(FastJsonWriter& json, const char (&id)[N],
+                                                   bool may_be_null)
+{
+    if (may_be_null && holds(id, "null"))
+        json.null();
+    else
+        json.string(id);
 }
 
 } // namespace
@@ -149,15 +159,13 @@ void write_device(JsonText& text, const DEVICE_IS04_ST& device, const DeviceSele
     json.member("label", device.label);
     json.member("node_id", device.node_id);
     json.key("receivers").begin_array();
-    for (std::size_t i = 0;
-         i < bounded_count(device.receiver_ids_count, std::size(device.receivers)); ++i) {
+    for (std::size_t i = 0; i < valid_count(device.receivers, device.receiver_ids_count); ++i) {
         if (shows_receiver(selection.receivers, i))
             json.string(device.receivers[i]);
     }
     json.end_array();
     json.key("senders").begin_array();
-    for (std::size_t i = 0; i < bounded_count(device.sender_ids_count, std::size(device.senders));
-         ++i) {
+    for (std::size_t i = 0; i < valid_count(device.senders, device.sender_ids_count); ++i) {
         if (shows_sender(selection.all_senders, i))
             json.string(device.senders[i]);
     }
@@ -235,14 +243,18 @@ void write_flow(JsonText& text, const FLOW_IS04_ST& flow, std::size_t position)
     json.end_object();
 }
 
-void write_sender(JsonText& text, const SENDER_IS04_ST& sender)
+void write_sender(JsonText& text, const SENDER_IS04_ST& sender, SenderForm form)
 {
-    JsonWriter json(text);
+    const bool is_target = form == SenderForm::receiver_target;
+
+    FastJsonWriter json(text);
     json.begin_object();
+    if (is_target)
+        json.key("caps").empty_object();
     json.member("description", sender.description);
-    json.member("device_id", sender.device_id);
-    json.member("flow_id", sender.flow_id);
-    json.member("id", sender.id);
+    write_sender_id(json.key("device_id"), sender.device_id, is_target);
+    write_sender_id(json.key("flow_id"), sender.flow_id, is_target);
+    write_sender_id(json.key("id"), sender.id, is_target);
     json.strings("interface_bindings", sender.interface_bindings, sender.interface_bindings_count);
     json.member("label", sender.label);
     json.member("manifest_href", sender.manifest_href);
@@ -255,7 +267,7 @@ void write_sender(JsonText& text, const SENDER_IS04_ST& sender)
 
 void write_receiver(JsonText& text, const RECEIVER_IS04_ST& receiver)
 {
-    JsonWriter json(text);
+    FastJsonWriter json(text);
     json.begin_object();
     json.key("caps").begin_object();
     json.strings("media_types", receiver.media_types, receiver.media_types_count);
@@ -271,25 +283,6 @@ void write_receiver(JsonText& text, const RECEIVER_IS04_ST& receiver)
     json.key("tags").empty_object();
     json.member("transport", receiver.transport);
     json.member("version", receiver.version);
-    json.end_object();
-}
-
-void write_receiver_target(JsonText& text, const SENDER_IS04_ST& sender)
-{
-    JsonWriter json(text);
-    json.begin_object();
-    json.key("caps").empty_object();
-    json.member("description", sender.description);
-    json.member_or_null("device_id", sender.device_id);
-    json.member_or_null("flow_id", sender.flow_id);
-    json.member_or_null("id", sender.id);
-    json.strings("interface_bindings", sender.interface_bindings, sender.interface_bindings_count);
-    json.member("label", sender.label);
-    json.member("manifest_href", sender.manifest_href);
-    write_subscription(json, "receiver_id", sender.subscription, sender.subscription_count);
-    json.key("tags").empty_object();
-    json.member("transport", sender.transport);
-    json.member("version", sender.version);
     json.end_object();
 }
 

@@ -27,6 +27,14 @@ enum class DeviceTags
     absent
 };
 
+/// A sender as a resource of its own, or as what a receiver is asked to subscribe to: there it has
+/// "caps", and ids may be null.
+enum class SenderForm
+{
+    resource,
+    receiver_target
+};
+
 void write_node(JsonText& text, const NMOS_IS04_ST& node);
 void write_device(JsonText& text, const DEVICE_IS04_ST& device, const DeviceSelection& selection,
                   DeviceTags tags);
@@ -34,10 +42,8 @@ void write_device(JsonText& text, const DEVICE_IS04_ST& device, const DeviceSele
 void write_source(JsonText& text, const SOURCE_IS04_ST& source, std::size_t position);
 /// The position decides the kind: see node_state.h.
 void write_flow(JsonText& text, const FLOW_IS04_ST& flow, std::size_t position);
-void write_sender(JsonText& text, const SENDER_IS04_ST& sender);
+void write_sender(JsonText& text, const SENDER_IS04_ST& sender, SenderForm form);
 void write_receiver(JsonText& text, const RECEIVER_IS04_ST& receiver);
-/// What a receiver is asked to subscribe to.
-void write_receiver_target(JsonText& text, const SENDER_IS04_ST& sender);
 
 } // namespace nmos_instrument
 

@@ -85,7 +85,7 @@ void write_sender_connection(JsonText& text, const CONNECTION_HALF_IS05_ST& half
     json.begin_object();
     write_common_part(json, half, "receiver_id");
     json.key("transport_params").begin_array();
-    for (std::size_t i = 0; i < valid_entries(half.transport_params, half.leg_count).size(); ++i)
+    for (std::size_t i = 0; i < valid_count(half.transport_params, half.leg_count); ++i)
         write_sender_leg(json, half.transport_params[i], staged.transport_params[i], unset);
     json.end_array();
     json.end_object();

@@ -6,56 +6,52 @@
 #define NMOS_INSTRUMENT_SRC_JSON_LISTS_H
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 #include "json_writer.h"
-#include "record_fields.h"
 
 namespace nmos_instrument {
 
-/// The text of one body: `write(text)` writes it.
-template <typename WriteBody>
-std::string make_text(Slashes slashes, WriteBody write)
+/// A callable that lives at the place of the call. It keeps the wrappers below out of templates:
+/// each exists once.
+template <typename... Arguments>
+class WriteCall
 {
-    JsonText text(slashes);
-    write(text);
-    return text.take();
-}
+public:
+    template <typename Callable>
+    WriteCall(const Callable& callable) noexcept // implicit: it stands for the callable
+        : callable_(&callable),
+          call_([](const void* target, JsonText& text, Arguments... arguments) {
+              (*static_cast<const Callable*>(target))(text, arguments...);
+          })
+    {}
 
-/// Array of the bodies of the first `count` entries, within the array. `write(text, entry, i)`
-/// writes the body of entry i, or nothing to leave it out.
-template <typename Entry, std::size_t N, typename WriteBody>
-std::string make_list(Slashes slashes, const Entry (&entries)[N], std::int32_t count,
-                      WriteBody write)
-{
-    return make_text(slashes, [&](JsonText& text) {
-        const std::size_t valid = bounded_count(count, N);
-        JsonWriter(text).begin_array();
-        for (std::size_t i = 0; i < valid; ++i) {
-            write(text, entries[i], i);
-            text.set_progress(i + 1, valid);
-        }
-        JsonWriter(text).end_array();
-    });
-}
+    void operator()(JsonText& text, Arguments... arguments) const
+    {
+        call_(callable_, text, arguments...);
+    }
 
-/// Registration API envelope {"data":<body>,"type":"<type>"}; `write(text)` writes the body.
-template <std::size_t N, typename WriteBody>
-void write_registration(JsonText& text, const char (&type)[N], WriteBody write)
-{
-    {
-        JsonWriter json(text);
-        json.begin_object();
-        json.key("data");
-    }
-    write(text);
-    {
-        JsonWriter json(text);
-        json.key("type").literal(type);
-        json.end_object();
-    }
-}
+private:
+    const void* callable_;
+    void (*call_)(const void*, JsonText&, Arguments...);
+};
+
+/// `write(text)` writes one body.
+using WriteBody = WriteCall<>;
+
+/// `write(text, i)` writes the body of entry i, or nothing to leave it out.
+using WriteEntry = WriteCall<std::size_t>;
+
+/// The text of one body.
+std::string make_text(Slashes slashes, const WriteBody& write);
+
+/// The text of an array of the bodies of entries 0 to `count` - 1.
+std::string make_list(Slashes slashes, std::size_t count, const WriteEntry& write);
+
+/// Registration API envelope {"data":<body>,"type":"<type>"}.
+void write_registration(JsonText& text, std::string_view type, const WriteBody& write);
 
 } // namespace nmos_instrument
 

@@ -4,7 +4,47 @@
 
 namespace nmos_instrument {
 
-char* JsonWriter::write_rest(JsonText& text, char* position, std::string_view rest)
+namespace {
+
+/// Longest escape: "\u001f".
+constexpr std::size_t escape_size = 6;
+
+char* write_escape(char* to, char byte) noexcept
+{
+    const auto short_form = [to](char letter) {
+        to[0] = '\\';
+        to[1] = letter;
+        return to + 2;
+    };
+    switch (byte) {
+    case '"':
+    case '\\':
+    case '/':
+        return short_form(byte);
+    case '\b':
+        return short_form('b');
+    case '\f':
+        return short_form('f');
+    case '\n':
+        return short_form('n');
+    case '\r':
+        return short_form('r');
+    case '\t':
+        return short_form('t');
+    default:
+        break;
+    }
+    // All that is left is below 0x20, or 0x7F.
+    const auto code = static_cast<unsigned char>(byte);
+    std::memcpy(to, "\\u00", 4);
+    to[4] = "0123456789abcdef"[code >> 4];
+    to[5] = "0123456789abcdef"[code & 0xF];
+    return to + 6;
+}
+
+} // namespace
+
+char* write_string_rest(JsonText& text, char* position, std::string_view rest)
 {
     constexpr std::size_t block = OrdinaryBytes::size;
     constexpr std::size_t closing_size = 2;
@@ -38,39 +78,6 @@ char* JsonWriter::write_rest(JsonText& text, char* position, std::string_view re
             *position++ = *from;
     }
     return position;
-}
-
-char* JsonWriter::write_escape(char* to, char byte) noexcept
-{
-    const auto short_form = [to](char letter) {
-        to[0] = '\\';
-        to[1] = letter;
-        return to + 2;
-    };
-    switch (byte) {
-    case '"':
-    case '\\':
-    case '/':
-        return short_form(byte);
-    case '\b':
-        return short_form('b');
-    case '\f':
-        return short_form('f');
-    case '\n':
-        return short_form('n');
-    case '\r':
-        return short_form('r');
-    case '\t':
-        return short_form('t');
-    default:
-        break;
-    }
-    // All that is left is below 0x20, or 0x7F.
-    const auto code = static_cast<unsigned char>(byte);
-    std::memcpy(to, "\\u00", 4);
-    to[4] = "0123456789abcdef"[code >> 4];
-    to[5] = "0123456789abcdef"[code & 0xF];
-    return to + 6;
 }
 
 } // namespace nmos_instrument

@@ -82,15 +82,29 @@ private:
 #endif
 };
 
-class JsonWriter
+/// Writes the rest of a field up to its first NUL, whatever it holds. Leaves room for what closes a
+/// string. The position is taken and returned by value: a member function of the writer would take
+/// the writer's address, and with it the position out of its register.
+char* write_string_rest(JsonText& text, char* position, std::string_view rest);
+
+/// How a record's texts are copied: by code that stands in line at each member, for the resources
+/// that are written many in a row; or by calling one function, for all others, in half the code.
+enum class Copying
+{
+    in_line,
+    called
+};
+
+template <Copying copying>
+class BasicJsonWriter
 {
 public:
-    explicit JsonWriter(JsonText& text) noexcept
+    explicit BasicJsonWriter(JsonText& text) noexcept
         : text_(text), position_(text.position()), limit_(text.limit()), ordinary_(text.slashes())
     {}
-    JsonWriter(const JsonWriter&) = delete;
-    JsonWriter& operator=(const JsonWriter&) = delete;
-    ~JsonWriter() { text_.set_position(position_); }
+    BasicJsonWriter(const BasicJsonWriter&) = delete;
+    BasicJsonWriter& operator=(const BasicJsonWriter&) = delete;
+    ~BasicJsonWriter() { text_.set_position(position_); }
 
     void begin_object()
     {
@@ -107,7 +121,7 @@ public:
 
     /// The key of a member; its value follows.
     template <std::size_t N>
-    [[gnu::always_inline]] JsonWriter& key(const char (&name)[N])
+    [[gnu::always_inline]] BasicJsonWriter& key(const char (&name)[N])
     {
         need(key_size<N>);
         put_key(name);
@@ -115,7 +129,7 @@ public:
     }
 
     /// A key of a table: the code's own text, which holds nothing to escape.
-    JsonWriter& key(std::string_view name)
+    BasicJsonWriter& key(std::string_view name)
     {
         text_.expect_ascending(name);
         need(name.size() + 3);
@@ -137,12 +151,12 @@ public:
             put_value("false");
     }
     /// A string of the code's own that holds nothing to escape.
-    template <std::size_t N>
-    [[gnu::always_inline]] void literal(const char (&value)[N])
+    void literal(std::string_view value)
     {
-        need(N + 2);
+        need(value.size() + 3);
         put_byte('"');
-        put_literal(value);
+        std::memcpy(position_, value.data(), value.size());
+        position_ += value.size();
         put_literal("\",");
     }
     /// Throws std::overflow_error with an empty text when the number is NaN or infinite.
@@ -255,11 +269,13 @@ private:
         put_literal("\":");
     }
 
-    /// Nearly all texts are short and hold nothing to escape: their blocks are copied in line, all
-    /// else is left to write_rest.
+    /// Nearly all texts are short and hold nothing to escape: so much is copied in line, all else is
+    /// left to write_string_rest.
     template <std::size_t N>
-    static constexpr std::size_t
-        copied_in_line = std::min<std::size_t>(N, 128) / OrdinaryBytes::size* OrdinaryBytes::size;
+    static constexpr std::size_t copied_in_line =
+        copying == Copying::in_line
+            ? std::min<std::size_t>(N, 128) / OrdinaryBytes::size* OrdinaryBytes::size
+            : 0;
 
     template <std::size_t N>
     static constexpr std::size_t string_size = copied_in_line<N> + 3; ///< two quotes, comma
@@ -278,27 +294,19 @@ private:
             at += OrdinaryBytes::size;
         }
         position_ += at;
-        if (at != N && field[at] != '\0') [[unlikely]]
-            position_ = write_rest(text_, position_, {field + at, N - at});
+        if (copying == Copying::called || (at != N && field[at] != '\0'))
+            position_ = write_string_rest(text_, position_, {field + at, N - at});
         put_literal("\",");
     }
-
-    // These take and return the position by value: a member function out of line would take the
-    // address of the writer, and with it the position out of its register.
-
-    /// Writes the rest of a field up to its first NUL, whatever it holds. Leaves room for what
-    /// closes a string.
-    static char* write_rest(JsonText& text, char* position, std::string_view rest);
-
-    /// Longest escape: "\u001f".
-    static constexpr std::size_t escape_size = 6;
-    static char* write_escape(char* to, char byte) noexcept;
 
     JsonText& text_;
     char* position_;
     const char* const limit_;
     const OrdinaryBytes ordinary_;
 };
+
+using JsonWriter = BasicJsonWriter<Copying::called>;
+using FastJsonWriter = BasicJsonWriter<Copying::in_line>;
 
 } // namespace nmos_instrument
 

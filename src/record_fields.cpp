@@ -2,21 +2,31 @@
 
 #include "record_fields.h"
 
+#include <cstdio>
 #include <stdexcept>
-#include <string>
 
 namespace nmos_instrument {
+namespace {
+
+/// Room for the longest operation's name and two numbers.
+constexpr std::size_t message_size = 128;
+
+} // namespace
 
 void throw_index_out_of_range(const char* operation, int index, std::size_t last)
 {
-    throw std::out_of_range(std::string(operation) + ": index " + std::to_string(index) +
-                            " is outside 0 to " + std::to_string(last));
+    char message[message_size];
+    std::snprintf(message, sizeof message, "%s: index %d is outside 0 to %zu", operation, index,
+                  last);
+    throw std::out_of_range(message);
 }
 
 void throw_negative_index(const char* operation, int index)
 {
-    throw std::out_of_range(std::string(operation) + ": index " + std::to_string(index) +
-                            " is negative, 0 and above are allowed");
+    char message[message_size];
+    std::snprintf(message, sizeof message, "%s: index %d is negative, 0 and above are allowed",
+                  operation, index);
+    throw std::out_of_range(message);
 }
 
 } // namespace nmos_instrument

@@ -28,7 +28,8 @@ bool holds(const char (&field)[N], const char (&word)[W]) noexcept
     return std::memcmp(field, word, W) == 0;
 }
 
-/// Valid entries of an array: a negative count is none, one above the capacity is the capacity.
+/// How many leading entries of an array are valid: a negative count is none, one above the capacity
+/// is the capacity.
 constexpr std::size_t bounded_count(std::int32_t count, std::size_t capacity) noexcept
 {
     if (count <= 0)
@@ -36,11 +37,17 @@ constexpr std::size_t bounded_count(std::int32_t count, std::size_t capacity) no
     return static_cast<std::size_t>(count) < capacity ? static_cast<std::size_t>(count) : capacity;
 }
 
+template <typename Entry, std::size_t N>
+constexpr std::size_t valid_count(const Entry (&)[N], std::int32_t count) noexcept
+{
+    return bounded_count(count, N);
+}
+
 /// The valid leading entries of an array.
 template <typename Entry, std::size_t N>
 std::span<const Entry> valid_entries(const Entry (&entries)[N], std::int32_t count) noexcept
 {
-    return {entries, bounded_count(count, N)};
+    return {entries, valid_count(entries, count)};
 }
 
 /// Throws std::out_of_range: "<operation>: index <index> is outside 0 to <last>".

@@ -56,6 +56,8 @@ private:
     }
     static constexpr std::uint32_t bit(SdpKey key) noexcept { return 1U << index(key); }
 
+    void note_keys_at(std::string_view line, std::size_t separator) noexcept;
+
     std::uint32_t found_ = 0;
     // Only the entries of found keys are written and read.
     std::array<std::size_t, sdp_key_count> value_start_;

@@ -70,8 +70,7 @@ std::string path_of_request(const std::string& request_line)
     constexpr std::size_t protocol_size = 9; // " HTTP/1.1"
     const std::size_t start = request_line.find('/');
     if (start == std::string::npos)
-        throw std::out_of_range("ConnectionApi::make_fullpath_from_request: basic_string::substr: "
-                                "the request line has no \"/\"");
+        throw std::out_of_range("basic_string::substr: the request line has no \"/\"");
     const std::size_t size = request_line.size() - start;
     return request_line.substr(start, size < protocol_size ? 0 : size - protocol_size);
 }

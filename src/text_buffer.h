@@ -9,7 +9,6 @@
 #ifndef NMOS_INSTRUMENT_SRC_TEXT_BUFFER_H
 #define NMOS_INSTRUMENT_SRC_TEXT_BUFFER_H
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -34,19 +33,9 @@ public:
     /// Appends what stands before `position` to the string, all but the last byte: the byte before
     /// the position stays readable (and replaceable). Returns the new position, behind which the
     /// buffer is free but for that byte.
-    [[gnu::noinline]] char* flush(char* position)
-    {
-        const auto written = static_cast<std::size_t>(position - buffer_);
-        if (written == 0)
-            return position;
-        if (flushed_.empty())
-            flushed_.reserve(expected_size(written));
-        flushed_.append(buffer_, written - 1);
-        buffer_[0] = buffer_[written - 1];
-        return buffer_ + 1;
-    }
+    char* flush(char* position);
 
-    /// Appends a text of any length.
+    /// Appends a text of any length. In line, since most texts are constants of a few bytes.
     [[gnu::always_inline]] void append(std::string_view text)
     {
         if (text.size() > static_cast<std::size_t>(limit() - position_)) [[unlikely]] {
@@ -65,40 +54,13 @@ public:
     }
 
     /// The finished text. The buffer is used up by it.
-    std::string take()
-    {
-        const auto written = static_cast<std::size_t>(position_ - buffer_);
-        if (flushed_.empty())
-            return std::string(buffer_, written);
-        flushed_.append(buffer_, written);
-        return std::move(flushed_);
-    }
+    std::string take();
 
 private:
     static constexpr std::size_t buffer_size = 4096;
 
-    [[gnu::noinline]] void append_long(std::string_view text)
-    {
-        position_ = flush(position_);
-        while (!text.empty()) {
-            const auto room = static_cast<std::size_t>(limit() - position_);
-            const std::size_t piece = std::min(room, text.size());
-            std::memcpy(position_, text.data(), piece);
-            text.remove_prefix(piece);
-            position_ += piece;
-            if (!text.empty())
-                position_ = flush(position_);
-        }
-    }
-
-    /// A list is as long as its entries so far suggest; one long body is hardly longer than two
-    /// buffers.
-    std::size_t expected_size(std::size_t written) const noexcept
-    {
-        if (entries_done_ == 0)
-            return 2 * buffer_size;
-        return written / entries_done_ * entries_total_ + buffer_size / 4;
-    }
+    void append_long(std::string_view text);
+    std::size_t expected_size(std::size_t written) const noexcept;
 
     std::string flushed_;
     char* position_ = buffer_;
