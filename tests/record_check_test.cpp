@@ -446,8 +446,17 @@ const NodeCase node_fields[] = {
          set_text(r.flows[0].media_type, "video/SMPTE2022-6");
          set_text(r.flows[0].interlace_mode, "");
          set_text(r.flows[0].colorspace, "");
+         set_text(r.flows[0].transfer_characteristic, "");
+     }, {}},
+    {"FlowColourOfMultiplexedVideoIsShownToo", [](NMOS_IS04_ST& r) {
+         set_text(r.flows[0].format, "urn:x-nmos:format:mux");
+         set_text(r.flows[0].media_type, "video/SMPTE2022-6");
+         set_text(r.flows[0].interlace_mode, "\xFE");
+         set_text(r.flows[0].colorspace, "\xFF");
          fill_whole(r.flows[0].transfer_characteristic, 'S');
-     }, {"flows[0].transfer_characteristic is \"SSSSSSSSSSSSSSSSSSSSSSSSSSSSSSSS\", there is no NUL "
+     }, {"flows[0].interlace_mode is \"\\xfe\", it must be UTF-8",
+         "flows[0].colorspace is \"\\xff\", it must be UTF-8",
+         "flows[0].transfer_characteristic is \"SSSSSSSSSSSSSSSSSSSSSSSSSSSSSSSS\", there is no NUL "
          "in its 32 bytes"}},
     {"FlowMediaTypeVideo", [](NMOS_IS04_ST& r) { set_text(r.flows[0].media_type, "audio/L24"); },
      {"flows[0].media_type is \"audio/L24\", it must be a media type that begins with video/"}},
