@@ -359,6 +359,7 @@ TEST(HttpLimits, FourThousandConnectionsAreServed)
         GTEST_SKIP() << "the hard limit of open files is below " << 2 * many + 500;
     HttpServerOptions options;
     options.connections_per_address = 0;
+    options.header_deadline = 60s; // sanitizers are slow
     HttpServer server(options, &count_body);
     ASSERT_EQ(server.connection_limit(), many);
     std::vector<TestClient> clients;

@@ -215,6 +215,8 @@ TEST(HttpServer, AnswersAClientThatHasFinishedSending)
     const auto response = client.receive();
     ASSERT_TRUE(response);
     EXPECT_EQ(response->body, "GET /a");
+    // Long before the idle deadline.
+    EXPECT_TRUE(client.is_closed_within(5s));
 }
 
 TEST(HttpServer, TellsThePeer)

@@ -52,6 +52,9 @@ TestClient::TestClient(std::uint16_t port, const char* own_address)
     const sockaddr_in server = ipv4("127.0.0.1", port);
     const int yes = 1;
     setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
+    // The port is chosen when it connects: bind() alone would not find a free one quickly among
+    // thousands that have just been used.
+    setsockopt(socket_, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &yes, sizeof yes);
     if (bind(socket_, reinterpret_cast<const sockaddr*>(&own), sizeof own) != 0 ||
         connect(socket_, reinterpret_cast<const sockaddr*>(&server), sizeof server) != 0) {
         const int reason = errno;

@@ -18,6 +18,13 @@ void give_up(PendingAnswer& answer)
     answer.give(error_response(503, "The server is stopping"));
 }
 
+// Whether there is nothing more to read, ever.
+bool has_ended(int socket)
+{
+    char next;
+    return recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+}
+
 } // namespace
 
 Connection& ConnectionTable::add(int socket, std::string peer)
@@ -44,11 +51,15 @@ void ConnectionTable::end_overdue()
     const Connection::Clock::time_point now = Connection::Clock::now();
     const std::lock_guard lock(mutex_);
     for (Connection& connection : connections_) {
-        if (connection.deadline.load(std::memory_order_relaxed) > now)
-            continue;
-        // Its server thread sees the end and closes it.
-        shutdown(connection.socket, SHUT_RDWR);
-        connection.clear_deadline();
+        if (connection.deadline.load(std::memory_order_relaxed) <= now) {
+            // Its server thread sees the end and closes it.
+            shutdown(connection.socket, SHUT_RDWR);
+            connection.clear_deadline();
+        } else if (connection.has_answered.exchange(false) && has_ended(connection.socket)) {
+            // An end that comes with the request, libmicrohttpd is told about once and overlooks
+            // while it reads the request; this tells it again.
+            shutdown(connection.socket, SHUT_RD);
+        }
     }
 }
 

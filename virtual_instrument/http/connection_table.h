@@ -39,7 +39,8 @@ struct Connection
 
     // For every thread:
     std::atomic<Clock::time_point> deadline{Clock::time_point::max()};
-    std::atomic<bool> has_request{false}; ///< from the request line until the answer has been sent
+    std::atomic<bool> has_request{false};  ///< from the request line until the answer has been sent
+    std::atomic<bool> has_answered{false}; ///< since the last look of the watchdog
 
     // Under the table's lock:
     std::shared_ptr<PendingAnswer> late_answer;
@@ -55,7 +56,8 @@ public:
     /// Before the socket is closed: nobody may shut down the next owner of its number.
     void remove(Connection& connection);
 
-    /// Ends the connections whose deadline has passed.
+    /// Ends the connections whose deadline has passed, and those whose client has finished sending and
+    /// has its answer.
     void end_overdue();
 
     /// Lets connections without a request read what has arrived, then end.

@@ -459,6 +459,7 @@ void HttpServer::Daemon::end_exchange(Connection& connection, MHD_RequestTermina
     }
     connection.has_served = true;
     connection.has_request = false;
+    connection.has_answered = true;
     connection.set_deadline(options_.idle_deadline);
 }
 
