@@ -2,7 +2,7 @@
 
 #include "all_operations.h"
 
-#include <iterator>
+#include <cstring>
 
 namespace {
 
@@ -69,13 +69,13 @@ std::string memberships(Input& in)
 std::string updated_version(Input& in)
 {
     RegistrationApi().update_version(in.node);
-    return in.node->version;
+    return {in.node->version, strnlen(in.node->version, sizeof in.node->version)};
 }
 
 std::string updated_address(Input& in)
 {
     RegistrationApi().update_ipAddress(in.node, "10.0.0.5", "8080");
-    return in.node->href;
+    return {in.node->href, strnlen(in.node->href, sizeof in.node->href)};
 }
 
 std::string sender_constraints(Input& in)

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_FUZZ_RECORD_OPERATIONS_H
+#define NMOS_INSTRUMENT_FUZZ_RECORD_OPERATIONS_H
+
+#include <stdexcept>
+#include <string>
+
+#include "all_operations.h"
+#include "fuzz_input.h"
+
+/// Calls every operation on the input: it returns, or throws what it is documented to throw.
+inline void call_all_operations(const OperationInput& input)
+{
+    for (const Operation& operation : all_operations()) {
+        OperationInput own = input;
+        try {
+            const std::string text = operation.call(own);
+            REQUIRE(text.size() < 64 * sizeof(NMOS_IS05_ST));
+        } catch (const std::overflow_error& error) {
+            REQUIRE(*error.what() == '\0');
+        } catch (const std::out_of_range& error) {
+            REQUIRE(*error.what() != '\0');
+        }
+    }
+}
+
+#endif

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// An SDP file as a controller may send it: status, messages and found values must hang together,
+// and it must not matter how the lines end.
+
+#include <stdexcept>
+#include <string_view>
+
+#include "fuzz_input.h"
+#include "nmos_instrument/ConnectionApi.h"
+
+namespace {
+
+struct Result
+{
+    int status = 0;
+    std::string errors;
+    sdp_str found = sdp_str();
+    bool threw = false;
+};
+
+Result analysed(const std::string& sdp, std::uint8_t flags, short format)
+{
+    Result result;
+    try {
+        result.status = ConnectionApi().analyze_sdp_file(
+            sdp, (flags & 1) != 0, format, (flags & 2) != 0, &result.errors, &result.found);
+    } catch (const std::out_of_range& error) {
+        REQUIRE(std::string_view(error.what()).starts_with("basic_string::substr"));
+        result.threw = true;
+    }
+    return result;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    FuzzInput input(data, size);
+    const std::uint8_t flags = input.byte();
+    const short format = static_cast<std::int8_t>(input.byte());
+    const std::string sdp = input.rest();
+
+    const Result result = analysed(sdp, flags, format);
+    REQUIRE(result.threw || result.status == (result.errors.empty() ? 200 : 400));
+    REQUIRE(result.errors.empty() || result.errors.back() == '\n');
+    REQUIRE((result.found.found_flags & ~0x1FFFU) == 0);
+
+    const Result unified = analysed(ConnectionApi::convertCRLF(sdp, "\n"), flags, format);
+    REQUIRE(unified.threw == result.threw);
+    REQUIRE(unified.status == result.status);
+    REQUIRE(unified.errors == result.errors);
+    REQUIRE(unified.found.found_flags == result.found.found_flags);
+    REQUIRE(unified.found.rtp_payload_type == result.found.rtp_payload_type);
+    return 0;
+}
