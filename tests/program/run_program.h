@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_TESTS_PROGRAM_RUN_PROGRAM_H
+#define NMOS_INSTRUMENT_TESTS_PROGRAM_RUN_PROGRAM_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct ProgramRun
+{
+    int status; ///< exit status; -1 when the program did not end by itself
+    std::string out;
+    std::string errors;
+};
+
+/// Runs the built program to its end. `input` is its standard input.
+ProgramRun run_program(const std::vector<std::string>& arguments, std::string_view input = {});
+
+/// A file in a folder of its own that goes with the object.
+class TemporaryFile
+{
+public:
+    explicit TemporaryFile(std::string_view content = {});
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile();
+
+    const std::string& name() const { return name_; }
+    std::string content() const;
+
+private:
+    std::string folder_;
+    std::string name_;
+};
+
+#endif
