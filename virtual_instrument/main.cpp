@@ -31,7 +31,7 @@ ExitStatus run(int argc, char** argv)
     CLI::App program("A virtual SMPTE ST 2110 measuring instrument in an AMWA NMOS network",
                      "nmos-instrument");
     program.set_version_flag("--version", version_text());
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1);
     add_print_command(program, status);
     add_check_sdp_command(program, status);
     add_serve_command(program, status);
@@ -39,6 +39,12 @@ ExitStatus run(int argc, char** argv)
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? done : wrong_use;
+    }
+    // Asked for by us: CLI11 would do so before it looks at a word that is no command, and never
+    // name that.
+    if (program.get_subcommands().empty()) {
+        std::cerr << "A command is required\nRun with --help for more information.\n";
+        return wrong_use;
     }
     return status;
 }

@@ -151,14 +151,15 @@ void ConfigurationReader::leave_object()
     levels_.pop_back();
     if (level.value == nullptr)
         return;
+    const std::string place = level.pointer.empty() ? file_ : file_ + ": " + level.pointer;
     std::string allowed;
     for (const std::string& key : level.known_keys)
         allowed += (allowed.empty() ? "" : ", ") + key;
     for (const auto& member : level.value->items()) {
         const auto& known = level.known_keys;
         if (std::find(known.begin(), known.end(), member.key()) == known.end())
-            findings_.push_back(file_ + ": " + level.pointer + ": found the unknown key " +
-                                shown(json(member.key())) + ", allowed: " + allowed);
+            findings_.push_back(place + ": found the unknown key " + shown(json(member.key())) +
+                                ", allowed: " + allowed);
     }
 }
 

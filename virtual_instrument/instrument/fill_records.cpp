@@ -13,6 +13,18 @@
 #include "instrument/record_text.h"
 
 namespace virtual_instrument {
+namespace {
+
+/// What a user can get wrong has been refused with the configuration.
+template <class Record>
+void expect_no_findings(const Record& record)
+{
+    const std::vector<std::string> findings = nmos_instrument::check_record(record);
+    if (!findings.empty())
+        throw std::logic_error("wrongly filled: " + findings.front());
+}
+
+} // namespace
 
 std::unique_ptr<Records> make_records(const Configuration& configuration, const TaiTime& now)
 {
@@ -25,6 +37,9 @@ std::unique_ptr<Records> make_records(const Configuration& configuration, const 
     for (std::size_t i = 0; i < sender_count; ++i)
         records->sdp_sessions[i] = {sdp_session_id(identity.senders[i]), now.seconds};
     set_sdp_session(*records, 0);
+    expect_no_findings(records->node);
+    expect_no_findings(records->connections);
+    expect_no_findings(records->settings);
     return records;
 }
 
