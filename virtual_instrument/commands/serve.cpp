@@ -128,10 +128,13 @@ void run(const ServeOptions& options, Configuration configuration)
         state_file.emplace(*options.state_file, instrument);
     }
     ActivationThread activations(instrument);
-    instrument.on_change([&] {
-        activations.look_again();
-        if (state_file)
-            state_file->changed();
+    instrument.listen({
+        .changed =
+            [&] {
+                if (state_file)
+                    state_file->changed();
+            },
+        .scheduled = [&] { activations.look_again(); },
     });
 
     ManifestFetcher manifests;

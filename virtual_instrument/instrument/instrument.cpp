@@ -25,7 +25,7 @@ bool is_scheduled(ActivationMode mode)
     return mode == ActivationMode::scheduled_absolute || mode == ActivationMode::scheduled_relative;
 }
 
-std::string after_first_line(const std::string& text)
+std::string first_line_of(const std::string& text)
 {
     const std::size_t end = text.find('\n');
     return end == std::string::npos ? text : text.substr(0, end) + " ...";
@@ -65,16 +65,22 @@ ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch
 {
     std::vector<std::string> log;
     ChangeOutcome outcome;
+    bool scheduled = false;
     {
         const std::lock_guard lock(mutex_);
         outcome = change_locked(key, patch, log);
+        scheduled = pending_.contains(key);
     }
     log_all(log);
-    if (outcome.status >= 400)
+    if (outcome.status >= 400) {
         spdlog::info("refused a change of {}: {} {} {}", resource_name(key), outcome.status,
-                     outcome.error, in_quotes(after_first_line(outcome.debug)));
-    else if (listener_)
-        listener_();
+                     outcome.error, in_quotes(first_line_of(outcome.debug)));
+        return outcome;
+    }
+    if (scheduled && listeners_.scheduled)
+        listeners_.scheduled();
+    if (listeners_.changed)
+        listeners_.changed();
     return outcome;
 }
 
@@ -256,8 +262,8 @@ bool Instrument::activate_due()
     for (const std::string& line : failed)
         spdlog::error("{}", line);
     const bool any = !done.empty() || !failed.empty();
-    if (any && listener_)
-        listener_();
+    if (any && listeners_.changed)
+        listeners_.changed();
     return any;
 }
 

@@ -106,8 +106,13 @@ public:
     /// is returned, a line each. To be called before any change.
     std::vector<std::string> restore(const SavedState& saved);
 
-    /// Called after every change, without the lock; from the thread that made it.
-    void on_change(std::function<void()> listener) { listener_ = std::move(listener); }
+    /// Called without the lock, from the thread that made the change. To be set before any change.
+    struct Listeners
+    {
+        std::function<void()> changed;   ///< after every change
+        std::function<void()> scheduled; ///< after an activation was scheduled, before `changed`
+    };
+    void listen(Listeners listeners) { listeners_ = std::move(listeners); }
 
 private:
     struct Pending
@@ -137,7 +142,7 @@ private:
     const Configuration configuration_;
     const Clock clock_;
     const ApplyToMedia apply_to_media_;
-    std::function<void()> listener_;
+    Listeners listeners_;
 
     std::mutex mutex_;
     const std::unique_ptr<Records> records_;

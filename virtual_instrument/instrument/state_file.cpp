@@ -104,7 +104,12 @@ void restore_from(const std::string& file, Instrument& instrument)
         spdlog::info("--state {}: first start", file);
         return;
     }
-    const std::string text = read_whole_file(file, size_limit);
+    std::string text;
+    try {
+        text = read_whole_file(file, size_limit);
+    } catch (const UnreadableFile& error) {
+        throw UnreadableFile("--state " + file + ": " + error.what());
+    }
     try {
         for (const std::string& message : instrument.restore(parse_saved_state(text)))
             spdlog::warn("--state {}: {}", file, message);
