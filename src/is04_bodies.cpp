@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <stdexcept>
+#include <string_view>
 
 #include "record_fields.h"
 
@@ -79,8 +80,7 @@ void write_rate(JsonWriter& json, double numerator, double denominator)
 }
 
 /// All three components have the full size, also Cb and Cr of 4:2:2 sampling.
-template <std::size_t N>
-void write_component(JsonWriter& json, const FLOW_IS04_ST& flow, const char (&name)[N])
+void write_component(JsonWriter& json, const FLOW_IS04_ST& flow, std::string_view name)
 {
     json.begin_object();
     json.member("bit_depth", flow.bit_depth);

@@ -129,7 +129,7 @@ public:
     }
 
     /// A key of a table: the code's own text, which holds nothing to escape.
-    BasicJsonWriter& key(std::string_view name)
+    [[gnu::noinline]] BasicJsonWriter& key(std::string_view name)
     {
         text_.expect_ascending(name);
         need(name.size() + 3);
@@ -151,7 +151,7 @@ public:
             put_value("false");
     }
     /// A string of the code's own that holds nothing to escape.
-    void literal(std::string_view value)
+    [[gnu::noinline]] void literal(std::string_view value)
     {
         need(value.size() + 3);
         put_byte('"');
@@ -160,13 +160,13 @@ public:
         put_literal("\",");
     }
     /// Throws std::overflow_error with an empty text when the number is NaN or infinite.
-    void number(double value)
+    [[gnu::noinline]] void number(double value)
     {
         need(number_text_size + 1);
         position_ = write_json_number(position_, value);
         put_byte(',');
     }
-    void number(int value)
+    [[gnu::noinline]] void number(int value)
     {
         need(number_text_size + 1);
         position_ = write_integer(position_, value);
