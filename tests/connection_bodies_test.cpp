@@ -7,6 +7,7 @@
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -20,6 +21,7 @@
 #include <gtest/gtest.h>
 
 #include "body_parts.h"
+#include "same_bytes.h"
 #include "set_text.h"
 
 namespace {
@@ -321,6 +323,59 @@ TEST(ReceiverBodies, EscapeTextsAsJson)
               "\"sender_id\":\"a\\\"b\\\\c\\/d\","
               "\"transport_file\":{\"data\":\"\\/\\/\\\\\\/\\r\\n\",\"type\":\"'<>&\"},"
               "\"transport_params\":[]}");
+}
+
+// A transport file is long enough to be written in several pieces; where they meet must not show.
+TEST(ReceiverBodies, HoldLongTextsThatNeedEscapesEverywhere)
+{
+    const auto state = empty_state();
+    auto& half = state->receivers[0].staged;
+    for (std::size_t shift = 0; shift < 32; ++shift) {
+        set_text(half.mode, std::string(shift, 'm'));
+        std::string data;
+        std::string escaped;
+        while (data.size() + 8 < sizeof half.transport_file_data) {
+            data += "\x01/\"\\ab\n\xFF";
+            escaped += "\\u0001\\/\\\"\\\\ab\\n\xFF";
+        }
+        set_text(half.transport_file_data, data);
+        EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
+                  R"({"activation":{"activation_time":"","mode":")" + std::string(shift, 'm') +
+                      R"(","requested_time":""},"master_enable":false,"sender_id":"",)"
+                      R"("transport_file":{"data":")" +
+                      escaped + R"(","type":""},"transport_params":[]})");
+    }
+
+    set_text(half.mode, "");
+    fill_whole(half.transport_file_data, '\x1F');
+    std::string escaped;
+    for (int i = 0; i < 4096; ++i)
+        escaped += "\\u001f";
+    EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
+              R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
+              R"("master_enable":false,"sender_id":"","transport_file":{"data":")" +
+                  escaped + R"(","type":""},"transport_params":[]})");
+}
+
+TEST(ReceiverBodies, EscapeEachByteThatNeedsItAndNoOther)
+{
+    const auto state = empty_state();
+    auto& half = state->receivers[0].active;
+    std::string data;
+    for (int byte = 1; byte <= 255; ++byte)
+        data += static_cast<char>(byte);
+    std::string high;
+    for (int byte = 128; byte <= 255; ++byte)
+        high += static_cast<char>(byte);
+    set_text(half.transport_file_data, data);
+    EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.get(), 0),
+              R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
+              R"("master_enable":false,"sender_id":"","transport_file":{"data":")"
+              R"(\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e\u000f)"
+              R"(\u0010\u0011\u0012\u0013\u0014\u0015\u0016\u0017\u0018\u0019\u001a\u001b)"
+              R"(\u001c\u001d\u001e\u001f !\"#$%&'()*+,-.\/0123456789:;<=>?@ABCDEFGHIJKLMNO)"
+              R"(PQRSTUVWXYZ[\\]^_`abcdefghijklmnopqrstuvwxyz{|}~\u007f)" +
+                  high + R"(","type":""},"transport_params":[]})");
 }
 
 TEST(ReceiverBodies, FieldsWithoutNulAreTheirWholeWidth)
@@ -908,7 +963,7 @@ TEST(ConnectionBodies, LeaveTheRecordAlone)
     static_cast<void>(api.make_single_senderid_active(state.get(), 4));
     static_cast<void>(api.make_single_receiverid_staged(state.get(), 4));
     static_cast<void>(api.make_single_receiverid_active(state.get(), 4));
-    EXPECT_EQ(std::memcmp(before.get(), state.get(), sizeof(NMOS_IS05_ST)), 0);
+    EXPECT_TRUE(same_bytes(*before, *state));
 }
 
 TEST(ConnectionBodies, DoNotReadWhatTheyDoNotName)

@@ -63,11 +63,15 @@ TEST(SdpParserLines, ThatSayNothingToAReceiverAreFine)
                              "a=width=1;",
                              "a=height=1;",
                              "a=interlace;",
-                             "sampling=x; depth=y; width=1; height=2; exactframerate=3; TCS=4; "
-                             "colorimetry=5; PM=6; SSN=7; TP=8",
                              "\xFF\x80",
                              "\t"})
         expect_line({line, 0, 0, {}, ""});
+    expect_line({"sampling=x; depth=y; width=1; height=2; exactframerate=3; TCS=4; "
+                 "colorimetry=5; PM=6; SSN=7; TP=8",
+                 0,
+                 0,
+                 {},
+                 ""});
 }
 
 // --- o= -----------------------------------------------------------------------------------------
@@ -810,6 +814,9 @@ TEST(SdpParserLegs, GroupKeysCountWhereverTheyStandAndTheFirstOfTwo)
     expect_leg("group:DUP primary secondary a=\na=mid:x\n", 0);
     expect_leg("a=group:DUP one two group:DUP three four\na=mid:three\n", 0);
     expect_leg("a=group:DUP one two group:DUP three four\na=mid:one\n", 1);
+    expect_leg("a=group:LS x group:DUP one two\na=mid:x\n", 0);
+    expect_leg("a=group:LS x group:DUP one two\na=mid:one\n", 1);
+    expect_leg("a=group:DUPgroup:DUP one two\na=mid:one\n", 1);
     // Not a group line: every mid line switches.
     expect_leg("group:DUP primary secondary\na=mid:x\n", 1);
     expect_leg("a=group:DUP\na=mid:x\n", 1);
