@@ -236,7 +236,7 @@ TEST(HttpServer, SurvivesExceptionsOfTheHandler)
     std::mutex mutex;
     std::vector<std::string> remarks;
     HttpServerOptions options;
-    options.on_diagnostic = [&](const std::string& remark) {
+    options.on_failure = [&](const std::string& remark) {
         const std::lock_guard lock(mutex);
         remarks.push_back(remark);
     };

@@ -32,8 +32,8 @@ Connection& ConnectionTable::add(int socket, std::string peer)
     const std::lock_guard lock(mutex_);
     Connection& connection = connections_.emplace_back(socket, std::move(peer));
     connection.place = std::prev(connections_.end());
-    if (connections_.size() == 1)
-        changed_.notify_all();
+    if (watch_sleeps_)
+        watch_.notify_all();
     return connection;
 }
 
@@ -43,7 +43,7 @@ void ConnectionTable::remove(Connection& connection)
     const std::lock_guard lock(mutex_);
     removed.splice(removed.begin(), connections_, connection.place);
     if (connections_.empty())
-        changed_.notify_all();
+        emptied_.notify_all();
 }
 
 void ConnectionTable::end_overdue()
@@ -74,7 +74,7 @@ void ConnectionTable::end_idle()
 bool ConnectionTable::wait_until_empty(std::chrono::milliseconds at_most)
 {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, at_most, [this] { return connections_.empty(); });
+    return emptied_.wait_for(lock, at_most, [this] { return connections_.empty(); });
 }
 
 void ConnectionTable::expect_late_answer(Connection& connection,
@@ -110,8 +110,10 @@ void ConnectionTable::give_up_late_answers()
 bool ConnectionTable::wait_for_next_look(std::chrono::milliseconds interval)
 {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return watch_closed_ || !connections_.empty(); });
-    changed_.wait_for(lock, interval, [this] { return watch_closed_; });
+    watch_sleeps_ = true;
+    watch_.wait(lock, [this] { return watch_closed_ || !connections_.empty(); });
+    watch_sleeps_ = false;
+    watch_.wait_for(lock, interval, [this] { return watch_closed_; });
     return !watch_closed_;
 }
 
@@ -119,7 +121,7 @@ void ConnectionTable::close_watch()
 {
     const std::lock_guard lock(mutex_);
     watch_closed_ = true;
-    changed_.notify_all();
+    watch_.notify_all();
 }
 
 } // namespace virtual_instrument

@@ -79,10 +79,12 @@ public:
 
 private:
     std::mutex mutex_;
-    std::condition_variable changed_;
     std::list<Connection> connections_;
-    bool gives_up_ = false;
+    std::condition_variable emptied_;
+    std::condition_variable watch_;
+    bool watch_sleeps_ = false; ///< until the next connection comes
     bool watch_closed_ = false;
+    bool gives_up_ = false;
 };
 
 } // namespace virtual_instrument

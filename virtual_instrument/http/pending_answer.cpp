@@ -19,6 +19,12 @@ void PendingAnswer::give(HttpResponse response)
         MHD_resume_connection(connection_);
 }
 
+bool PendingAnswer::is_given()
+{
+    const std::lock_guard lock(mutex_);
+    return given_;
+}
+
 std::optional<HttpResponse> PendingAnswer::take()
 {
     const std::lock_guard lock(mutex_);

@@ -22,6 +22,7 @@ public:
 
     /// From any thread; only the first answer counts, and none once the request has ended.
     void give(HttpResponse response);
+    bool is_given();
 
     /// On the server thread: the answer if there is one.
     std::optional<HttpResponse> take();

@@ -29,7 +29,8 @@ namespace virtual_instrument {
 using HttpReply = std::function<void(HttpResponse)>;
 
 /// Called on a server thread, on several at once. It must not wait, for another HTTP request least of
-/// all: whoever needs time keeps the reply and returns. An exception becomes a 500 with its text.
+/// all: whoever needs time keeps the reply and returns. The request is gone then, so copy what you
+/// need of it. An exception becomes a 500 with its text.
 using HttpHandler = std::function<void(const HttpRequest&, HttpReply)>;
 
 /// One finished request, for a log.
@@ -72,8 +73,9 @@ struct HttpServerOptions
     /// What stop() leaves to requests that run; then they are answered with 503.
     std::chrono::milliseconds stop_deadline{1'500};
 
-    /// Both may be called on several threads at once; exceptions are swallowed.
+    // For a log. All may be called on several threads at once; exceptions are swallowed.
     std::function<void(const HttpAccess&)> on_request;
+    std::function<void(const std::string&)> on_failure;    ///< what became a 500, and where
     std::function<void(const std::string&)> on_diagnostic; ///< libmicrohttpd's own remarks
 };
 
