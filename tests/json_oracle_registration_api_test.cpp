@@ -93,7 +93,8 @@ TEST(RecordUpdatesOracle, RegistrationApi)
         RegistrationApi().update_version(of_library.get());
         oracle::update_version(*of_oracle);
         ASSERT_EQ(std::memcmp(of_library.get(), of_oracle.get(), sizeof *of_oracle), 0)
-            << "update_version: " << of_library->version << ", " << of_oracle->version;
+            << "update_version: " << visible({of_library->version, 48}) << ", "
+            << visible({of_oracle->version, 48});
 
         const std::string ip = std::string("192.168.0.1").substr(0, random.below(12));
         std::string port = random.pick(starts);
@@ -103,7 +104,7 @@ TEST(RecordUpdatesOracle, RegistrationApi)
         RegistrationApi().update_ipAddress(of_library.get(), ip, port);
         oracle::update_ip_address(*of_oracle, ip, port);
         ASSERT_EQ(std::memcmp(of_library.get(), of_oracle.get(), sizeof *of_oracle), 0)
-            << "update_ipAddress: ip \"" << ip << "\", port \"" << port << '"';
+            << "update_ipAddress: ip " << visible(ip) << ", port " << visible(port);
     });
 }
 

@@ -38,7 +38,8 @@ std::ostream& operator<<(std::ostream& out, Outcome::Kind kind)
 void expect_same(const Outcome& of_library, const Outcome& of_oracle, const char* operation,
                  int index)
 {
-    ASSERT_EQ(of_library.kind, of_oracle.kind) << operation << ": " << of_library.text;
+    ASSERT_EQ(of_library.kind, of_oracle.kind)
+        << operation << ": " << visible(of_library.text.substr(0, 160));
     if (of_oracle.kind == Outcome::Kind::out_of_range) {
         EXPECT_THAT(of_library.text, HasSubstr(operation));
         EXPECT_THAT(of_library.text, HasSubstr(std::to_string(index)));

@@ -7,7 +7,6 @@
 #include <iostream>
 #include <random>
 #include <stdexcept>
-#include <string>
 
 namespace {
 
@@ -30,24 +29,6 @@ std::uint64_t random_seed()
 {
     std::random_device device;
     return (std::uint64_t{device()} << 32) | device();
-}
-
-std::string visible(std::string_view bytes)
-{
-    std::string shown;
-    for (const char byte : bytes) {
-        if (byte >= ' ' && byte <= '~') {
-            shown += byte;
-        } else {
-            constexpr char digits[] = "0123456789abcdef";
-            const auto value = static_cast<unsigned char>(byte);
-            shown += "<";
-            shown += digits[value >> 4];
-            shown += digits[value & 15];
-            shown += ">";
-        }
-    }
-    return shown;
 }
 
 } // namespace
@@ -74,6 +55,24 @@ void report_oracle_seed(std::uint64_t seed)
     ADD_FAILURE() << "repeat this record: NMOS_ORACLE_SEED=" << seed
                   << " NMOS_ORACLE_RECORDS=1 oracle_tests --gtest_filter="
                   << test->test_suite_name() << '.' << test->name();
+}
+
+std::string visible(std::string_view bytes)
+{
+    std::string shown;
+    for (const char byte : bytes) {
+        if (byte >= ' ' && byte <= '~') {
+            shown += byte;
+        } else {
+            constexpr char digits[] = "0123456789abcdef";
+            const auto value = static_cast<unsigned char>(byte);
+            shown += "<";
+            shown += digits[value >> 4];
+            shown += digits[value & 15];
+            shown += ">";
+        }
+    }
+    return shown;
 }
 
 testing::AssertionResult same_bytes(std::string_view of_library, std::string_view of_oracle)

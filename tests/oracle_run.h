@@ -12,6 +12,7 @@
 #define NMOS_INSTRUMENT_TESTS_ORACLE_RUN_H
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include <gtest/gtest.h>
@@ -26,6 +27,9 @@ unsigned begin_oracle_run(unsigned percent_of_run);
 
 /// Fails the test with the command line that repeats the record of `seed` alone.
 void report_oracle_seed(std::uint64_t seed);
+
+/// The text with every byte that is not printable ASCII shown as its number.
+std::string visible(std::string_view bytes);
 
 /// Equality of two texts; a difference is shown around its place, bytes visible.
 testing::AssertionResult same_bytes(std::string_view of_library, std::string_view of_oracle);

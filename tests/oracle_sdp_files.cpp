@@ -81,8 +81,12 @@ std::string random_line(Random& random)
 
 void replace_a_value(Random& random, std::string& line)
 {
-    const std::string_view key = random.pick(keys);
-    const std::size_t found = line.find(key);
+    std::string_view key;
+    std::size_t found = std::string::npos;
+    for (int tries = 0; tries < 20 && found == std::string::npos; ++tries) {
+        key = random.pick(keys);
+        found = line.find(key);
+    }
     if (found == std::string::npos)
         return;
     const std::size_t start = found + key.size();
@@ -233,8 +237,17 @@ std::string edited_sdp_file(Random& random)
 std::string sdp_token_heap(Random& random)
 {
     std::string text;
-    for (int tokens = random.between(0, 40); tokens > 0; --tokens)
+    for (int tokens = random.between(0, 40); tokens > 0; --tokens) {
+        if (random.one_in(4)) {
+            text += '\n';
+            text += random.pick(openings);
+            text += random_value(random);
+            text += ' ';
+            text += random_value(random);
+            text += '\n';
+        }
         text += random_token(random);
+    }
     if (!random.one_in(4))
         text += '\n';
     return text;

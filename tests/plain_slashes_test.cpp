@@ -73,7 +73,7 @@ TEST(ReplaceAll, AgreesWithAPlainReplacement)
         std::string text = before;
         const std::string copy = Nmos().replaceAll(text, from, to);
         EXPECT_EQ(text, oracle::replaced(before, from, to))
-            << "\"" << before << "\", \"" << from << "\" by \"" << to << '"';
+            << visible(before) << ", " << visible(from) << " by " << visible(to);
         EXPECT_EQ(copy, text);
     });
 }
