@@ -123,12 +123,12 @@ TEST_F(ConnectionSteps, EveryActiveHalfPassesTheRecordCheck)
 {
     for (CONNECTION_IS05_ST& receiver : records_->connections.receivers) {
         ConnectionPatch patch;
-        patch.transport_file =
-            TransportFilePatch{"m=video 5004 RTP/AVP 96\nc=IN IP4 233.252.0.1\n", "application/sdp"};
+        patch.transport_file = TransportFilePatch{"m=video 5004 RTP/AVP 96\nc=IN IP4 233.252.0.1\n",
+                                                  "application/sdp"};
         Findings findings;
         ConnectionFacts video = facts(Side::receiver, 0);
-        receiver.staged = stage_patch(
-            receiver.staged, validate_patch(patch, video, receiver.staged, findings));
+        receiver.staged =
+            stage_patch(receiver.staged, validate_patch(patch, video, receiver.staged, findings));
         EXPECT_TRUE(findings.empty()) << findings.text();
         receiver.active = activate_staged(receiver.staged, video, ActivationTexts());
     }
@@ -137,9 +137,9 @@ TEST_F(ConnectionSteps, EveryActiveHalfPassesTheRecordCheck)
 
 TEST(SdpMedia, KindsPortsAndEncodings)
 {
-    const std::vector<SdpMedium> media =
-        media_of({"v=0", "a=rtpmap:1 session/1", "m=video 5004 RTP/AVP 96 97",
-                  "a=rtpmap:96 raw/90000", "a=rtpmap:97 rtx", "m=audio 00/2 RTP/AVP 98", "m=", "i=x"});
+    const std::vector<SdpMedium> media = media_of(
+        {"v=0", "a=rtpmap:1 session/1", "m=video 5004 RTP/AVP 96 97", "a=rtpmap:96 raw/90000",
+         "a=rtpmap:97 rtx", "m=audio 00/2 RTP/AVP 98", "m=", "i=x"});
     ASSERT_EQ(media.size(), 3U);
     EXPECT_EQ(media[0].kind, "video");
     EXPECT_FALSE(media[0].absent);
@@ -167,7 +167,8 @@ TEST(SdpMedia, Fits)
 TEST(Ipv4, Forms)
 {
     EXPECT_EQ(ipv4_from_dotted_quad("192.0.2.1"), 0xc0000201U);
-    for (const std::string text : {"192.0.2.01", "10.1", "1", "0xa.0.0.1", " 10.0.0.1", "10.0.0.1 x", ""})
+    for (const std::string text :
+         {"192.0.2.01", "10.1", "1", "0xa.0.0.1", " 10.0.0.1", "10.0.0.1 x", ""})
         EXPECT_FALSE(ipv4_from_dotted_quad(text)) << text;
     EXPECT_FALSE(ipv4_from_dotted_quad(std::string("10.0.0.1\0", 9)));
     EXPECT_EQ(ipv4_from_any_form("10.1"), 0x0a000001U);

@@ -77,8 +77,8 @@ TEST_F(InstrumentTest, WhatTheHardwareRefusesChangesNothing)
 TEST_F(InstrumentTest, AScheduledActivationThatFails)
 {
     const nlohmann::json before = active(0);
-    const ChangeOutcome outcome = instrument_.change(
-        receiver_, activation(ActivationMode::scheduled_relative, {5, 0}));
+    const ChangeOutcome outcome =
+        instrument_.change(receiver_, activation(ActivationMode::scheduled_relative, {5, 0}));
     EXPECT_EQ(outcome.status, 202);
     EXPECT_EQ(instrument_.next_due(), (TaiTime{1005, 0}));
     hardware_fails_ = true;

@@ -19,8 +19,7 @@ TEST(TaiTimeText, Parsed)
     EXPECT_EQ(parse_tai_time("0:0"), (TaiTime{0, 0}));
     EXPECT_EQ(parse_tai_time("1541234567:25"), (TaiTime{1541234567, 25}));
     EXPECT_EQ(parse_tai_time("007:000000001"), (TaiTime{7, 1}));
-    EXPECT_EQ(parse_tai_time("281474976710655:999999999"),
-              (TaiTime{281474976710655, 999'999'999}));
+    EXPECT_EQ(parse_tai_time("281474976710655:999999999"), (TaiTime{281474976710655, 999'999'999}));
 }
 
 TEST(TaiTimeText, Refused)

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
@@ -82,8 +83,8 @@ HttpServerOptions server_options(const ServeOptions& options, const ServerSettin
     server.port = static_cast<std::uint16_t>(settings.port);
     server.connections_per_address = options.connections_per_address;
     server.on_request = [](const HttpAccess& access) {
-        spdlog::debug("{} {} {} {} {} us", access.peer, in_quotes(access.method), in_quotes(access.path),
-                      access.status, access.duration.count());
+        spdlog::debug("{} {} {} {} {} us", access.peer, in_quotes(access.method),
+                      in_quotes(access.path), access.status, access.duration.count());
     };
     server.on_diagnostic = [](const std::string& remark) { spdlog::debug("http: {}", remark); };
     return server;
@@ -105,6 +106,17 @@ std::unique_ptr<HttpServer> open_server(const ServeOptions& options, ServerSetti
     }
 }
 
+void define_ids(Router& router, const ResourceIndex& index)
+{
+    constexpr std::pair<const char*, ResourceKind> kinds[] = {
+        {"source", ResourceKind::source},     {"flow", ResourceKind::flow},
+        {"device", ResourceKind::device},     {"sender", ResourceKind::sender},
+        {"receiver", ResourceKind::receiver},
+    };
+    for (const auto& [name, kind] : kinds)
+        router.define_id(name, [&index, kind = kind](auto id) { return index.find(kind, id); });
+}
+
 void run(const ServeOptions& options, Configuration configuration)
 {
     const EndSignals end_signals;
@@ -112,14 +124,14 @@ void run(const ServeOptions& options, Configuration configuration)
     // The port is known only when the server listens, and the records that the routes show carry
     // it: so there is a moment with a server and no routes.
     std::atomic<const Router*> router_in_use = nullptr;
-    const auto server = open_server(
-        options, configuration.server,
-        [&router_in_use](const HttpRequest& request, const HttpReply& reply) {
-            if (const Router* const router = router_in_use)
-                router->handle(request, reply);
-            else
-                reply(error_response(503, "The instrument is starting"));
-        });
+    const auto server =
+        open_server(options, configuration.server,
+                    [&router_in_use](const HttpRequest& request, const HttpReply& reply) {
+                        if (const Router* const router = router_in_use)
+                            router->handle(request, reply);
+                        else
+                            reply(error_response(503, "The instrument is starting"));
+                    });
 
     Instrument instrument(configuration, tai_now);
     std::optional<StateFile> state_file;
@@ -140,11 +152,7 @@ void run(const ServeOptions& options, Configuration configuration)
     ManifestFetcher manifests;
     const Services services{instrument, manifests, state_file ? &*state_file : nullptr};
     Router router;
-    router.define_id("source", [&](auto id) { return instrument.index().find(ResourceKind::source, id); });
-    router.define_id("flow", [&](auto id) { return instrument.index().find(ResourceKind::flow, id); });
-    router.define_id("device", [&](auto id) { return instrument.index().find(ResourceKind::device, id); });
-    router.define_id("sender", [&](auto id) { return instrument.index().find(ResourceKind::sender, id); });
-    router.define_id("receiver", [&](auto id) { return instrument.index().find(ResourceKind::receiver, id); });
+    define_ids(router, instrument.index());
     add_root_routes(router);
     add_node_routes(router, services);
     add_connection_routes(router, services);

@@ -142,10 +142,8 @@ constexpr Member<LegPatch> sender_leg_members[] = {
      [](const JsonPlace& place, LegPatch& leg) { read_port(place, leg.destination_port); }},
     {"rtp_enabled",
      [](const JsonPlace& place, LegPatch& leg) { read_bool(place, leg.rtp_enabled); }},
-    {"source_ip",
-     [](const JsonPlace& place, LegPatch& leg) {
-         read_address(place, {.auto_too = true}, leg.source_ip);
-     }},
+    {"source_ip", [](const JsonPlace& place,
+                     LegPatch& leg) { read_address(place, {.auto_too = true}, leg.source_ip); }},
     {"source_port",
      [](const JsonPlace& place, LegPatch& leg) { read_port(place, leg.source_port); }},
 };
@@ -163,10 +161,8 @@ constexpr Member<LegPatch> receiver_leg_members[] = {
      }},
     {"rtp_enabled",
      [](const JsonPlace& place, LegPatch& leg) { read_bool(place, leg.rtp_enabled); }},
-    {"source_ip",
-     [](const JsonPlace& place, LegPatch& leg) {
-         read_address(place, {.null_too = true}, leg.source_ip);
-     }},
+    {"source_ip", [](const JsonPlace& place,
+                     LegPatch& leg) { read_address(place, {.null_too = true}, leg.source_ip); }},
 };
 
 void read_legs(const JsonPlace& place, std::span<const Member<LegPatch>> members,

@@ -35,9 +35,9 @@ std::optional<sdp_str> analyze(const std::string& text, const ConnectionFacts& r
 {
     sdp_str found = sdp_str();
     try {
-        const int status = ConnectionApi().analyze_sdp_file(
-            text, receiver.switch_capable, receiver.current_format, receiver.switch_allowed,
-            &refusal, &found);
+        const int status =
+            ConnectionApi().analyze_sdp_file(text, receiver.switch_capable, receiver.current_format,
+                                             receiver.switch_allowed, &refusal, &found);
         if (status == 200)
             return found;
     } catch (const std::out_of_range&) {
@@ -78,9 +78,9 @@ int port_of(const std::string& text)
 
 std::optional<LegPatch> leg_of(const sdp_str& found, std::size_t leg)
 {
-    const std::optional<std::uint32_t> address =
-        found.multicast_ip[leg].empty() ? std::nullopt
-                                        : ipv4_from_any_form(found.multicast_ip[leg]);
+    const std::optional<std::uint32_t> address = found.multicast_ip[leg].empty()
+                                                     ? std::nullopt
+                                                     : ipv4_from_any_form(found.multicast_ip[leg]);
     const int port = port_of(found.destination_port[leg]);
     if (!address || port == 0)
         return std::nullopt;
@@ -134,8 +134,7 @@ TransportFileReading read_transport_file(const std::string& sdp, const Connectio
     if (!reading.refusal.empty())
         return reading;
 
-    const std::optional<sdp_str> found =
-        analyze(reduced(lines, media), receiver, reading.refusal);
+    const std::optional<sdp_str> found = analyze(reduced(lines, media), receiver, reading.refusal);
     if (!found)
         return reading;
     bool any = false;

@@ -66,8 +66,10 @@ private:
     void apply_transport_file(const TransportFilePatch& file, ConnectionPatch& result)
     {
         // IS-05 v1.0: both strings or both null, after the merge with what is staged.
-        const std::string data(file.data.value_or(std::string(text_of(staged_.transport_file_data))));
-        const std::string type(file.type.value_or(std::string(text_of(staged_.transport_file_type))));
+        const std::string data(
+            file.data.value_or(std::string(text_of(staged_.transport_file_data))));
+        const std::string type(
+            file.type.value_or(std::string(text_of(staged_.transport_file_type))));
         if ((data == null_text) != (type == null_text)) {
             findings_.add("/transport_file",
                           "data and type must both be texts or both be null; data would be " +
@@ -76,8 +78,8 @@ private:
             return;
         }
         if (type != null_text && type != sdp_type) {
-            findings_.add("/transport_file/type",
-                          "found " + in_quotes(type) + ", allowed: " + in_quotes(sdp_type) + ", or null");
+            findings_.add("/transport_file/type", "found " + in_quotes(type) + ", allowed: " +
+                                                      in_quotes(sdp_type) + ", or null");
             return;
         }
         // Only a file that is sent changes parameters, and null changes nothing else.
@@ -95,7 +97,8 @@ private:
             return;
         }
         if (const std::size_t nul = data.find('\0'); nul != std::string::npos) {
-            findings_.add(path, "byte " + std::to_string(nul + 1) + " is NUL, which no SDP file has");
+            findings_.add(path,
+                          "byte " + std::to_string(nul + 1) + " is NUL, which no SDP file has");
             return;
         }
         if (!is_utf8(data)) {
@@ -131,7 +134,8 @@ private:
             path = "/transport_file/data";
             found = "the unicast address " + found + " for leg " + std::to_string(index + 1);
         }
-        findings_.add(path, "found " + found + ", allowed: " + in_quotes(allowed) + ", or \"auto\"");
+        findings_.add(path,
+                      "found " + found + ", allowed: " + in_quotes(allowed) + ", or \"auto\"");
     }
 
     const ConnectionPatch& patch_;

@@ -39,10 +39,17 @@ void log_all(const std::vector<std::string>& lines)
 
 } // namespace
 
-Instrument::Instrument(const Configuration& configuration, Clock clock,
-                       ApplyToMedia apply_to_media)
-    : configuration_(configuration), clock_(std::move(clock)),
-      apply_to_media_(std::move(apply_to_media)), records_(make_records(configuration, clock_())),
+void log_refusal(const std::string& resource, const ChangeOutcome& outcome)
+{
+    spdlog::info("refused a change of {}: {} {}: {}", resource, outcome.status, outcome.error,
+                 in_quotes(first_line_of(outcome.debug)));
+}
+
+Instrument::Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media)
+    : configuration_(configuration),
+      clock_(std::move(clock)),
+      apply_to_media_(std::move(apply_to_media)),
+      records_(make_records(configuration, clock_())),
       index_(*records_)
 {
     for (std::size_t i = 0; i < sender_count; ++i) {
@@ -73,8 +80,7 @@ ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch
     }
     log_all(log);
     if (outcome.status >= 400) {
-        spdlog::info("refused a change of {}: {} {} {}", resource_name(key), outcome.status,
-                     outcome.error, in_quotes(first_line_of(outcome.debug)));
+        log_refusal(resource_name(key), outcome);
         return outcome;
     }
     if (scheduled && listeners_.scheduled)
@@ -93,15 +99,12 @@ ChangeOutcome Instrument::change_locked(const ConnectionKey& key, const Connecti
     const bool cancels = request && request->mode == ActivationMode::none;
     const auto pending = pending_.find(key);
     if (pending != pending_.end() && !cancels)
-        return {423,
-                "",
-                "The resource is locked: an activation is scheduled",
+        return {423, "", "The resource is locked: an activation is scheduled",
                 name + " activates at " + to_text(pending->second.due) +
                     "; /activation/mode null cancels that"};
 
     Findings findings;
-    const ConnectionPatch valid =
-        validate_patch(patch, facts_.at(key), target.staged, findings);
+    const ConnectionPatch valid = validate_patch(patch, facts_.at(key), target.staged, findings);
     if (!findings.empty())
         return {400, "", "The parameters cannot be taken", findings.text()};
 
@@ -140,11 +143,10 @@ ChangeOutcome Instrument::change_locked(const ConnectionKey& key, const Connecti
     }
     const bool at_once = due <= now;
     const std::string time_text = to_text(at_once ? now : due);
-    const ActivationTexts texts{text_of(request->mode),
-                                is_scheduled(request->mode)
-                                    ? std::string_view(request->requested_time_text)
-                                    : null_text,
-                                time_text};
+    const ActivationTexts texts{
+        text_of(request->mode),
+        is_scheduled(request->mode) ? std::string_view(request->requested_time_text) : null_text,
+        time_text};
     const int status = is_scheduled(request->mode) ? 202 : 200;
 
     if (!at_once) {
@@ -253,8 +255,8 @@ bool Instrument::activate_due()
                                std::to_string(late.count() / 1000) + " us late");
             } catch (const std::exception& error) {
                 remember(failures_, {name, mode, pending.due, clock_(), error.what()});
-                failed.push_back("activation of " + name + " failed, nothing has changed: " +
-                                 error.what());
+                failed.push_back("activation of " + name +
+                                 " failed, nothing has changed: " + error.what());
             }
         }
     }
@@ -324,8 +326,8 @@ std::string Instrument::staged_body_with(const ConnectionKey& key,
 std::string Instrument::sdp_text(std::size_t sender)
 {
     set_sdp_session(*records_, sender);
-    return ConnectionApi().make_single_senderid_sdp(
-        &records_->connections, static_cast<int>(sender), &records_->settings);
+    return ConnectionApi().make_single_senderid_sdp(&records_->connections,
+                                                    static_cast<int>(sender), &records_->settings);
 }
 
 } // namespace virtual_instrument

@@ -36,6 +36,9 @@ struct ChangeOutcome
     std::string debug;
 };
 
+/// One line in the log about a change that was refused, by the instrument or before it came there.
+void log_refusal(const std::string& resource, const ChangeOutcome& outcome);
+
 /// An activation that took place, or failed.
 struct ActivationReport
 {
@@ -91,6 +94,9 @@ public:
     /// Does what a controller asks for, or refuses it whole.
     ChangeOutcome change(const ConnectionKey& key, const ConnectionPatch& patch);
 
+    /// "receivers/<id>"
+    std::string resource_name(const ConnectionKey& key) const;
+
     /// When the next scheduled activation is due.
     std::optional<TaiTime> next_due();
 
@@ -122,7 +128,6 @@ private:
     };
 
     CONNECTION_IS05_ST& connection(const ConnectionKey& key);
-    std::string resource_name(const ConnectionKey& key) const;
     std::string staged_body(NMOS_IS05_ST& connections, const ConnectionKey& key) const;
     std::string staged_body_with(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged);
     std::string sdp_text(std::size_t sender);

@@ -142,9 +142,8 @@ std::string write_saved_state(const SavedState& state)
                          {"resources", resources},
                          {"senders", json_of(state.senders)},
                          {"receivers", json_of(state.receivers)}};
-    const json document = {{"format", format_number},
-                           {"checksum", stable_hash(object.dump())},
-                           {"state", object}};
+    const json document = {
+        {"format", format_number}, {"checksum", stable_hash(object.dump())}, {"state", object}};
     return document.dump(1) + '\n';
 }
 
@@ -153,8 +152,8 @@ SavedState parse_saved_state(const std::string& text)
     try {
         const json document = parse_json(text, JsonComments::refused);
         if (document.at("format") != format_number)
-            throw DamagedState("found format " + document.at("format").dump() + ", allowed: " +
-                               std::to_string(format_number));
+            throw DamagedState("found format " + document.at("format").dump() +
+                               ", allowed: " + std::to_string(format_number));
         const json& object = document.at("state");
         if (document.at("checksum") != stable_hash(object.dump()))
             throw DamagedState("the checksum does not fit the content");

@@ -67,7 +67,7 @@ private:
     bool ends_ = false;
     std::string trouble_;
     std::vector<Waiting> waiting_; ///< in the order of their changes
-    std::thread thread_; ///< last: it uses the members above
+    std::thread thread_;           ///< last: it uses the members above
 };
 
 } // namespace virtual_instrument

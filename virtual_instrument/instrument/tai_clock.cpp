@@ -34,9 +34,8 @@ TaiTime tai_now()
 std::chrono::system_clock::time_point system_time_of(const TaiTime& time)
 {
     using std::chrono::system_clock;
-    const auto remaining =
-        std::clamp(span_between(tai_now(), time), std::chrono::nanoseconds(0),
-                   std::chrono::nanoseconds(std::chrono::hours(1)));
+    const auto remaining = std::clamp(span_between(tai_now(), time), std::chrono::nanoseconds(0),
+                                      std::chrono::nanoseconds(std::chrono::hours(1)));
     // Not now() + remaining: the time between the two readings of the clock would be added.
     if (remaining < std::chrono::minutes(59)) {
         const auto since_epoch = std::chrono::seconds(time.seconds) - tai_offset() +
@@ -60,9 +59,9 @@ std::chrono::nanoseconds span_between(const TaiTime& from, const TaiTime& to)
 {
     constexpr std::int64_t bound = std::int64_t{100} * 365 * 24 * 3600;
     // Both are at most 48 bits wide.
-    const std::int64_t seconds = std::clamp(
-        static_cast<std::int64_t>(to.seconds) - static_cast<std::int64_t>(from.seconds), -bound,
-        bound);
+    const std::int64_t seconds =
+        std::clamp(static_cast<std::int64_t>(to.seconds) - static_cast<std::int64_t>(from.seconds),
+                   -bound, bound);
     return std::chrono::seconds(seconds) +
            std::chrono::nanoseconds(to.nanoseconds - from.nanoseconds);
 }

@@ -20,17 +20,18 @@ ChangeOutcome patch_staged(Instrument& instrument, const ConnectionKey& key, con
 {
     Findings findings;
     const ConnectionPatch patch = parse_patch(document, key.side, findings);
-    if (!findings.empty())
-        return {400, "", "The parameters cannot be taken", findings.text()};
-    return instrument.change(key, patch);
+    if (findings.empty())
+        return instrument.change(key, patch);
+    const ChangeOutcome refusal{400, "", "The parameters cannot be taken", findings.text()};
+    log_refusal(instrument.resource_name(key), refusal);
+    return refusal;
 }
 
 RouteHandler single_patch(const Services& services, Side side)
 {
     return with_json([services, side](const HttpRequest&, std::size_t index, const json& document,
                                       const HttpReply& reply) {
-        const ChangeOutcome outcome =
-            patch_staged(services.instrument, {side, index}, document);
+        const ChangeOutcome outcome = patch_staged(services.instrument, {side, index}, document);
         if (outcome.status >= 400)
             reply(error_response(outcome.status, outcome.error, outcome.debug));
         else
@@ -49,8 +50,7 @@ json bulk_answer_to(const Services& services, Side side, const BulkEntry& entry)
         answer["debug"] = "there is no such id";
         return answer;
     }
-    const ChangeOutcome outcome =
-        patch_staged(services.instrument, {side, *index}, *entry.params);
+    const ChangeOutcome outcome = patch_staged(services.instrument, {side, *index}, *entry.params);
     answer["code"] = outcome.status;
     if (outcome.status >= 400) {
         answer["error"] = outcome.error;
@@ -88,9 +88,8 @@ void add_connection_routes(Router& router, const Services& services)
     // GET `path`, answered with what `make` makes of the records.
     const auto get = [&](const std::string& path, auto make) {
         router.get(base + path, [&instrument, make](const HttpRequest&, std::size_t index) {
-            return json_response(instrument.read([&](Records& records) {
-                return make(records, static_cast<int>(index));
-            }));
+            return json_response(instrument.read(
+                [&](Records& records) { return make(records, static_cast<int>(index)); }));
         });
     };
 
@@ -138,9 +137,9 @@ void add_connection_routes(Router& router, const Services& services)
                });
 
     get("/single/receivers", [](Records& records, int) {
-        return without_trailing_comma(ConnectionApi().make_single_receivers(
-            &records.node, records.selection.receiver_filter,
-            records.selection.audio_group_filter));
+        return without_trailing_comma(
+            ConnectionApi().make_single_receivers(&records.node, records.selection.receiver_filter,
+                                                  records.selection.audio_group_filter));
     });
     get("/single/receivers/{receiver}", [](Records& records, int) {
         return ConnectionApi().make_single_receiverid(&records.connections);

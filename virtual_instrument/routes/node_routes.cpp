@@ -25,8 +25,7 @@ std::optional<std::size_t> own_sender(const Instrument& instrument, const std::s
     std::string_view id = url;
     if (id.ends_with('/'))
         id.remove_suffix(1);
-    if (!id.starts_with(before) || !id.ends_with(after) ||
-        id.size() < before.size() + after.size())
+    if (!id.starts_with(before) || !id.ends_with(after) || id.size() < before.size() + after.size())
         return std::nullopt;
     id.remove_prefix(before.size());
     id.remove_suffix(after.size());
@@ -57,8 +56,8 @@ void put_target(const Services& services, const HttpRequest& request, std::size_
     Findings findings;
     const std::optional<TargetSender> sender = parse_target(document, findings);
     if (!findings.empty()) {
-        reply(error_response(400, "The body is no sender of IS-04 v1.2 and not {}",
-                             findings.text()));
+        reply(
+            error_response(400, "The body is no sender of IS-04 v1.2 and not {}", findings.text()));
         return;
     }
     auto change = std::make_shared<TargetChange>(
@@ -72,16 +71,15 @@ void put_target(const Services& services, const HttpRequest& request, std::size_
         change->apply(patch_to_connect(sender->id, services.instrument.sdp_file(*own)));
         return;
     }
-    services.manifests.fetch(
-        sender->manifest_href, [change, id = sender->id](const FetchedManifest& manifest) {
-            if (manifest.fetched) {
-                change->apply(patch_to_connect(id, manifest.content));
-                return;
-            }
-            spdlog::info("a target's manifest could not be fetched: {}", manifest.why);
-            change->reply(
-                error_response(500, "The sender's manifest cannot be fetched", manifest.why));
-        });
+    services.manifests.fetch(sender->manifest_href, [change, id = sender->id](
+                                                        const FetchedManifest& manifest) {
+        if (manifest.fetched) {
+            change->apply(patch_to_connect(id, manifest.content));
+            return;
+        }
+        spdlog::info("a target's manifest could not be fetched: {}", manifest.why);
+        change->reply(error_response(500, "The sender's manifest cannot be fetched", manifest.why));
+    });
 }
 
 } // namespace

@@ -9,9 +9,8 @@ namespace {
 
 RouteAnswer text(std::string body)
 {
-    return [body = std::move(body)](const HttpRequest&, std::size_t) {
-        return json_response(body);
-    };
+    return
+        [body = std::move(body)](const HttpRequest&, std::size_t) { return json_response(body); };
 }
 
 } // namespace

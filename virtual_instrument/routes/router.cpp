@@ -165,16 +165,16 @@ void Router::handle(const HttpRequest& request, const HttpReply& reply) const
     }
     if (slash_at_end && request.method != "GET") {
         reply(error_response(404, "Not found",
-                             request.method + " needs the path without slash at its end: " +
-                                 in_quotes(path)));
+                             request.method +
+                                 " needs the path without slash at its end: " + in_quotes(path)));
         return;
     }
     const auto handler = methods.find(request.method);
     if (handler == methods.end()) {
         const std::string allowed = list_of(methods, false);
-        HttpResponse response = error_response(
-            405, "Method not allowed",
-            "found " + in_quotes(request.method) + ", allowed: " + allowed);
+        HttpResponse response =
+            error_response(405, "Method not allowed",
+                           "found " + in_quotes(request.method) + ", allowed: " + allowed);
         response.headers.emplace_back("Allow", allowed);
         reply(std::move(response));
         return;

@@ -212,6 +212,7 @@ class Staging(InstrumentTest):
     def test_every_finding_is_named(self):
         answer = self.instrument.patch(self.receivers[5], {"master_enable": 1, "nothing": 2})
         self.assert_error(answer, 400, "/master_enable", "/nothing")
+        self.assertIn(f"refused a change of {self.receivers[5]}: 400", self.instrument.log)
 
     def test_a_long_value_does_not_come_back_whole(self):
         long = "x" * 500_000
