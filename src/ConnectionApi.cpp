@@ -135,8 +135,8 @@ std::string ConnectionApi::make_single_receiverid_active(NMOS_IS05_ST* state, in
 
 std::string ConnectionApi::make_single_senderid_staged(NMOS_IS05_ST* state, int index)
 {
-    const CONNECTION_IS05_ST& sender =
-        checked_entry(state->senders, index, "ConnectionApi::make_single_senderid_staged");
+    const CONNECTION_IS05_ST& sender = checked_entry(state, &NMOS_IS05_ST::senders, index,
+                                                     "ConnectionApi::make_single_senderid_staged");
     return make_text(Slashes::escaped, [&](JsonText& text) {
         write_sender_connection(text, sender.staged, sender.staged, UnsetAddress::automatic);
     });
@@ -144,8 +144,8 @@ std::string ConnectionApi::make_single_senderid_staged(NMOS_IS05_ST* state, int 
 
 std::string ConnectionApi::make_single_senderid_active(NMOS_IS05_ST* state, int index)
 {
-    const CONNECTION_IS05_ST& sender =
-        checked_entry(state->senders, index, "ConnectionApi::make_single_senderid_active");
+    const CONNECTION_IS05_ST& sender = checked_entry(state, &NMOS_IS05_ST::senders, index,
+                                                     "ConnectionApi::make_single_senderid_active");
     return make_text(Slashes::escaped, [&](JsonText& text) {
         write_sender_connection(text, sender.active, sender.staged, UnsetAddress::null);
     });
@@ -154,8 +154,8 @@ std::string ConnectionApi::make_single_senderid_active(NMOS_IS05_ST* state, int 
 std::string ConnectionApi::make_single_senderid_sdp(NMOS_IS05_ST* state, int index,
                                                     const st_param_sys* sys)
 {
-    const CONNECTION_IS05_ST& sender =
-        checked_entry(state->senders, index, "ConnectionApi::make_single_senderid_sdp");
+    const CONNECTION_IS05_ST& sender = checked_entry(state, &NMOS_IS05_ST::senders, index,
+                                                     "ConnectionApi::make_single_senderid_sdp");
     return write_sdp(*state, sender.active, essence_of_sender(index), *sys);
 }
 

@@ -40,7 +40,8 @@ std::string NodeApi::make_sourceid(NMOS_IS04_ST* rec, int index)
 {
     if (rec->sources_count == 0)
         return "{}";
-    const SOURCE_IS04_ST& source = checked_entry(rec->sources, index, "NodeApi::make_sourceid");
+    const SOURCE_IS04_ST& source =
+        checked_entry(rec, &NMOS_IS04_ST::sources, index, "NodeApi::make_sourceid");
     return make_text(Slashes::escaped, [&](JsonText& text) {
         write_source(text, source, static_cast<std::size_t>(index));
     });
@@ -56,7 +57,8 @@ std::string NodeApi::make_flowid(NMOS_IS04_ST* rec, int index)
 {
     if (rec->flows_count == 0)
         return "{}";
-    const FLOW_IS04_ST& flow = checked_entry(rec->flows, index, "NodeApi::make_flowid");
+    const FLOW_IS04_ST& flow =
+        checked_entry(rec, &NMOS_IS04_ST::flows, index, "NodeApi::make_flowid");
     return make_text(Slashes::plain, [&](JsonText& text) {
         write_flow(text, flow, static_cast<std::size_t>(index));
     });
@@ -75,7 +77,8 @@ std::string NodeApi::make_devices(NMOS_IS04_ST* rec, int receiver_filter, int au
 std::string NodeApi::make_deviceid(NMOS_IS04_ST* rec, int index, int receiver_filter,
                                    int audio_group_filter, int sender_filter)
 {
-    const DEVICE_IS04_ST& device = checked_entry(rec->devices, index, "NodeApi::make_deviceid");
+    const DEVICE_IS04_ST& device =
+        checked_entry(rec, &NMOS_IS04_ST::devices, index, "NodeApi::make_deviceid");
     const DeviceSelection selection{{receiver_filter, audio_group_filter}, sender_filter};
     return make_text(Slashes::plain, [&](JsonText& text) {
         write_device(text, device, selection, DeviceTags::present);
@@ -95,7 +98,8 @@ std::string NodeApi::make_senderid(NMOS_IS04_ST* rec, int index)
 {
     if (rec->senders_count == 0)
         return "{}";
-    const SENDER_IS04_ST& sender = checked_entry(rec->senders, index, "NodeApi::make_senderid");
+    const SENDER_IS04_ST& sender =
+        checked_entry(rec, &NMOS_IS04_ST::senders, index, "NodeApi::make_senderid");
     return make_text(Slashes::plain,
                      [&](JsonText& text) { write_sender(text, sender, SenderForm::resource); });
 }
@@ -113,7 +117,7 @@ std::string NodeApi::make_receivers(NMOS_IS04_ST* rec, int receiver_filter, int 
 std::string NodeApi::make_receiverid(NMOS_IS04_ST* rec, int index)
 {
     const RECEIVER_IS04_ST& receiver =
-        checked_entry(rec->receivers, index, "NodeApi::make_receiverid");
+        checked_entry(rec, &NMOS_IS04_ST::receivers, index, "NodeApi::make_receiverid");
     return make_text(Slashes::plain, [&](JsonText& text) { write_receiver(text, receiver); });
 }
 

@@ -53,8 +53,8 @@ std::string RegistrationApi::make_resource_deviceid(NMOS_IS04_ST* rec, int index
                                                     int receiver_filter, int audio_group_filter,
                                                     int sender_filter)
 {
-    const DEVICE_IS04_ST& device =
-        checked_entry(rec->devices, index, "RegistrationApi::make_resource_deviceid");
+    const DEVICE_IS04_ST& device = checked_entry(rec, &NMOS_IS04_ST::devices, index,
+                                                 "RegistrationApi::make_resource_deviceid");
     const DeviceSelection selection{{receiver_filter, audio_group_filter}, sender_filter};
     return make_text(Slashes::plain, [&](JsonText& text) {
         write_registration(text, "device", [&](JsonText& data) {
@@ -99,8 +99,8 @@ std::string RegistrationApi::make_resource_sources(NMOS_IS04_ST* rec)
 
 std::string RegistrationApi::make_resource_sourceid(NMOS_IS04_ST* rec, int index)
 {
-    const SOURCE_IS04_ST& source =
-        checked_entry(rec->sources, index, "RegistrationApi::make_resource_sourceid");
+    const SOURCE_IS04_ST& source = checked_entry(rec, &NMOS_IS04_ST::sources, index,
+                                                 "RegistrationApi::make_resource_sourceid");
     return make_text(Slashes::escaped, [&](JsonText& text) {
         write_source_registration(text, source, static_cast<std::size_t>(index));
     });
@@ -116,7 +116,7 @@ std::string RegistrationApi::make_resource_flows(NMOS_IS04_ST* rec)
 std::string RegistrationApi::make_resource_flowid(NMOS_IS04_ST* rec, int index)
 {
     const FLOW_IS04_ST& flow =
-        checked_entry(rec->flows, index, "RegistrationApi::make_resource_flowid");
+        checked_entry(rec, &NMOS_IS04_ST::flows, index, "RegistrationApi::make_resource_flowid");
     return make_text(Slashes::escaped, [&](JsonText& text) {
         write_flow_registration(text, flow, static_cast<std::size_t>(index));
     });
@@ -131,8 +131,8 @@ std::string RegistrationApi::make_resource_senders(NMOS_IS04_ST* rec)
 
 std::string RegistrationApi::make_resource_senderid(NMOS_IS04_ST* rec, int index)
 {
-    const SENDER_IS04_ST& sender =
-        checked_entry(rec->senders, index, "RegistrationApi::make_resource_senderid");
+    const SENDER_IS04_ST& sender = checked_entry(rec, &NMOS_IS04_ST::senders, index,
+                                                 "RegistrationApi::make_resource_senderid");
     return make_text(Slashes::plain,
                      [&](JsonText& text) { write_sender_registration(text, sender); });
 }
@@ -147,8 +147,8 @@ std::string RegistrationApi::make_resource_receivers(NMOS_IS04_ST* rec)
 
 std::string RegistrationApi::make_resource_receiverid(NMOS_IS04_ST* rec, int index)
 {
-    const RECEIVER_IS04_ST& receiver =
-        checked_entry(rec->receivers, index, "RegistrationApi::make_resource_receiverid");
+    const RECEIVER_IS04_ST& receiver = checked_entry(rec, &NMOS_IS04_ST::receivers, index,
+                                                     "RegistrationApi::make_resource_receiverid");
     return make_text(Slashes::plain,
                      [&](JsonText& text) { write_receiver_registration(text, receiver); });
 }

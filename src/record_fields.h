@@ -64,11 +64,14 @@ inline std::size_t checked_index(int index, std::size_t capacity, const char* op
     return static_cast<std::size_t>(index);
 }
 
-/// The entry at `index`, once it is known to be one.
-template <typename Entry, std::size_t N>
-const Entry& checked_entry(const Entry (&entries)[N], int index, const char* operation)
+/// The entry at `index` of a record's array. The record is not touched before the index is known to
+/// be one.
+template <typename Record, typename Entry, std::size_t N>
+const Entry& checked_entry(const Record* record, Entry (Record::*entries)[N], int index,
+                           const char* operation)
 {
-    return entries[checked_index(index, N, operation)];
+    const std::size_t entry = checked_index(index, N, operation);
+    return (record->*entries)[entry];
 }
 
 } // namespace nmos_instrument

@@ -33,15 +33,20 @@ TEST(RecordFields, TextEndsAtTheFirstNulOrTheFieldsEnd)
 
 TEST(RecordFields, ARefusedIndexIsNamedWithWhatIsAllowed)
 {
-    const int entries[4] = {1, 2, 3, 4};
-    EXPECT_EQ(checked_entry(entries, 3, "operation"), 4);
+    struct Record
+    {
+        int entries[4];
+    };
+    const Record record{{1, 2, 3, 4}};
+    EXPECT_EQ(checked_entry(&record, &Record::entries, 3, "operation"), 4);
+    const Record* const none = nullptr; // not touched when the index is refused
     try {
-        checked_entry(entries, 4, "NodeApi::make_flowid");
+        checked_entry(none, &Record::entries, 4, "NodeApi::make_flowid");
         FAIL();
     } catch (const std::out_of_range& error) {
         EXPECT_STREQ(error.what(), "NodeApi::make_flowid: index 4 is outside 0 to 3");
     }
-    EXPECT_THROW(checked_entry(entries, INT_MIN, "operation"), std::out_of_range);
+    EXPECT_THROW(checked_entry(none, &Record::entries, INT_MIN, "operation"), std::out_of_range);
 }
 
 } // namespace
