@@ -3,7 +3,6 @@
 // What holds for the command line as a whole: 0 done, 1 the input was refused, 2 could not be read
 // or written, 3 wrong use.
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -15,7 +14,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 TEST(CommandLine, HelpIsNoWrongUse)
 {
@@ -80,8 +78,9 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
 
 TEST(CommandLine, OutputThatCannotBeWrittenIsStatus2)
 {
-    const int ended = std::system(("'" PROGRAM_FILE "' print receivers >/dev/full 2>/dev/null"));
-    EXPECT_EQ(WEXITSTATUS(ended), 2);
+    const ProgramRun run = run_program_into("/dev/full", {"print", "receivers"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.errors, "standard output: cannot be written\n");
 }
 
 } // namespace

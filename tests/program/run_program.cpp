@@ -2,28 +2,20 @@
 
 #include "run_program.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 
+#include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
-
-/// As a word of a shell command.
-std::string shell_word(const std::string& text)
-{
-    std::string word = "'";
-    for (const char c : text) {
-        if (c == '\'')
-            word += R"('\'')";
-        else
-            word += c;
-    }
-    return word + '\'';
-}
 
 std::string make_folder()
 {
@@ -31,6 +23,34 @@ std::string make_folder()
     if (mkdtemp(pattern.data()) == nullptr)
         throw std::runtime_error("no temporary folder");
     return pattern;
+}
+
+int run_with_files(const std::vector<std::string>& arguments, const std::string& in,
+                   const std::string& out, const std::string& errors)
+{
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, in.c_str(), O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, out.c_str(), O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, errors.c_str(), O_WRONLY, 0);
+
+    std::vector<std::string> words = {PROGRAM_FILE};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
+    for (std::string& word : words)
+        pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+
+    pid_t child = 0;
+    const int error = posix_spawn(&child, PROGRAM_FILE, &files, nullptr, pointers.data(), environ);
+    posix_spawn_file_actions_destroy(&files);
+    if (error != 0)
+        throw std::system_error(error, std::generic_category(), PROGRAM_FILE);
+    int ended = 0;
+    if (waitpid(child, &ended, 0) != child)
+        throw std::system_error(errno, std::generic_category(), "waitpid");
+    return WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
 }
 
 } // namespace
@@ -58,11 +78,14 @@ ProgramRun run_program(const std::vector<std::string>& arguments, std::string_vi
     const TemporaryFile in(input);
     const TemporaryFile out;
     const TemporaryFile errors;
-    std::string command = shell_word(PROGRAM_FILE);
-    for (const std::string& argument : arguments)
-        command += ' ' + shell_word(argument);
-    command += " <" + shell_word(in.name()) + " >" + shell_word(out.name()) + " 2>" +
-               shell_word(errors.name());
-    const int ended = std::system(command.c_str());
-    return {WIFEXITED(ended) ? WEXITSTATUS(ended) : -1, out.content(), errors.content()};
+    const int status = run_with_files(arguments, in.name(), out.name(), errors.name());
+    return {status, out.content(), errors.content()};
+}
+
+ProgramRun run_program_into(const std::string& output_file,
+                            const std::vector<std::string>& arguments)
+{
+    const TemporaryFile errors;
+    const int status = run_with_files(arguments, "/dev/null", output_file, errors.name());
+    return {status, "", errors.content()};
 }

@@ -17,6 +17,10 @@ struct ProgramRun
 /// Runs the built program to its end. `input` is its standard input.
 ProgramRun run_program(const std::vector<std::string>& arguments, std::string_view input = {});
 
+/// As above, with its standard output in a file that exists; `out` stays empty.
+ProgramRun run_program_into(const std::string& output_file,
+                            const std::vector<std::string>& arguments);
+
 /// A file in a folder of its own that goes with the object.
 class TemporaryFile
 {

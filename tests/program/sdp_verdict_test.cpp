@@ -122,6 +122,7 @@ TEST(JudgeSdp, HintsAtALastLineThatWasReadAsANumber)
                             "no leg has both an address and a port from 1 to 65535: there is "
                             "nothing to receive"));
     EXPECT_THAT(judged("+5004 m=video").hints[0], HasSubstr("line 1 was read as the number 5004,"));
+    EXPECT_THAT(judged("99999999999").hints[0], HasSubstr("as the number 2147483647,"));
     EXPECT_THAT(judged("c=IN IP4 233.252.0.1/64\nm=video 5004 x\r").hints, IsEmpty());
 }
 

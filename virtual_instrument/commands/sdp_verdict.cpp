@@ -142,16 +142,23 @@ void take_over(const sdp_str& found, SdpVerdict& verdict)
     };
 }
 
+/// What the parser makes of a last line without line break.
+std::string number_of(std::string_view rest)
+{
+    std::string number;
+    int count = 0;
+    ConnectionApi::split_string(std::string(rest), "\n", &number, 1, &count);
+    return number;
+}
+
 std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
                                      const SdpVerdict& verdict)
 {
     std::vector<std::string> hints;
     if (lines.complete() < examined_lines && !lines.rest().empty()) {
-        const std::string number = leading_number(lines.rest());
         hints.push_back("the file does not end in a line break: line " +
                         std::to_string(lines.complete() + 1) + " was read as the number " +
-                        (number.empty() ? "0" : number) +
-                        ", not as a line; end it with a line break");
+                        number_of(lines.rest()) + ", not as a line; end it with a line break");
     }
     if (lines.complete() + (lines.rest().empty() ? 0 : 1) > examined_lines)
         hints.push_back("only the first " + std::to_string(examined_lines) +

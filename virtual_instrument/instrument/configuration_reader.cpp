@@ -158,8 +158,11 @@ void ConfigurationReader::leave_object()
     for (const auto& member : level.value->items()) {
         const auto& known = level.known_keys;
         if (std::find(known.begin(), known.end(), member.key()) == known.end())
-            findings_.push_back(place + ": found the unknown key " + shown(json(member.key())) +
-                                ", allowed: " + allowed);
+            findings_.push_back(std::string(place)
+                                    .append(": found the unknown key ")
+                                    .append(shown(json(member.key())))
+                                    .append(", allowed: ")
+                                    .append(allowed));
     }
 }
 
