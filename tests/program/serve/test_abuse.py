@@ -45,6 +45,16 @@ class Abuse(InstrumentTest):
                                               "deeper than 64 levels")
         self.assert_works()
 
+    def test_many_small_values(self):
+        """Reading is linear: 1 MiB of them costs moments, not minutes."""
+        for body in ("[" + "{}," * 340_000 + "{}]", "[" + "1," * 500_000 + "1]",
+                     "{" + ",".join(f'"{i}":0' for i in range(90_000)) + "}"):
+            for method, path in self.paths():
+                begin = time.monotonic()
+                self.assert_error(self.instrument.request(method, path, body), 400)
+                self.assertLess(time.monotonic() - begin, 15)
+        self.assert_works()
+
     def test_odd_values(self):
         for value in ("1" * 100_000, "-" + "9" * 100_000, "1e400", "-1e-400", "0." + "1" * 100_000,
                       '"\\u0000"', '"\\ud800"', '"\\udc00\\ud800"', '"' + "\\n" * 100_000 + '"',
