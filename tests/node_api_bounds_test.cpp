@@ -191,10 +191,11 @@ const IndexedOperation indexed_operations[] = {
 TEST(NodeApiIndexes, OutsideTheArrayThrowWithOperationIndexAndRange)
 {
     const auto rec = example_node();
-    for (const auto& [name, last, call] : indexed_operations) {
+    for (const IndexedOperation& operation : indexed_operations) {
+        const int last = operation.last;
         for (const int index : {INT_MIN, -1, last + 1, last + 100, INT_MAX}) {
-            const std::string text = out_of_range_text([&] { call(rec.get(), index); });
-            EXPECT_THAT(text, AllOf(HasSubstr(name), HasSubstr(std::to_string(index)),
+            const std::string text = out_of_range_text([&] { operation.call(rec.get(), index); });
+            EXPECT_THAT(text, AllOf(HasSubstr(operation.name), HasSubstr(std::to_string(index)),
                                     HasSubstr("0 to " + std::to_string(last))));
         }
     }

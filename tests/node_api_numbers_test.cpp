@@ -124,13 +124,13 @@ TEST(NodeApiNumbers, AFlowNumberThatIsWrittenMustBeFinite)
         {1, &FLOW_IS04_ST::grain_rate_numerator},
         {1, &FLOW_IS04_ST::sample_rate_numerator},
     };
-    for (const auto& [flow, number] : written) {
+    for (const Case& one : written) {
         for (const double value : not_finite) {
             const auto rec = example_node();
-            rec->flows[flow].*number = value;
-            EXPECT_EQ(overflow_text([&] { NodeApi().make_flowid(rec.get(), flow); }), "");
+            rec->flows[one.flow].*one.number = value;
+            EXPECT_EQ(overflow_text([&] { NodeApi().make_flowid(rec.get(), one.flow); }), "");
             EXPECT_EQ(overflow_text([&] { NodeApi().make_flows(rec.get()); }), "");
-            EXPECT_NO_THROW(NodeApi().make_flowid(rec.get(), 1 - flow));
+            EXPECT_NO_THROW(NodeApi().make_flowid(rec.get(), 1 - one.flow));
         }
     }
 }

@@ -82,25 +82,26 @@ TEST(NodeApiText, EveryByteIsWrittenAsJsonSaysAtEveryPlaceOfAField)
         R"(\u001c)", R"(\u001d)", R"(\u001e)", R"(\u001f)"};
     static_assert(std::size(control) == 0x20);
     std::copy(std::begin(control), std::end(control), written);
-    written['"'] = R"(\")";
-    written['\\'] = R"(\\)";
+    written[0x22] = R"(\")";
+    written[0x5C] = R"(\\)";
     written[0x7F] = R"(\u007f)";
 
     // 20 bytes are no whole number of the blocks that a writer may take at once.
     const auto rec = empty_node();
     rec->sources_count = 1;
     auto& field = rec->sources[0].clock_name;
+    const auto with = [&](std::size_t place, const std::string& byte) {
+        return R"({"caps":{},"clock_name":")" + std::string(place, 'x') + byte +
+               std::string(sizeof field - place - 1, 'x') + R"(","desc)";
+    };
     for (std::size_t place = 0; place < sizeof field; ++place) {
         for (int value = 0x01; value <= 0xFF; ++value) {
             fill_whole(field, 'x');
             field[place] = static_cast<char>(value);
-            const std::string before = R"({"caps":{},"clock_name":")" + std::string(place, 'x');
-            const std::string after = std::string(sizeof field - place - 1, 'x') + R"(","desc)";
             ASSERT_THAT(NodeApi().make_sources(rec.get()),
-                        StartsWith("[" + before + written[value] + after));
-            const std::string slashes_too = value == '/' ? R"(\/)" : written[value];
+                        StartsWith("[" + with(place, written[value])));
             ASSERT_THAT(NodeApi().make_sourceid(rec.get(), 0),
-                        StartsWith(before + slashes_too + after));
+                        StartsWith(with(place, value == '/' ? R"(\/)" : written[value])));
         }
     }
 }
@@ -336,17 +337,18 @@ TEST(NodeApiLongTexts, AreWholeWhateverTheirLength)
     const auto rec = empty_node();
     rec->sources_count = 2;
     SOURCE_IS04_ST& source = rec->sources[0];
-    const std::string begin =
-        R"({"caps":{},"clock_name":"","description":"","device_id":"","format":")";
-    const std::string end = R"(","id":"","label":"","parents":[],"tags":{},"version":""})";
-    const std::string second =
-        R"({"caps":{},"channels":[{"label":""}],"clock_name":"","description":"",)"
-        R"("device_id":"","format":"","id":"","label":"","parents":[],"tags":{},"version":""})";
+    const auto expected = [](const std::string& format) {
+        return R"([{"caps":{},"clock_name":"","description":"","device_id":"","format":")" +
+               format +
+               R"(","id":"","label":"","parents":[],"tags":{},"version":""},)"
+               R"({"caps":{},"channels":[{"label":""}],"clock_name":"","description":"",)"
+               R"("device_id":"","format":"","id":"","label":"","parents":[],"tags":{},)"
+               R"("version":""}])";
+    };
     std::string text;
     for (std::size_t length = 0; length < 2079; ++length, text += 'x') {
         set_text(source.format, text + '\n');
-        ASSERT_EQ(NodeApi().make_sources(rec.get()),
-                  "[" + begin + text + R"(\n)" + end + "," + second + "]");
+        ASSERT_EQ(NodeApi().make_sources(rec.get()), expected(text + R"(\n)"));
     }
 }
 

@@ -14,6 +14,7 @@
 #include "example_node.h"
 #include "example_node_texts.h"
 #include "nmos_instrument/NodeApi.h"
+#include "same_bytes.h"
 #include "set_text.h"
 
 namespace {
@@ -235,10 +236,10 @@ TEST(RegistrationApi, OnlyTheNodeBodyWritesIntoTheRecord)
         api.make_resource_senderid(rec.get(), i);
         api.make_resource_receiverid(rec.get(), i);
     }
-    EXPECT_EQ(std::memcmp(before.get(), rec.get(), sizeof *rec), 0);
+    EXPECT_TRUE(same_bytes(*rec, *before));
 
     api.make_resource_node(rec.get());
-    EXPECT_NE(std::memcmp(before.get(), rec.get(), sizeof *rec), 0);
+    EXPECT_FALSE(same_bytes(*rec, *before));
 }
 
 // --- Slashes ------------------------------------------------------------------------------------
@@ -250,9 +251,9 @@ struct LabelledOperation
     std::string (*call)(NMOS_IS04_ST* rec);
 };
 
-void PrintTo(const LabelledOperation& operation, std::ostream* out)
+std::ostream& operator<<(std::ostream& out, const LabelledOperation& operation)
 {
-    *out << operation.name;
+    return out << operation.name;
 }
 
 class RegistrationApiSlashes : public ::testing::TestWithParam<LabelledOperation>
@@ -417,10 +418,11 @@ const IndexedOperation indexed_operations[] = {
 TEST(RegistrationApiIndexes, OutsideTheArrayThrowWithOperationIndexAndRange)
 {
     const auto rec = example_node();
-    for (const auto& [name, last, call] : indexed_operations) {
+    for (const IndexedOperation& operation : indexed_operations) {
+        const int last = operation.last;
         for (const int index : {INT_MIN, -1, last + 1, last + 100, INT_MAX}) {
-            const std::string text = out_of_range_text([&] { call(rec.get(), index); });
-            EXPECT_THAT(text, AllOf(HasSubstr(name), HasSubstr(std::to_string(index)),
+            const std::string text = out_of_range_text([&] { operation.call(rec.get(), index); });
+            EXPECT_THAT(text, AllOf(HasSubstr(operation.name), HasSubstr(std::to_string(index)),
                                     HasSubstr("0 to " + std::to_string(last))));
         }
     }

@@ -382,7 +382,7 @@ TEST(ParameterDocument, RepeatsStream1InTheOtherStreams)
 {
     // Only the entries of streams 2 to 4 differ from zero.
     st_param_sys sys = {};
-    for (int stream : {1, 2, 3}) {
+    for (const std::size_t stream : {1u, 2u, 3u}) {
         const auto value = static_cast<std::int16_t>(100 + stream);
         sys.pri_video_vlan_mask[stream] = value;
         sys.sec_video_vlan_id[stream] = value;
