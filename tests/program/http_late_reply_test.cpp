@@ -4,12 +4,14 @@
 
 #include "http/server.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -64,7 +66,7 @@ public:
     std::vector<Kept> take()
     {
         const std::lock_guard lock(mutex_);
-        return std::move(kept_);
+        return std::exchange(kept_, {});
     }
 
 private:
@@ -95,8 +97,9 @@ TEST(LateReply, HoldsNoServerThread)
     EXPECT_EQ(meanwhile->body, "/now");
 
     std::vector<Keeper::Kept> kept = keeper.take();
-    for (auto late = kept.rbegin(); late != kept.rend(); ++late)
-        late->reply(text("answer to " + late->path));
+    std::reverse(kept.begin(), kept.end());
+    for (const Keeper::Kept& late : kept)
+        late.reply(text("answer to " + late.path));
     for (std::size_t i = 0; i < clients.size(); ++i) {
         const auto response = clients[i].receive();
         ASSERT_TRUE(response);
@@ -218,6 +221,7 @@ TEST(LateReply, MayComeAtAnyMoment)
     std::vector<HttpReply> replies;
     bool done = false;
     std::vector<std::thread> repliers;
+    repliers.reserve(2);
     for (int i = 0; i < 2; ++i)
         repliers.emplace_back([&] {
             std::unique_lock lock(mutex);
@@ -239,6 +243,7 @@ TEST(LateReply, MayComeAtAnyMoment)
             changed.notify_one();
         });
         std::vector<std::thread> clients;
+        clients.reserve(4);
         std::atomic<int> answers{0};
         for (int i = 0; i < 4; ++i)
             clients.emplace_back([&] {
@@ -384,6 +389,7 @@ TEST(HttpStop, RacesWithLateReplies)
             });
         });
         std::vector<std::thread> clients;
+        clients.reserve(4);
         std::atomic<bool> wrong{false};
         for (int i = 0; i < 4; ++i)
             clients.emplace_back([&] {

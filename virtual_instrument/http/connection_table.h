@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "http/exchange.h"
 #include "http/pending_answer.h"
@@ -21,7 +22,8 @@ struct Connection
 {
     using Clock = std::chrono::steady_clock;
 
-    Connection(int socket_, std::string peer_) : socket(socket_), peer(std::move(peer_)) {}
+    Connection(int its_socket, std::string its_peer) : socket(its_socket), peer(std::move(its_peer))
+    {}
 
     void set_deadline(Clock::duration from_now)
     {

@@ -34,7 +34,7 @@ namespace {
 using std::chrono::milliseconds;
 
 // Headers and one piece of a body; libmicrohttpd clears as much after each request.
-constexpr std::intptr_t connection_memory = 16 * 1024;
+constexpr std::intptr_t connection_memory = std::intptr_t{16} * 1024;
 
 // What stop() adds to its deadline, so that those who are given up get to know.
 constexpr milliseconds farewell{250};
@@ -205,13 +205,12 @@ void HttpServer::Daemon::on_connection(void* self, MHD_Connection* connection, v
 // What this gives is the context of the request's other callbacks.
 void* HttpServer::Daemon::on_request_line(void* self, const char*, MHD_Connection* connection)
 {
-    auto& daemon = *static_cast<Daemon*>(self);
     auto* ours = static_cast<Connection*>(
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
     if (ours != nullptr) {
         ours->has_request = true;
         if (ours->has_served)
-            ours->set_deadline(daemon.options_.header_deadline);
+            ours->set_deadline(static_cast<Daemon*>(self)->options_.header_deadline);
     }
     return ours;
 }
@@ -257,7 +256,8 @@ void HttpServer::Daemon::on_request_end(void* self, MHD_Connection*, void** cont
 void HttpServer::Daemon::on_remark(void* self, const char* format, va_list arguments)
 {
     std::array<char, 512> text{};
-    std::vsnprintf(text.data(), text.size(), format, arguments);
+    // A remark that is too long loses its end.
+    static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));
     text[std::strcspn(text.data(), "\n")] = '\0';
     report(static_cast<Daemon*>(self)->options_.on_diagnostic, text.data());
 }

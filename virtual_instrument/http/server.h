@@ -57,10 +57,10 @@ struct HttpServerOptions
     /// Connections above it are closed at once; 0: no limit.
     unsigned connections_per_address = 2048;
 
-    std::size_t body_limit = 1024 * 1024; ///< longer: 413
+    std::size_t body_limit = std::size_t{1024} * 1024; ///< longer: 413
 
     /// All bodies on their way in, together; who would exceed it gets a 503.
-    std::size_t body_memory = 64 * 1024 * 1024;
+    std::size_t body_memory = std::size_t{64} * 1024 * 1024;
 
     // The connection is ended when a deadline has passed, however regularly bytes trickle. 0 ends
     // everything at once: there is no value for "never".
