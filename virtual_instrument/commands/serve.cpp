@@ -86,6 +86,7 @@ HttpServerOptions server_options(const ServeOptions& options, const ServerSettin
         spdlog::debug("{} {} {} {} {} us", access.peer, in_quotes(access.method),
                       in_quotes(access.path), access.status, access.duration.count());
     };
+    server.on_failure = [](const std::string& failure) { spdlog::error("http: {}", failure); };
     server.on_diagnostic = [](const std::string& remark) { spdlog::debug("http: {}", remark); };
     return server;
 }
