@@ -63,6 +63,16 @@ void check_leg(const RecordPart& part, const CONNECTION_LEG_IS05_ST& leg, Side s
     part.number("destination_port", leg.destination_port, 1, 65535);
 }
 
+/// A sender's SDP file shows both legs, in use or not. One that is not may be cleared.
+void check_unused_leg(const RecordPart& part, const CONNECTION_LEG_IS05_ST& leg)
+{
+    if (leg.source_ip[0] != '\0')
+        part.text_or_null("source_ip", leg.source_ip, ipv4_address);
+    if (leg.destination_ip[0] != '\0')
+        part.text_or_null("destination_ip", leg.destination_ip, ipv4_address);
+    part.number("destination_port", leg.destination_port, 0, 65535);
+}
+
 void check_half(const RecordPart& part, const CONNECTION_HALF_IS05_ST& half, Side side,
                 bool is_staged, std::size_t active_legs)
 {
@@ -85,6 +95,10 @@ void check_half(const RecordPart& part, const CONNECTION_HALF_IS05_ST& half, Sid
         for (std::size_t i = legs; i < active_legs; ++i)
             RecordPart(part, {"transport_params", i})
                 .number("destination_port", half.transport_params[i].destination_port, 0, 65535);
+    }
+    if (side == Side::sender && !is_staged) {
+        for (std::size_t i = legs; i < std::size(half.transport_params); ++i)
+            check_unused_leg(RecordPart(part, {"transport_params", i}), half.transport_params[i]);
     }
 }
 

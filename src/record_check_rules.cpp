@@ -118,7 +118,8 @@ struct NumberText
     explicit NumberText(double value)
     {
         constexpr double all_integers_exact = 9007199254740992.0; // 2^53
-        if (std::fabs(value) < all_integers_exact && std::trunc(value) == value)
+        const bool is_minus_zero = value == 0 && std::signbit(value);
+        if (std::fabs(value) < all_integers_exact && std::trunc(value) == value && !is_minus_zero)
             end = write_integer(text, static_cast<long long>(value));
         else
             end = std::to_chars(text, text + sizeof text, value).ptr;
@@ -341,8 +342,9 @@ void RecordPart::check_count(FieldName field, std::int32_t value, std::int32_t m
 bool RecordPart::number(FieldName field, double value, std::int32_t lowest,
                         std::int32_t highest) const
 {
-    // Written so that NaN fails.
-    if (value >= lowest && value <= highest && std::trunc(value) == value)
+    // Written so that NaN fails. Minus zero would show as "-0".
+    if (value >= lowest && value <= highest && std::trunc(value) == value &&
+        !(value == 0 && std::signbit(value)))
         return true;
     report_value(field, NumberText(value),
                  {it_must_be, "a whole number from ", NumberText(static_cast<long long>(lowest)),

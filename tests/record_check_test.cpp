@@ -379,6 +379,14 @@ const NodeCase node_fields[] = {
          fill_whole(r.clocks[1].version, 'v');
          fill_whole(r.clocks[1].gmid, 'g');
      }, {}},
+    {"ChassisIdNull", [](NMOS_IS04_ST& r) { set_text(r.interfaces[0].chassis_id, "null"); }, {}},
+    {"ControlOfAnyScheme", [](NMOS_IS04_ST& r) {
+         set_text(r.devices[0].controls[0].type, "x-a+b.c2:control");
+     }, {}},
+    {"MediaTypeWithBlank", [](NMOS_IS04_ST& r) {
+         set_text(r.receivers[0].media_types[0], "video/ raw");
+     }, {"receivers[0].media_types[0] is \"video/ raw\", it must be a media type that begins with "
+         "video/"}},
     {"ChassisId", [](NMOS_IS04_ST& r) { set_text(r.interfaces[0].chassis_id, ""); },
      {"interfaces[0].chassis_id is \"\", it must be UTF-8 and not empty"}},
     {"PortId", [](NMOS_IS04_ST& r) { set_text(r.interfaces[0].port_id, "00:00:5e:00:53:01"); },
@@ -730,6 +738,34 @@ const ConnectionCase connection_fields[] = {
      {"receivers[23].staged.leg_count is -4, at least 1 is needed"}},
     {"LegsAbove", [](NMOS_IS05_ST& r) { r.senders[5].staged.leg_count = 3; },
      {"senders[5].staged.leg_count is 3, at most 2 are allowed"}},
+    {"UnusedLegOfASenderCleared", [](NMOS_IS05_ST& r) {
+         r.senders[0].staged.leg_count = 1;
+         r.senders[0].active.leg_count = 1;
+         r.senders[0].active.transport_params[1] = CONNECTION_LEG_IS05_ST();
+     }, {}},
+    {"UnusedLegOfASenderShowsInItsSdpFile", [](NMOS_IS05_ST& r) {
+         r.senders[0].staged.leg_count = 1;
+         r.senders[0].active.leg_count = 1;
+         fill_whole(r.senders[0].active.transport_params[1].source_ip, 'x');
+         set_text(r.senders[0].active.transport_params[1].destination_ip, "1.2.3.4\r\na=x");
+         r.senders[0].active.transport_params[1].destination_port =
+             std::numeric_limits<double>::quiet_NaN();
+     }, {"senders[0].active.transport_params[1].source_ip is "
+         "\"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx\", there is no NUL in its 32 bytes",
+         "senders[0].active.transport_params[1].destination_ip is \"1.2.3.4\\x0d\\x0aa=x\", it must "
+         "be an IPv4 address or \"null\"",
+         "senders[0].active.transport_params[1].destination_port is nan, it must be a whole number "
+         "from 0 to 65535"}},
+    {"SourcePortMinusZero", [](NMOS_IS05_ST& r) {
+         r.senders[0].staged.leg_count = 1;
+         r.senders[0].staged.transport_params[1].destination_port = -0.0;
+     }, {"senders[0].staged.transport_params[1].destination_port is -0, it must be a whole number "
+         "from 0 to 65535"}},
+    {"SourcePortAbove", [](NMOS_IS05_ST& r) {
+         r.senders[0].staged.leg_count = 1;
+         r.senders[0].staged.transport_params[1].destination_port = 65536;
+     }, {"senders[0].staged.transport_params[1].destination_port is 65536, it must be a whole number "
+         "from 0 to 65535"}},
     {"OneLeg", [](NMOS_IS05_ST& r) {
          r.receivers[0].staged.leg_count = 1;
          std::memset(&r.receivers[0].staged.transport_params[1], 0xFF,

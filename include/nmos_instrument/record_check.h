@@ -15,8 +15,9 @@
 //
 // The findings stand in the order of the record's fields. A field has one finding at most. Checked
 // are the entries within their count (bounded by the capacity), even where a body shows the first
-// of them alone, and of each entry the members that a body or an SDP file shows for its kind. All
-// other bytes are never looked at. No record, whatever its bytes, makes a check read outside of it.
+// of them alone, and of each entry the members that a body or an SDP file shows for its kind; and
+// the settings of all four streams. All other bytes are never looked at. No record, whatever its
+// bytes, makes a check read outside of it.
 //
 // In every text that is checked:
 //
@@ -28,9 +29,11 @@
 //   UUID      lower case, version 1 to 5, as IS-04 and IS-05 write it
 //   time      "<seconds>:<nanoseconds>", digits only, nanoseconds from 0 to 999999999
 //   URI       scheme, colon, and visible ASCII without blanks
-//   HTTP URL  a URI that begins with "http://" or "https://"
+//   HTTP URL  a URI that begins with "http://" or "https://" and does not end there
 //   IPv4      dotted quad, without leading zeros
-//   whole     finite and without fraction
+//   media type
+//             two parts of visible ASCII with one slash between, as "video/raw"
+//   whole     finite and without fraction, not minus zero
 
 #ifndef NMOS_INSTRUMENT_RECORD_CHECK_H
 #define NMOS_INSTRUMENT_RECORD_CHECK_H
@@ -101,6 +104,8 @@ NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS04_ST&
 ///   addresses of a sender and in `interface_ip` of a receiver.
 /// - of each leg in use `destination_port`: whole, 1 to 65535. A staged leg of a sender that is in
 ///   use in the active half alone: 0 to 65535, since the active body shows it as "source_port".
+/// - of a leg of a sender's active half that is not in use, since the SDP file shows both legs:
+///   `source_ip`, `destination_ip`: empty, IPv4 or "null"; `destination_port`: whole, 0 to 65535.
 ///
 /// When a sender is in use, the texts that stand in its SDP file too:
 ///
@@ -109,7 +114,8 @@ NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS04_ST&
 NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS05_ST& record);
 
 /// What is wrong with the settings; empty when nothing is. The codes are the instrument's own, so
-/// only these are checked, as far as they are read (of the audio entries of a stream the first):
+/// only these are checked, of all four streams, although the parameter document shows stream 1 in
+/// the place of the others too, and of the audio entries of a stream the first, the only one read:
 ///
 /// - octets of addresses (`..._addresses`): 0 to 255.
 /// - low and high bytes of ports (`..._dst_port`): 0 to 255.
