@@ -15,9 +15,9 @@ void append_sender_leg(TextBuffer& text, std::string_view source)
                 "    \"rtp_enabled\": {},\n"
                 "    \"source_ip\": {\n"
                 "      \"enum\": [\n"
-                "        \"");
-    text.append(source);
-    text.append("\"\n"
+                "        \"",
+                source,
+                "\"\n"
                 "       ]\n"
                 "     },\n"
                 "    \"source_port\": {}\n");
@@ -29,9 +29,9 @@ void append_receiver_leg(TextBuffer& text, std::string_view interface)
                 "    \"destination_port\": {},\n"
                 "    \"interface_ip\": {\n"
                 "      \"enum\": [\n"
-                "        \"");
-    text.append(interface);
-    text.append("\",\n"
+                "        \"",
+                interface,
+                "\",\n"
                 "        \"auto\"\n"
                 "       ]\n"
                 "     },\n"

@@ -26,9 +26,7 @@ std::string id_listing(const Entry (&entries)[N], std::int32_t count, IsListed i
     for (std::size_t i = 0; i < valid; ++i) {
         if (!is_listed(i))
             continue;
-        text.append("  \"");
-        text.append(field_text(entries[i].id));
-        text.append(i + 1 < valid ? "/\",\n" : "/\"\n");
+        text.append("  \"", field_text(entries[i].id), i + 1 < valid ? "/\",\n" : "/\"\n");
     }
     text.append("]\n");
     return text.take();

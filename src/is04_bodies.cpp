@@ -18,7 +18,7 @@ constexpr std::size_t audio_flow = 1;
 
 /// A node is reached at one address: the first endpoint is shown, all others are only looked at
 /// for a port that no JSON number can hold.
-void write_endpoints(JsonWriter& json, const NMOS_IS04_ST& node)
+void write_endpoints(FastJsonWriter& json, const NMOS_IS04_ST& node)
 {
     const auto endpoints = valid_entries(node.endpoints, node.endpoints_count);
     if (endpoints.empty())
@@ -37,7 +37,7 @@ void write_endpoints(JsonWriter& json, const NMOS_IS04_ST& node)
     json.end_array();
 }
 
-void write_clock(JsonWriter& json, const CLOCK_IS04_ST& clock)
+void write_clock(FastJsonWriter& json, const CLOCK_IS04_ST& clock)
 {
     const bool is_ptp = holds(clock.ref_type, "ptp");
     json.begin_object();
@@ -54,7 +54,7 @@ void write_clock(JsonWriter& json, const CLOCK_IS04_ST& clock)
     json.end_object();
 }
 
-void write_interface(JsonWriter& json, const INTERFACE_IS04_ST& interface)
+void write_interface(FastJsonWriter& json, const INTERFACE_IS04_ST& interface)
 {
     json.begin_object();
     json.member_or_null("chassis_id", interface.chassis_id);
@@ -119,7 +119,7 @@ template <std::size_t N>
 
 void write_node(JsonText& text, const NMOS_IS04_ST& node)
 {
-    JsonWriter json(text);
+    FastJsonWriter json(text);
     json.begin_object();
     json.key("api").begin_object();
     write_endpoints(json, node);

@@ -47,17 +47,19 @@ char* write_escape(char* to, char byte) noexcept
 char* write_string_rest(JsonText& text, char* position, std::string_view rest)
 {
     constexpr std::size_t block = OrdinaryBytes::size;
-    constexpr std::size_t closing_size = 2;
     const OrdinaryBytes ordinary(text.slashes());
+    // So that there is room behind the last block and its escape too.
+    const char* const limit = text.limit() - json_room - block - escape_size;
     const char* from = rest.data();
     const char* const end = from + rest.size();
-    const auto need = [&](std::size_t bytes) {
-        if (static_cast<std::size_t>(text.limit() - position) < bytes + closing_size)
+    const auto make_room = [&] {
+        if (position > limit)
             position = text.flush(position);
     };
 
+    make_room();
     while (static_cast<std::size_t>(end - from) >= block) {
-        need(block + escape_size);
+        make_room();
         const OrdinaryBytes::Marks marks = ordinary.copy(position, from);
         const std::size_t copied = marks != 0 ? OrdinaryBytes::count(marks) : block;
         position += copied;
@@ -69,7 +71,7 @@ char* write_string_rest(JsonText& text, char* position, std::string_view rest)
         position = write_escape(position, *from++);
     }
     for (; from != end && *from != '\0'; ++from) {
-        need(escape_size);
+        make_room();
         const auto code = static_cast<unsigned char>(*from);
         if (code < 0x20 || code == '"' || code == '\\' || code == 0x7F ||
             (code == '/' && text.slashes() == Slashes::escaped))

@@ -18,11 +18,17 @@
 // Members are written in ascending byte order of their keys, each key once; a debug build asserts
 // it. Every value is followed by a comma, which the end of its array or object, or
 // JsonText::take, puts right.
+//
+// Room is made where an object or an array begins and for each of an array's entries, enough for
+// all that stands between two such places; what may be long, a text with much to escape above all,
+// makes room itself. So most members are written without a look at the room left. A debug build
+// asserts this too, wherever the buffer's end happens to be.
 
 #ifndef NMOS_INSTRUMENT_SRC_JSON_WRITER_H
 #define NMOS_INSTRUMENT_SRC_JSON_WRITER_H
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -82,9 +88,13 @@ private:
 #endif
 };
 
-/// Writes the rest of a field up to its first NUL, whatever it holds. Leaves room for what closes a
-/// string. The position is taken and returned by value: a member function of the writer would take
-/// the writer's address, and with it the position out of its register.
+/// What a body may write between two places where room is made: keys, brackets, and what is copied
+/// in line of its texts. The largest need is a bit less than half of it, in write_node.
+constexpr std::size_t json_room = 1024;
+
+/// Writes the rest of a field up to its first NUL, whatever it holds, and makes room again. The
+/// position is taken and returned by value: a member function of the writer would take the writer's
+/// address, and with it the position out of its register.
 char* write_string_rest(JsonText& text, char* position, std::string_view rest);
 
 /// How a record's texts are copied: by code that stands in line at each member, for the resources
@@ -99,12 +109,21 @@ template <Copying copying>
 class BasicJsonWriter
 {
 public:
-    explicit BasicJsonWriter(JsonText& text) noexcept
-        : text_(text), position_(text.position()), limit_(text.limit()), ordinary_(text.slashes())
-    {}
+    explicit BasicJsonWriter(JsonText& text)
+        : text_(text),
+          position_(text.position()),
+          limit_(text.limit() - json_room),
+          ordinary_(text.slashes())
+    {
+        make_room();
+    }
     BasicJsonWriter(const BasicJsonWriter&) = delete;
     BasicJsonWriter& operator=(const BasicJsonWriter&) = delete;
-    ~BasicJsonWriter() { text_.set_position(position_); }
+    ~BasicJsonWriter()
+    {
+        expect_room();
+        text_.set_position(position_);
+    }
 
     void begin_object()
     {
@@ -123,7 +142,6 @@ public:
     template <std::size_t N>
     [[gnu::always_inline]] BasicJsonWriter& key(const char (&name)[N])
     {
-        need(key_size<N>);
         put_key(name);
         return *this;
     }
@@ -132,7 +150,7 @@ public:
     [[gnu::noinline]] BasicJsonWriter& key(std::string_view name)
     {
         text_.expect_ascending(name);
-        need(name.size() + 3);
+        make_room();
         put_byte('"');
         std::memcpy(position_, name.data(), name.size());
         position_ += name.size();
@@ -153,22 +171,31 @@ public:
     /// A string of the code's own that holds nothing to escape.
     [[gnu::noinline]] void literal(std::string_view value)
     {
-        need(value.size() + 3);
+        make_room();
         put_byte('"');
         std::memcpy(position_, value.data(), value.size());
         position_ += value.size();
         put_literal("\",");
     }
+    /// The value that another text holds; it must be known to fit the buffer.
+    [[gnu::noinline]] void value_of(const JsonText& other)
+    {
+        text_.set_position(position_);
+        text_.append(other.written());
+        position_ = text_.position();
+        note_room();
+        make_room();
+    }
     /// Throws std::overflow_error with an empty text when the number is NaN or infinite.
     [[gnu::noinline]] void number(double value)
     {
-        need(number_text_size + 1);
+        make_room();
         position_ = write_json_number(position_, value);
         put_byte(',');
     }
     [[gnu::noinline]] void number(int value)
     {
-        need(number_text_size + 1);
+        make_room();
         position_ = write_integer(position_, value);
         put_byte(',');
     }
@@ -176,7 +203,7 @@ public:
     template <std::size_t N>
     [[gnu::always_inline]] void string(const char (&field)[N])
     {
-        need(string_size<N>);
+        make_room();
         put_string(field);
     }
     /// The same, but null for a field that holds exactly "null".
@@ -192,7 +219,6 @@ public:
     template <std::size_t K, std::size_t N>
     [[gnu::always_inline]] void member(const char (&name)[K], const char (&field)[N])
     {
-        need(key_size<K> + string_size<N>);
         put_key(name);
         put_string(field);
     }
@@ -224,41 +250,48 @@ public:
     }
 
 private:
-    [[gnu::always_inline]] void need(std::size_t bytes)
+    [[gnu::always_inline]] void make_room()
     {
-        if (static_cast<std::size_t>(limit_ - position_) < bytes) [[unlikely]]
+        expect_room();
+        if (position_ > limit_) [[unlikely]]
             position_ = text_.flush(position_);
+        note_room();
     }
     [[gnu::always_inline]] void put_byte(char byte) { *position_++ = byte; }
+    /// Copied in pieces that fit a register, which the compiler joins with their neighbours: keys,
+    /// quotes and commas become a few wide stores.
     template <std::size_t N>
     [[gnu::always_inline]] void put_literal(const char (&literal)[N])
     {
-        std::memcpy(position_, literal, N - 1);
+        copy_constant<N - 1>(position_, literal);
         position_ += N - 1;
+    }
+    template <std::size_t size>
+    [[gnu::always_inline]] static void copy_constant(char* to, const char* from)
+    {
+        constexpr std::size_t piece = std::bit_floor(std::min<std::size_t>(size, 8));
+        std::memcpy(to, from, piece);
+        if constexpr (size > piece)
+            copy_constant<size - piece>(to + piece, from + piece);
     }
     template <std::size_t N>
     [[gnu::always_inline]] void put_value(const char (&literal)[N])
     {
-        need(N);
         put_literal(literal);
         put_byte(',');
     }
     [[gnu::always_inline]] void begin(char bracket)
     {
-        need(1);
+        make_room();
         put_byte(bracket);
     }
     [[gnu::always_inline]] void end(char bracket)
     {
-        need(2);
         if (position_[-1] == ',')
             --position_;
         put_byte(bracket);
         put_byte(',');
     }
-
-    template <std::size_t N>
-    static constexpr std::size_t key_size = N - 1 + 3; ///< the name, two quotes, colon
 
     template <std::size_t N>
     [[gnu::always_inline]] void put_key(const char (&name)[N])
@@ -278,31 +311,47 @@ private:
             : 0;
 
     template <std::size_t N>
-    static constexpr std::size_t string_size = copied_in_line<N> + 3; ///< two quotes, comma
-
-    template <std::size_t N>
     [[gnu::always_inline]] void put_string(const char (&field)[N])
     {
         put_byte('"');
+        bool complete = copied_in_line<N> == N;
         std::size_t at = 0;
-        while (at != copied_in_line<N>) {
+        for (; at != copied_in_line<N>; at += OrdinaryBytes::size) {
             const OrdinaryBytes::Marks marks = ordinary_.copy(position_ + at, field + at);
             if (marks != 0) {
                 at += OrdinaryBytes::count(marks);
+                complete = field[at] == '\0';
                 break;
             }
-            at += OrdinaryBytes::size;
         }
         position_ += at;
-        if (copying == Copying::called || (at != N && field[at] != '\0'))
+        if (!complete) {
+            expect_room();
             position_ = write_string_rest(text_, position_, {field + at, N - at});
+            note_room();
+        }
         put_literal("\",");
     }
 
     JsonText& text_;
     char* position_;
-    const char* const limit_;
+    const char* const limit_; ///< with the position behind it there is less room than json_room
     const OrdinaryBytes ordinary_;
+
+#ifdef NDEBUG
+    void expect_room() const noexcept {}
+    void note_room() noexcept {}
+#else
+    void expect_room() const noexcept
+    {
+        assert(static_cast<std::size_t>(position_ - room_begin_) <= json_room);
+    }
+    void note_room() noexcept
+    {
+        room_begin_ = position_;
+    }
+    const char* room_begin_ = position_;
+#endif
 };
 
 using JsonWriter = BasicJsonWriter<Copying::called>;

@@ -14,19 +14,15 @@
 #include <cstddef>
 #include <string>
 
+#include "default_labels.h"
+
 namespace nmos_instrument {
-
-extern const char* const protocol_names[2];
-extern const char* const default_labels[46];
-
-/// Writes the `count` texts into the strings.
-void fill_strings(std::string* strings, const char* const* texts, std::size_t count);
 
 /// Strings that are built when the library is loaded and released when it is unloaded.
 template <std::size_t N>
 struct StringTable : std::array<std::string, N>
 {
-    explicit StringTable(const char* const (&texts)[N]) { fill_strings(this->data(), texts, N); }
+    explicit StringTable(const TableText (&texts)[N]) { fill_strings(this->data(), texts, N); }
 };
 
 } // namespace nmos_instrument

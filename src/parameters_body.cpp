@@ -5,15 +5,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 
 #include "number_text.h"
+#include "record_fields.h"
 
 namespace nmos_instrument {
 namespace {
 
 /// How elements of the table become a JSON value.
-enum class Conversion
+enum class Conversion : std::uint8_t
 {
     number,  ///< one element
     address, ///< four octets, as dotted text
@@ -22,8 +22,8 @@ enum class Conversion
 
 struct Setting
 {
-    std::string_view key;
-    std::size_t element; ///< of IP stream 1
+    char key[32];
+    std::uint16_t element; ///< of IP stream 1
     Conversion conversion;
 };
 
@@ -113,7 +113,7 @@ int port_value(const st_param_sys& sys, std::size_t element)
 
 void write_setting(JsonWriter& json, const st_param_sys& sys, const Setting& setting)
 {
-    json.key(setting.key);
+    json.key(field_text(setting.key));
     switch (setting.conversion) {
     case Conversion::number:
         json.number(element_value(sys, setting.element));
@@ -127,8 +127,10 @@ void write_setting(JsonWriter& json, const st_param_sys& sys, const Setting& set
     }
 }
 
-void write_stream(JsonWriter& json, const st_param_sys& sys)
+/// At most 2 KB: too short to be flushed.
+void write_stream(JsonText& text, const st_param_sys& sys)
 {
+    JsonWriter json(text);
     json.begin_object();
     for (const Setting& setting : stream_settings)
         write_setting(json, sys, setting);
@@ -166,10 +168,12 @@ void write_parameters(JsonText& text, const st_param_sys& sys)
     json.key("redundancy").number(sys.redundancy);
     json.key("st2110_vfmt_auto_mode").number(sys.st2110_vfmt_auto_mode);
     // Streams 2 to 4 repeat stream 1: readers of this document know it so.
-    write_stream(json.key("stream1"), sys);
-    write_stream(json.key("stream2"), sys);
-    write_stream(json.key("stream3"), sys);
-    write_stream(json.key("stream4"), sys);
+    JsonText stream(text.slashes());
+    write_stream(stream, sys);
+    json.key("stream1").value_of(stream);
+    json.key("stream2").value_of(stream);
+    json.key("stream3").value_of(stream);
+    json.key("stream4").value_of(stream);
     json.key("type").number(sys.type);
     json.end_object();
 }

@@ -16,16 +16,17 @@ constexpr std::size_t message_size = 128;
 void throw_index_out_of_range(const char* operation, int index, std::size_t last)
 {
     char message[message_size];
-    std::snprintf(message, sizeof message, "%s: index %d is outside 0 to %zu", operation, index,
-                  last);
+    static_cast<void>(std::snprintf(message, sizeof message, "%s: index %d is outside 0 to %zu",
+                                    operation, index, last));
     throw std::out_of_range(message);
 }
 
 void throw_negative_index(const char* operation, int index)
 {
     char message[message_size];
-    std::snprintf(message, sizeof message, "%s: index %d is negative, 0 and above are allowed",
-                  operation, index);
+    static_cast<void>(std::snprintf(message, sizeof message,
+                                    "%s: index %d is negative, 0 and above are allowed", operation,
+                                    index));
     throw std::out_of_range(message);
 }
 

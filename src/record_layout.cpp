@@ -197,7 +197,7 @@ SIZE(st_param_addresses, 16);
 FIELD(st_param_addresses, src_ip, 0);
 FIELD(st_param_addresses, dst_ip, 8);
 
-SIZE(st_param_sys, 937 * 2);
+SIZE(st_param_sys, std::size_t{937} * 2);
 ELEMENT(unread_0, 0);
 ELEMENT(type, 66);
 ELEMENT(redundancy, 67);

@@ -13,11 +13,8 @@ std::string root_listing(std::initializer_list<std::string_view> names)
     TextBuffer text;
     text.append("[\n");
     std::size_t left = names.size();
-    for (const std::string_view name : names) {
-        text.append("    \"");
-        text.append(name);
-        text.append(--left != 0 ? "/\",\n" : "/\"\n");
-    }
+    for (const std::string_view name : names)
+        text.append("    \"", name, --left != 0 ? "/\",\n" : "/\"\n");
     text.append("]\n");
     return text.take();
 }

@@ -3,6 +3,7 @@
 #include "sdp_keys.h"
 
 #include <array>
+#include <cstring>
 
 namespace nmos_instrument {
 namespace {
@@ -11,14 +12,17 @@ namespace {
 struct KeyText
 {
     consteval KeyText(std::string_view key_text, SdpKey its_key)
-        : text(key_text),
-          separator(key_text.find_first_of("=:")),
-          before_separator(key_text[separator - 1]),
+        : size(static_cast<std::uint8_t>(key_text.size())),
+          separator(static_cast<std::uint8_t>(key_text.find_first_of("=:"))),
+          before_separator(key_text[separator - 1U]),
           key(its_key)
-    {}
+    {
+        key_text.copy(text, sizeof text);
+    }
 
-    std::string_view text;
-    std::size_t separator; ///< its position in the text
+    char text[16] = {};
+    std::uint8_t size;
+    std::uint8_t separator; ///< its position in the text
     char before_separator;
     SdpKey key;
 };
@@ -46,6 +50,19 @@ constexpr KeyText key_texts[sdp_key_count] = {
     {"TP=", SdpKey::traffic_profile},
 };
 
+static_assert(
+    [] {
+        for (std::size_t row = 2; row < sdp_key_count; ++row) {
+            for (std::size_t earlier = 0; earlier + 1 < row; ++earlier) {
+                if (key_texts[earlier].before_separator == key_texts[row].before_separator &&
+                    key_texts[row - 1].before_separator != key_texts[row].before_separator)
+                    return false;
+            }
+        }
+        return true;
+    }(),
+    "a key that stands apart from those of its letter would never be found");
+
 /// For each byte before a separator, the first row of its keys; the table's size when it has none.
 constexpr auto first_row = [] {
     std::array<std::uint8_t, 256> rows{};
@@ -58,8 +75,11 @@ constexpr auto first_row = [] {
 
 bool stands_at(std::string_view line, std::size_t separator, const KeyText& key)
 {
-    return separator >= key.separator &&
-           line.substr(separator - key.separator).starts_with(key.text);
+    if (separator < key.separator)
+        return false;
+    const std::size_t start = separator - key.separator;
+    return line.size() - start >= key.size &&
+           std::memcmp(line.data() + start, key.text, key.size) == 0;
 }
 
 } // namespace
@@ -82,7 +102,7 @@ void SdpKeys::note_keys_at(std::string_view line, std::size_t separator) noexcep
         if (has(key.key) || !stands_at(line, separator, key))
             continue;
         found_ |= bit(key.key);
-        value_start_[index(key.key)] = separator - key.separator + key.text.size();
+        value_start_[index(key.key)] = separator - key.separator + key.size;
     }
 }
 

@@ -8,14 +8,16 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
-#include <span>
+#include <iterator>
 #include <stdexcept>
 
 #include "ipv4_text.h"
+#include "line_reader.h"
 #include "number_text.h"
+#include "record_fields.h"
 #include "sdp_keys.h"
-#include "sdp_lines.h"
 
 namespace nmos_instrument {
 namespace {
@@ -99,44 +101,49 @@ const FormatClass& format_class(short current_format)
     }
 }
 
+/// The texts that a value may be.
+using Words = char[3][16];
+
 /// A format parameter whose value is one of a few words.
 struct WordParameter
 {
     SdpKey key;
-    std::span<const std::string_view> words;
-    std::string_view complaint;  ///< what its message begins with
+    Words words;
+    char complaint[16];          ///< what its message begins with
     std::string sdp_str::*field; ///< null: checked, not stored
     std::uint32_t flag;
 };
 
-constexpr std::string_view tcs_words[] = {"SDR", "HLG", "PQ"};
-constexpr std::string_view colorimetry_words[] = {"BT709", "BT2020", "BT2100"};
-constexpr std::string_view packing_mode_words[] = {"2110GPM", "2110BPM", "2022-6"};
-constexpr std::string_view ssn_words[] = {"ST2110-20:2017", "ST2110-30:2017", "ST2110-40:2017"};
-constexpr std::string_view traffic_profile_words[] = {"2110TPNL", "2110TPN", "2110TPW"};
-
 /// In the order in which they are checked.
 constexpr WordParameter word_parameters[] = {
-    {SdpKey::tcs, tcs_words, "TCS= ", &sdp_str::tcs, sdp_found_tcs},
-    {SdpKey::colorimetry, colorimetry_words, "colorimetry: ", &sdp_str::colorimetry,
+    {SdpKey::tcs, {"SDR", "HLG", "PQ"}, "TCS= ", &sdp_str::tcs, sdp_found_tcs},
+    {SdpKey::colorimetry,
+     {"BT709", "BT2020", "BT2100"},
+     "colorimetry: ",
+     &sdp_str::colorimetry,
      sdp_found_colorimetry},
-    {SdpKey::packing_mode, packing_mode_words, "PM= ", &sdp_str::packing_mode,
+    {SdpKey::packing_mode,
+     {"2110GPM", "2110BPM", "2022-6"},
+     "PM= ",
+     &sdp_str::packing_mode,
      sdp_found_packing_mode},
-    {SdpKey::ssn, ssn_words, "SSN= ", nullptr, 0},
-    {SdpKey::traffic_profile, traffic_profile_words, "TP= ", nullptr, 0},
+    {SdpKey::ssn, {"ST2110-20:2017", "ST2110-30:2017", "ST2110-40:2017"}, "SSN= ", nullptr, 0},
+    {SdpKey::traffic_profile, {"2110TPNL", "2110TPN", "2110TPW"}, "TP= ", nullptr, 0},
 };
 
-constexpr std::string_view progressive_rates[] = {"60", "60000/1001", "50"};
-constexpr std::string_view interlaced_rates[] = {"30", "30000/1001", "25"};
+constexpr Words progressive_rates = {"60", "60000/1001", "50"};
+constexpr Words interlaced_rates = {"30", "30000/1001", "25"};
 
-bool is_one_of(std::string_view value, std::span<const std::string_view> words)
+bool is_one_of(std::string_view value, const Words& words)
 {
-    return std::find(words.begin(), words.end(), value) != words.end();
+    return std::any_of(std::begin(words), std::end(words),
+                       [value](const auto& word) { return value == field_text(word); });
 }
 
+/// Linear in both lengths, which string_view::find is not: both may come out of the file.
 bool contains(std::string_view line, std::string_view word)
 {
-    return line.find(word) != std::string_view::npos;
+    return word.empty() || memmem(line.data(), line.size(), word.data(), word.size()) != nullptr;
 }
 
 /// The text from `start` up to the terminator, or to the end of the line.
@@ -359,7 +366,7 @@ private:
     void read_word(std::string_view word, const WordParameter& rule)
     {
         if (!is_one_of(word, rule.words))
-            complain(rule.complaint, word, " is no support parameter.\n");
+            complain(field_text(rule.complaint), word, " is no support parameter.\n");
         else if (rule.field != nullptr)
             store(out_.*rule.field, word, rule.flag);
     }
@@ -389,13 +396,15 @@ private:
         store(fields[leg_], value, leg0_flag << leg_);
     }
 
-    void complain(std::string_view before, std::string_view value, std::string_view after)
+    [[gnu::cold]] void complain(std::string_view before, std::string_view value,
+                                std::string_view after)
     {
         complain({before, up_to_nul(value), after});
     }
 
-    void complain_of_pair(std::string_view before, std::string_view first, std::string_view between,
-                          std::string_view second, std::string_view after)
+    [[gnu::cold]] void complain_of_pair(std::string_view before, std::string_view first,
+                                        std::string_view between, std::string_view second,
+                                        std::string_view after)
     {
         complain({before, up_to_nul(first), between, up_to_nul(second), after});
     }

@@ -132,64 +132,58 @@ public:
 private:
     void write_session()
     {
-        append("v=0\r\n"
-               "o=HALDEN ",
-               field_text(state_.sdp_session_id), " ", field_text(state_.sdp_session_version),
-               " IN IP4 ", field_text(primary_.source_ip),
-               "\r\n"
-               "s=QX3100 OPT21/22\r\n"
-               "t=0 0\r\n"
-               "a=group:DUP primary secondary\r\n");
+        text_.append("v=0\r\n"
+                     "o=HALDEN ",
+                     field_text(state_.sdp_session_id), " ", field_text(state_.sdp_session_version),
+                     " IN IP4 ", field_text(primary_.source_ip),
+                     "\r\n"
+                     "s=QX3100 OPT21/22\r\n"
+                     "t=0 0\r\n"
+                     "a=group:DUP primary secondary\r\n");
     }
 
     void write_media(const CONNECTION_LEG_IS05_ST& leg)
     {
         char port[rounded_text_size];
         const char* const end = write_rounded(port, leg.destination_port);
-        append(essence_ == Essence::audio ? "m=audio " : "m=video ",
-               std::string_view(port, static_cast<std::size_t>(end - port)), " RTP/AVP ",
-               payload_type_, "\r\n", "c=IN IP4 ", field_text(leg.destination_ip), "/64\r\n");
+        text_.append(essence_ == Essence::audio ? "m=audio " : "m=video ",
+                     std::string_view(port, static_cast<std::size_t>(end - port)), " RTP/AVP ",
+                     payload_type_, "\r\n", "c=IN IP4 ", field_text(leg.destination_ip), "/64\r\n");
     }
 
     void write_rtpmap(std::string_view encoding)
     {
-        append("a=rtpmap:", payload_type_, " ", encoding, "\r\n");
+        text_.append("a=rtpmap:", payload_type_, " ", encoding, "\r\n");
     }
 
     void write_video_format()
     {
         const FrameSize size = frame_size(sys_.sdp_video_system);
-        append("a=fmtp:", payload_type_, " sampling=YCbCr-4:2:2; width=", size.width,
-               "; height=", size.height,
-               "; depth=10; exactframerate=", frame_rate(sys_.sdp_video_frame_rate),
-               " colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; TP=2110TPN; PM=",
-               sys_.sdp_st2110_mode != 0 ? "2110BPM" : "2022-6", "; \r\n");
+        text_.append("a=fmtp:", payload_type_, " sampling=YCbCr-4:2:2; width=", size.width,
+                     "; height=", size.height,
+                     "; depth=10; exactframerate=", frame_rate(sys_.sdp_video_frame_rate),
+                     " colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; TP=2110TPN; PM=",
+                     sys_.sdp_st2110_mode != 0 ? "2110BPM" : "2022-6", "; \r\n");
     }
 
     void write_audio_format()
     {
         write_rtpmap("L24/48000/16");
-        append("a=ptime:", packet_time(sys_.sdp_audio_ptime), "\r\n");
+        text_.append("a=ptime:", packet_time(sys_.sdp_audio_ptime), "\r\n");
     }
 
     /// The PTP domain is always written as 127, whatever the instrument's settings say.
     void write_leg_end(const CONNECTION_LEG_IS05_ST& leg, std::string_view media_id)
     {
-        append("a=source-filter: incl IN IP4 ", field_text(leg.destination_ip), " ",
-               field_text(leg.source_ip),
-               "\r\n"
-               "a=ts-refclk:ptp=IEEE1588-2008:",
-               field_text(state_.ptp_grandmaster_id),
-               ":127\r\n"
-               "a=mediaclk:direct=0\r\n"
-               "a=mid:",
-               media_id, "\r\n");
-    }
-
-    template <typename... Pieces>
-    void append(const Pieces&... pieces)
-    {
-        (text_.append(pieces), ...);
+        text_.append("a=source-filter: incl IN IP4 ", field_text(leg.destination_ip), " ",
+                     field_text(leg.source_ip),
+                     "\r\n"
+                     "a=ts-refclk:ptp=IEEE1588-2008:",
+                     field_text(state_.ptp_grandmaster_id),
+                     ":127\r\n"
+                     "a=mediaclk:direct=0\r\n"
+                     "a=mid:",
+                     media_id, "\r\n");
     }
 
     const NMOS_IS05_ST& state_;

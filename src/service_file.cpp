@@ -15,9 +15,7 @@ void append_number_line(TextBuffer& text, std::string_view before, int number,
 {
     char digits[number_text_size];
     const char* const end = write_integer(digits, number);
-    text.append(before);
-    text.append({digits, static_cast<std::size_t>(end - digits)});
-    text.append(after);
+    text.append(before, std::string_view(digits, static_cast<std::size_t>(end - digits)), after);
 }
 
 } // namespace
@@ -35,10 +33,8 @@ std::string service_file_text(const ServiceValues& values)
                 "  <service>\n"
                 "    <type>_nmos-node._tcp</type>\n");
     append_number_line(text, "    <port>", values.port, "</port>\n");
-    text.append("    <txt-record>api_proto=");
-    text.append(values.protocol);
-    text.append(txt_end);
-    text.append("    <txt-record>api_ver=v1.2</txt-record>\n");
+    text.append("    <txt-record>api_proto=", values.protocol, txt_end,
+                "    <txt-record>api_ver=v1.2</txt-record>\n");
     append_number_line(text, "    <txt-record>ver_slf=", values.ver_slf, txt_end);
     append_number_line(text, "    <txt-record>ver_src=", values.ver_src, txt_end);
     append_number_line(text, "    <txt-record>ver_flw=", values.ver_flw, txt_end);

@@ -19,17 +19,19 @@ char* TextBuffer::flush(char* position)
     return buffer_ + 1;
 }
 
-void TextBuffer::append_long(std::string_view text)
+void TextBuffer::append_long(std::initializer_list<std::string_view> texts)
 {
-    for (;;) {
-        const auto room = static_cast<std::size_t>(limit() - position_);
-        const std::size_t piece = std::min(room, text.size());
-        std::memcpy(position_, text.data(), piece);
-        position_ += piece;
-        if (piece == text.size())
-            return;
-        text.remove_prefix(piece);
-        position_ = flush(position_);
+    for (std::string_view text : texts) {
+        for (;;) {
+            const auto room = static_cast<std::size_t>(limit() - position_);
+            const std::size_t piece = std::min(room, text.size());
+            std::memcpy(position_, text.data(), piece);
+            position_ += piece;
+            if (piece == text.size())
+                break;
+            text.remove_prefix(piece);
+            position_ = flush(position_);
+        }
     }
 }
 

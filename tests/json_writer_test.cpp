@@ -163,7 +163,7 @@ TEST(JsonWriter, OnlyTheExactWordNullIsNull)
     };
     for (const Case& expected : cases) {
         char field[32] = {};
-        std::strcpy(field, expected.text);
+        std::strncpy(field, expected.text, sizeof field - 1);
         JsonText text(Slashes::plain);
         {
             JsonWriter json(text);

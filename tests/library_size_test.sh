@@ -16,7 +16,7 @@ fi
 machine=$(od -An -tu2 -j18 -N2 "$library" | tr -d ' ')
 case $machine in
 40) cpu=armhf limit=102400 ;;  # 100 KiB: the instruments' own CPU
-62) cpu=x86-64 limit=147456 ;; # 144 KiB
+62) cpu=x86-64 limit=122880 ;; # 120 KiB
 3) cpu=i386 limit=147456 ;;
 *)
     echo "skipped: no limit is set for ELF machine $machine"

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "label_tables.h"
+#include "default_labels.h"
 
 namespace nmos_instrument {
 
-const char* const protocol_names[2] = {"http", "https"};
+const TableText protocol_names[2] = {"http", "https"};
 
 // clang-format off
-const char* const default_labels[46] = {
+const TableText default_labels[46] = {
     /*  0 node            */ "QX3100/QX3300",
     /*  1 sources         */ "Source for Video",
                              "Source for Audio",
@@ -57,7 +57,7 @@ const char* const default_labels[46] = {
 };
 // clang-format on
 
-void fill_strings(std::string* strings, const char* const* texts, std::size_t count)
+void fill_strings(std::string* strings, const TableText* texts, std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i)
         strings[i] = texts[i];
