@@ -16,10 +16,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FuzzInput fuzz(data, size);
     OperationInput input{node.get(), connections.get(), settings.get(), "/"};
     input.index = fuzz.byte() % 26 - 2; // up to 23, the receivers that there are
-    // The interesting half first: the bytes repeat over the whole record.
-    fuzz.fill(*settings);
-    fuzz.fill(connections->senders[input.index < 0 || input.index > 5 ? 0 : input.index]);
-    connections->receivers[input.index < 0 ? 0 : input.index] = connections->senders[0];
+    // Each gets bytes of its own, also of a short input: they repeat over the whole record.
+    const std::size_t size_for_settings = fuzz.byte();
+    fuzz.part(size_for_settings).fill(*settings);
+    CONNECTION_IS05_ST connection{};
+    fuzz.fill(connection);
+    connections->senders[input.index < 0 || input.index > 5 ? 0 : input.index] = connection;
+    connections->receivers[input.index < 0 ? 0 : input.index] = connection;
     call_all_operations(input);
     return 0;
 }

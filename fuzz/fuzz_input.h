@@ -51,6 +51,15 @@ public:
         size_ -= taken;
     }
 
+    /// The next `size` bytes as an input of their own, less when there are not so many.
+    FuzzInput part(std::size_t size)
+    {
+        const FuzzInput taken(data_, std::min(size_, size));
+        data_ += taken.size_;
+        size_ -= taken.size_;
+        return taken;
+    }
+
     std::string rest() { return {reinterpret_cast<const char*>(data_), size_}; }
 
 private:

@@ -32,6 +32,23 @@ Result analysed(const std::string& sdp, std::uint8_t flags, short format)
     return result;
 }
 
+bool same_values(const sdp_str& left, const sdp_str& right)
+{
+    for (int leg = 0; leg < 2; ++leg) {
+        if (left.source_ip[leg] != right.source_ip[leg] ||
+            left.multicast_ip[leg] != right.multicast_ip[leg] ||
+            left.destination_port[leg] != right.destination_port[leg])
+            return false;
+    }
+    return left.found_flags == right.found_flags &&
+           left.rtp_payload_type == right.rtp_payload_type && left.sampling == right.sampling &&
+           left.depth == right.depth && left.width == right.width && left.height == right.height &&
+           left.size_interlaced == right.size_interlaced &&
+           left.exactframerate == right.exactframerate &&
+           left.rate_interlaced == right.rate_interlaced && left.tcs == right.tcs &&
+           left.colorimetry == right.colorimetry && left.packing_mode == right.packing_mode;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -50,7 +67,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     REQUIRE(unified.threw == result.threw);
     REQUIRE(unified.status == result.status);
     REQUIRE(unified.errors == result.errors);
-    REQUIRE(unified.found.found_flags == result.found.found_flags);
-    REQUIRE(unified.found.rtp_payload_type == result.found.rtp_payload_type);
+    REQUIRE(same_values(unified.found, result.found));
     return 0;
 }
