@@ -62,7 +62,7 @@ public:
         sigaddset(&signals_, SIGINT);
         pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
         // A client that goes away is no reason to end.
-        std::signal(SIGPIPE, SIG_IGN);
+        static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     }
 
     int wait() const
@@ -90,6 +90,19 @@ HttpServerOptions server_options(const ServeOptions& options, const ServerSettin
     server.on_diagnostic = [](const std::string& remark) { spdlog::debug("http: {}", remark); };
     return server;
 }
+
+/// Stops the server before what its handlers use goes away, however that comes about.
+class StopAtEnd
+{
+public:
+    explicit StopAtEnd(HttpServer& server) noexcept : server_(server) {}
+    StopAtEnd(const StopAtEnd&) = delete;
+    StopAtEnd& operator=(const StopAtEnd&) = delete;
+    ~StopAtEnd() { server_.stop(); }
+
+private:
+    HttpServer& server_;
+};
 
 /// Serves at the configured port; where the options say so at the first one from there on that
 /// nobody uses, which it writes into the settings.
@@ -158,6 +171,7 @@ void run(const ServeOptions& options, Configuration configuration)
     add_node_routes(router, services);
     add_connection_routes(router, services);
     add_status_routes(router, services);
+    const StopAtEnd stop_at_end(*server);
     router_in_use = &router;
 
     const std::string url = base_url(configuration.server);
@@ -166,7 +180,6 @@ void run(const ServeOptions& options, Configuration configuration)
 
     const int signal = end_signals.wait();
     spdlog::info("ending on signal {}", signal);
-    server->stop();
 }
 
 ExitStatus serve(const ServeOptions& options)
