@@ -4,11 +4,13 @@
 // finished text into a fresh string. Names are "<text>/<maker>".
 
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
 
 #include "counted_heap.h"
 #include "example_node.h"
@@ -51,6 +53,13 @@ void add_json(const std::string& name, const Make& make)
 {
     add_text(name, make);
     const std::vector<JsonEvent> events = events_of(make());
+    for (const std::string& other :
+         {by_picojson(events), by_nlohmann(events), by_rapidjson(events)}) {
+        if (nlohmann::json::parse(other) != nlohmann::json::parse(make())) {
+            std::fprintf(stderr, "%s: the makers do not make the same text\n", name.c_str());
+            std::exit(1);
+        }
+    }
     add(name + "/picojson", [events] { return by_picojson(events); });
     add(name + "/nlohmann", [events] { return by_nlohmann(events); });
     add(name + "/rapidjson", [events] { return by_rapidjson(events); });
@@ -124,6 +133,13 @@ void add_growth()
     for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4) {
         const std::string sdp = "a=fmtp:96 " + std::string(size - 12, '=') + "\r\n";
         add("growth sdp line length/" + std::to_string(size), [sdp] { return analysed(sdp); });
+    }
+    // A media id that the file itself names, looked for in a long line that nearly holds it.
+    for (std::size_t size = 1024; size <= 1024 * 1024; size *= 4) {
+        const std::string sdp = "a=group:DUP " + std::string(size / 3, 'a') +
+                                "b secondary\r\na=mid:" + std::string(size - size / 3 - 32, 'a') +
+                                "\r\n";
+        add("growth sdp media id/" + std::to_string(size), [sdp] { return analysed(sdp); });
     }
 }
 
