@@ -7,7 +7,6 @@
 #include <cctype>
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -16,6 +15,7 @@
 
 #include "all_operations.h"
 #include "clean_records.h"
+#include "same_bytes.h"
 
 namespace {
 
@@ -122,8 +122,8 @@ TEST_P(FailingAllocatorTest, EveryAllocationInTurn)
             EXPECT_EQ(text, expected);
         }
         // A record that an operation writes is whole either way: as it was, or as it will be.
-        const bool as_before = std::memcmp(node_.get(), node_before.get(), sizeof *node_) == 0;
-        const bool as_after = std::memcmp(node_.get(), node_after.get(), sizeof *node_) == 0;
+        const bool as_before = same_bytes(*node_, *node_before);
+        const bool as_after = same_bytes(*node_, *node_after);
         EXPECT_TRUE(as_before || as_after) << "after allocation " << failures << " failed";
     }
 }

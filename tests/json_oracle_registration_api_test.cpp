@@ -14,6 +14,7 @@
 #include "oracle_random.h"
 #include "oracle_records.h"
 #include "oracle_run.h"
+#include "same_bytes.h"
 
 namespace {
 
@@ -92,7 +93,7 @@ TEST(RecordUpdatesOracle, RegistrationApi)
 
         RegistrationApi().update_version(of_library.get());
         oracle::update_version(*of_oracle);
-        ASSERT_EQ(std::memcmp(of_library.get(), of_oracle.get(), sizeof *of_oracle), 0)
+        ASSERT_TRUE(same_bytes(*of_library, *of_oracle))
             << "update_version: " << visible({of_library->version, 48}) << ", "
             << visible({of_oracle->version, 48});
 
@@ -103,7 +104,7 @@ TEST(RecordUpdatesOracle, RegistrationApi)
             port.insert(random.below(static_cast<std::uint32_t>(port.size() + 1)), 1, '\0');
         RegistrationApi().update_ipAddress(of_library.get(), ip, port);
         oracle::update_ip_address(*of_oracle, ip, port);
-        ASSERT_EQ(std::memcmp(of_library.get(), of_oracle.get(), sizeof *of_oracle), 0)
+        ASSERT_TRUE(same_bytes(*of_library, *of_oracle))
             << "update_ipAddress: ip " << visible(ip) << ", port " << visible(port);
     });
 }

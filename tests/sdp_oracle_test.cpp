@@ -101,7 +101,7 @@ Analysis compare_analyses(Random& random, const std::string& sdp)
         return ConnectionApi().analyze_sdp_file(sdp, switch_capable, current_format, switch_allowed,
                                                 &errors, &found);
     });
-    const Analysis of_oracle = analysis_of(before, [&](std::string& errors, sdp_str& found) {
+    Analysis of_oracle = analysis_of(before, [&](std::string& errors, sdp_str& found) {
         return oracle::analyze_sdp_file(sdp, switch_capable, current_format, switch_allowed, errors,
                                         found);
     });

@@ -89,7 +89,7 @@ std::string move_into_an_own_etc()
         if (std::string refusal = map_this_user(user, group); !refusal.empty())
             return refusal;
     }
-    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+    if (mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0)
         return because("mount --make-rprivate /");
     struct stat before = {};
     if (stat("/etc", &before) != 0)

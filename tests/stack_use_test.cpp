@@ -24,8 +24,8 @@
 
 namespace {
 
-constexpr std::size_t stack_size = 256 * 1024;
-constexpr std::size_t allowed = 16 * 1024;
+constexpr std::size_t stack_size = 256UL * 1024;
+constexpr std::size_t allowed = 16UL * 1024;
 constexpr unsigned char paint = 0xA5;
 
 struct Job

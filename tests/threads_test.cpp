@@ -52,6 +52,7 @@ TEST(Threads, OneSharedRecordAndRecordsOfTheirOwn)
     std::vector<int> differences(thread_count, 0);
 
     std::vector<std::thread> threads;
+    threads.reserve(thread_count);
     for (int i = 0; i < thread_count; ++i) {
         threads.emplace_back([&, i] {
             for (int round = 0; round < rounds; ++round) {

@@ -20,10 +20,11 @@ public:
     Nmos();
     ~Nmos();
 
-    /// Replaces every occurrence of `from` in `text` by `to`, left to right, in place, and returns
-    /// a copy of the result. What a replacement inserted is not searched again. An empty `from`
-    /// changes nothing. `text` is unchanged when it throws (std::bad_alloc, std::length_error).
-    std::string replaceAll(std::string& text, std::string from, std::string to);
+    /// Replaces every occurrence of `from` in `subject` by `to`, left to right, in place, and
+    /// returns a copy of the result. What a replacement inserted is not searched again. An empty
+    /// `from` changes nothing. `subject` is unchanged when it throws (std::bad_alloc,
+    /// std::length_error).
+    std::string replaceAll(std::string& subject, std::string from, std::string to);
 
     /// Listing of the server's root: "x-nmos/". Fixed text.
     std::string make_xnmos();

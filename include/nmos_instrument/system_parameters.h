@@ -12,7 +12,7 @@
 //
 //   address   four elements, one octet each, the first number of the dotted text first
 //   port      two elements, low byte then high byte: port = low | high << 8
-//   [4]       one entry for each of the IP streams 1 to 4
+//   [4]       one entry for each of the IP streams 1 to 4; texts show those of stream 1 only
 //   [4][4]    masks and addresses of audio: stream, then audio entry; only audio entry 0 is read
 //
 // Ports have a stride of 4 elements a stream (audio: 16), of which the first two are read. The

@@ -2,7 +2,6 @@
 //
 // The steps of a connection change, each alone. What a controller sees of them is tested over HTTP.
 
-#include <cstring>
 #include <memory>
 #include <string>
 
@@ -18,6 +17,7 @@
 #include "connection/validate_patch.h"
 #include "instrument/fill_records.h"
 #include "instrument/record_text.h"
+#include "same_bytes.h"
 
 namespace virtual_instrument {
 namespace {
@@ -35,7 +35,7 @@ protected:
     static ConnectionPatch parse(const json& document, Side side)
     {
         Findings findings;
-        const ConnectionPatch patch = parse_patch(document, side, findings);
+        ConnectionPatch patch = parse_patch(document, side, findings);
         EXPECT_EQ(findings.text(), "");
         return patch;
     }
@@ -93,7 +93,7 @@ TEST_F(ConnectionSteps, ValidateStageAndActivateLeaveTheirArgumentsAlone)
     const CONNECTION_HALF_IS05_ST half = stage_patch(staged, valid);
     const CONNECTION_HALF_IS05_ST active =
         activate_staged(half, receiver, {"activate_immediate", "null", "3:4"});
-    EXPECT_EQ(std::memcmp(before.get(), &records_->connections, sizeof(NMOS_IS05_ST)), 0);
+    EXPECT_TRUE(same_bytes(*before, records_->connections));
 
     EXPECT_EQ(half.master_enable, 1);
     EXPECT_EQ(text_of(half.transport_params[0].interface_ip), "auto");

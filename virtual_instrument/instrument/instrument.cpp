@@ -6,6 +6,7 @@
 #include <exception>
 #include <utility>
 
+#include <spdlog/fmt/fmt.h>
 #include <spdlog/spdlog.h>
 
 #include "connection/activate_staged.h"
@@ -251,8 +252,8 @@ bool Instrument::activate_due()
                 const TaiTime end = clock_();
                 remember(activations_, {name, mode, pending.due, end, ""});
                 const auto late = span_between(pending.due, end);
-                done.push_back("activated " + name + ": " + mode + " at " + due + ", " +
-                               std::to_string(late.count() / 1000) + " us late");
+                done.push_back(fmt::format("activated {}: {} at {}, {} us late", name, mode, due,
+                                           late.count() / 1000));
             } catch (const std::exception& error) {
                 remember(failures_, {name, mode, pending.due, clock_(), error.what()});
                 failed.push_back("activation of " + name +

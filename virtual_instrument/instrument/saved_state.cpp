@@ -19,8 +19,7 @@ constexpr int format_number = 1;
 json json_of(const CONNECTION_HALF_IS05_ST& half)
 {
     json legs = json::array();
-    for (std::size_t i = 0; i < leg_count; ++i) {
-        const CONNECTION_LEG_IS05_ST& leg = half.transport_params[i];
+    for (const CONNECTION_LEG_IS05_ST& leg : half.transport_params) {
         legs.push_back({{"source_ip", text_of(leg.source_ip)},
                         {"destination_ip", text_of(leg.destination_ip)},
                         {"interface_ip", text_of(leg.interface_ip)},

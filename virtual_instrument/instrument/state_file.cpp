@@ -80,7 +80,7 @@ void set_aside(const std::string& file, const std::string& why)
 }
 
 /// Larger than any state can be: a file of this size is something else.
-constexpr std::size_t size_limit = 16 * 1024 * 1024;
+constexpr std::size_t size_limit = 16UL * 1024 * 1024;
 
 } // namespace
 

@@ -16,7 +16,7 @@
 namespace virtual_instrument {
 namespace {
 
-constexpr std::size_t size_limit = 1024 * 1024;
+constexpr std::size_t size_limit = 1024UL * 1024;
 constexpr long time_limit_ms = 2000;
 constexpr long redirect_limit = 2;
 

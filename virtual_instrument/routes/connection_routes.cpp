@@ -22,7 +22,7 @@ ChangeOutcome patch_staged(Instrument& instrument, const ConnectionKey& key, con
     const ConnectionPatch patch = parse_patch(document, key.side, findings);
     if (findings.empty())
         return instrument.change(key, patch);
-    const ChangeOutcome refusal{400, "", "The parameters cannot be taken", findings.text()};
+    ChangeOutcome refusal{400, "", "The parameters cannot be taken", findings.text()};
     log_refusal(instrument.resource_name(key), refusal);
     return refusal;
 }
