@@ -29,7 +29,9 @@ struct Operation
     /// The text that the operation returns, or all that it gives back as one text.
     std::string (*call)(OperationInput& input);
     /// Whether it writes into the node's record.
-    bool writes_record;
+    bool writes_record = false;
+    /// Whether the text is JSON whatever stands in the records. (Listings show ids as they are.)
+    bool is_json = false;
 };
 
 std::span<const Operation> all_operations();
