@@ -2,6 +2,7 @@
 
 #include "http/server.h"
 
+#include <condition_variable>
 #include <mutex>
 #include <regex>
 #include <stdexcept>
@@ -330,12 +331,14 @@ TEST(HttpServer, SendsLongBodiesWhole)
 TEST(HttpServer, TellsTheLogAboutEachRequest)
 {
     std::mutex mutex;
+    std::condition_variable changed;
     std::vector<HttpAccess> accesses;
     HttpServerOptions options;
     options.body_deadline = 300ms;
     options.on_request = [&](const HttpAccess& access) {
         const std::lock_guard lock(mutex);
         accesses.push_back(access);
+        changed.notify_all();
         throw std::runtime_error("disk full");
     };
     HttpServer server(options, [](const HttpRequest&, const HttpReply& reply) {
@@ -347,6 +350,11 @@ TEST(HttpServer, TellsTheLogAboutEachRequest)
                 "PUT /%61 HTTP/1.1\r\nContent-Length: 1\r\n" + end_of_headers + "x");
     ASSERT_TRUE(client.receive_head());
     ASSERT_TRUE(client.receive_head());
+    {
+        // A request is told of when its answer is sent, so perhaps after the client has it.
+        std::unique_lock lock(mutex);
+        ASSERT_TRUE(changed.wait_for(lock, 5s, [&] { return accesses.size() == 2; }));
+    }
     {
         TestClient gone(server.port());
         gone.send("PUT /gone HTTP/1.1\r\nContent-Length: 9\r\n" + end_of_headers + "x");
