@@ -2,7 +2,7 @@
 
 #include "example_records.h"
 
-#include "clean_records.h"
+#include "support/clean_records.h"
 
 namespace {
 

@@ -13,9 +13,9 @@
 #include <nlohmann/json.hpp>
 
 #include "counted_heap.h"
-#include "example_node.h"
 #include "example_records.h"
 #include "json_events.h"
+#include "support/example_node.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <picojson.h>
 
 #include "fuzz_input.h"
-#include "json_writer.h"
+#include "json/json_writer.h"
 
 using namespace nmos_instrument;
 

@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "all_operations.h"
 #include "fuzz_input.h"
+#include "support/all_operations.h"
 
 /// Calls every operation on the input: it returns, or throws what it is documented to throw. What
 /// is to be JSON is JSON, whatever the input.

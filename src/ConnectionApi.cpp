@@ -4,15 +4,15 @@
 
 #include <cstddef>
 
-#include "connection_listings.h"
-#include "is05_bodies.h"
-#include "json_lists.h"
+#include "bodies/is05_bodies.h"
 #include "label_tables.h"
-#include "membership.h"
-#include "root_listing.h"
-#include "sdp_lines.h"
-#include "sdp_parser.h"
-#include "sdp_writer.h"
+#include "listings/connection_listings.h"
+#include "listings/root_listing.h"
+#include "records/membership.h"
+#include "sdp/sdp_lines.h"
+#include "sdp/sdp_parser.h"
+#include "sdp/sdp_writer.h"
+#include "json/json_lists.h"
 
 using namespace nmos_instrument;
 

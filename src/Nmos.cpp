@@ -5,12 +5,12 @@
 #include <cstddef>
 #include <fstream>
 
-#include "json_lists.h"
+#include "bodies/parameters_body.h"
 #include "label_tables.h"
-#include "membership.h"
-#include "parameters_body.h"
-#include "root_listing.h"
-#include "service_file.h"
+#include "listings/root_listing.h"
+#include "listings/service_file.h"
+#include "records/membership.h"
+#include "json/json_lists.h"
 
 using namespace nmos_instrument;
 

@@ -2,10 +2,10 @@
 
 #include "nmos_instrument/NodeApi.h"
 
-#include "is04_bodies.h"
-#include "json_lists.h"
+#include "bodies/is04_bodies.h"
 #include "label_tables.h"
-#include "root_listing.h"
+#include "listings/root_listing.h"
+#include "json/json_lists.h"
 
 using namespace nmos_instrument;
 

@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "is04_bodies.h"
-#include "json_lists.h"
+#include "bodies/is04_bodies.h"
 #include "label_tables.h"
-#include "number_text.h"
-#include "root_listing.h"
+#include "listings/root_listing.h"
+#include "text/number_text.h"
+#include "json/json_lists.h"
 
 using namespace nmos_instrument;
 

@@ -15,7 +15,7 @@
 
 int main(int argc, char** argv)
 {
-    using namespace virtual_instrument;
+    using namespace nmos_instrument::host;
 
     if (argc != 3) {
         std::cerr << "Usage: http_bench_server FILE THREADS\n";

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace virtual_instrument {
+namespace nmos_instrument::program {
 namespace {
 
 TEST(IndentJson, SpreadsMembersAndElementsOverLines)
@@ -63,4 +63,4 @@ TEST(IndentJson, ReturnsWhatIsNoJsonAsItIs)
 }
 
 } // namespace
-} // namespace virtual_instrument
+} // namespace nmos_instrument::program

@@ -7,7 +7,7 @@
 
 #include <gmock/gmock.h>
 
-namespace virtual_instrument {
+namespace nmos_instrument::program {
 namespace {
 
 using testing::ElementsAre;
@@ -182,4 +182,4 @@ TEST(JudgeSdp, TakesNoLongWhileOverALargeFile)
 }
 
 } // namespace
-} // namespace virtual_instrument
+} // namespace nmos_instrument::program

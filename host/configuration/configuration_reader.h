@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_CONFIGURATION_CONFIGURATION_READER_H
+#define NMOS_INSTRUMENT_HOST_CONFIGURATION_CONFIGURATION_READER_H
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "configuration/configuration_keys.h"
+#include "configuration/value_rules.h"
+
+namespace nmos_instrument::host {
+
+/// Visitor that takes values from parsed JSON. A key that is absent leaves its setting alone; one
+/// that cannot be used becomes a finding, and reading goes on.
+class ConfigurationReader
+{
+public:
+    /// `file` stands in front of every finding.
+    ConfigurationReader(const nlohmann::json& root, std::string file);
+
+    void text(std::string_view key, std::string& value, const TextRule& rule,
+              std::string_view explanation);
+    void text_or_null(std::string_view key, std::optional<std::string>& value, const TextRule& rule,
+                      std::string_view explanation);
+    void number(std::string_view key, int& value, int lowest, int highest,
+                std::string_view explanation);
+    void flag(std::string_view key, bool& value, std::string_view explanation);
+
+    template <class Meaning, std::size_t N>
+    void choice(std::string_view key, Meaning& value, const std::array<Choice<Meaning>, N>& choices,
+                std::string_view)
+    {
+        const nlohmann::json* const found = look_up(key);
+        if (found == nullptr)
+            return;
+        for (const Choice<Meaning>& choice : choices) {
+            if (*found == nlohmann::json::parse(choice.json)) {
+                value = choice.meaning;
+                return;
+            }
+        }
+        refuse(key, *found, list_of(choices));
+    }
+
+    template <class Body>
+    void object(std::string_view key, std::string_view, Body body)
+    {
+        enter_object(key);
+        body();
+        leave_object();
+    }
+
+    /// An array has as many entries as the instrument has of what it lists.
+    template <class Value, std::size_t N, class Body>
+    void array(std::string_view key, std::array<Value, N>& values, std::string_view, Body body)
+    {
+        enter_array(key, N);
+        for (std::size_t i = 0; i < N; ++i)
+            body(std::to_string(i), values[i]);
+        levels_.pop_back();
+    }
+
+    /// To be called when all keys have been visited.
+    void finish();
+
+    /// A finding that concerns values which are acceptable one by one.
+    void refuse_combination(const std::string& pointer, const std::string& what);
+
+    const std::vector<std::string>& findings() const { return findings_; }
+
+private:
+    struct Level
+    {
+        const nlohmann::json* value; ///< null when the file has nothing here
+        std::string pointer;
+        std::vector<std::string> known_keys;
+    };
+
+    const nlohmann::json* look_up(std::string_view key);
+    std::string pointer_to(std::string_view key) const;
+    void refuse(std::string_view key, const nlohmann::json& found, const std::string& allowed);
+    void enter_object(std::string_view key);
+    void leave_object();
+    void enter_array(std::string_view key, std::size_t size);
+
+    std::string file_;
+    std::vector<Level> levels_;
+    std::vector<std::string> findings_;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

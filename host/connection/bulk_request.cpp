@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "connection/bulk_request.h"
+
+#include "connection/json_place.h"
+#include "connection/parse_patch.h"
+
+namespace nmos_instrument::host {
+namespace {
+
+using nlohmann::json;
+
+void parse_entry(const JsonPlace& place, std::vector<BulkEntry>& entries)
+{
+    const json& value = place.value();
+    if (!value.is_object()) {
+        place.refuse("an object with id and params");
+        return;
+    }
+    for (const char* const name : {"id", "params"}) {
+        if (!value.contains(name))
+            place.say(std::string("\"") + name + "\" is missing");
+    }
+    for (const auto& [key, member] : value.items()) {
+        if (key == "id") {
+            if (!member.is_string() || !is_uuid(member.get_ref<const std::string&>()))
+                place.member(key, member).refuse("a UUID in lower case");
+        } else if (key != "params") {
+            place.member(key, member).say("unknown member, allowed: id, params");
+        }
+    }
+    if (value.contains("id") && value.contains("params") && value.at("id").is_string())
+        entries.push_back({value.at("id").get<std::string>(), &value.at("params")});
+}
+
+} // namespace
+
+std::vector<BulkEntry> parse_bulk_request(const json& document, Findings& findings)
+{
+    std::vector<BulkEntry> entries;
+    const JsonPlace place(document, findings);
+    if (!document.is_array()) {
+        place.refuse("an array of objects with id and params");
+        return entries;
+    }
+    for (std::size_t i = 0; i < document.size(); ++i)
+        parse_entry(place.element(i), entries);
+    return entries;
+}
+
+} // namespace nmos_instrument::host

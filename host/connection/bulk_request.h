@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_CONNECTION_BULK_REQUEST_H
+#define NMOS_INSTRUMENT_HOST_CONNECTION_BULK_REQUEST_H
+
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "connection/findings.h"
+
+namespace nmos_instrument::host {
+
+struct BulkEntry
+{
+    std::string id;
+    const nlohmann::json* params; ///< in the document
+};
+
+/// The entries of a bulk POST (v1.0-bulk-sender-post-schema.json); what "params" hold is not looked
+/// at. They count only when there is no finding. `document` must outlive them.
+std::vector<BulkEntry> parse_bulk_request(const nlohmann::json& document, Findings& findings);
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_CONNECTION_CONNECTION_FACTS_H
+#define NMOS_INSTRUMENT_HOST_CONNECTION_CONNECTION_FACTS_H
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include <nmos_instrument/nmos_instrument.h>
+
+#include "configuration/configuration.h"
+#include "configuration/resource_counts.h"
+#include "connection/connection_patch.h"
+
+namespace nmos_instrument::host {
+
+/// What is fixed about one sender or receiver: all that a change is measured by, beside its staged
+/// half.
+struct ConnectionFacts
+{
+    Side side = Side::sender;
+    /// Of each leg. A sender's "source_ip" and a receiver's "interface_ip" can be no other.
+    std::array<std::string, leg_count> interface_addresses;
+    std::array<std::string, leg_count> start_addresses; ///< senders: "auto" for "destination_ip"
+    std::vector<std::string> media_types;               ///< receivers, like "video/raw"
+    bool switch_capable = true;                         ///< between 2K and 4K
+    bool switch_allowed = true;
+    short current_format = 3; ///< as ConnectionApi::analyze_sdp_file takes it
+};
+
+ConnectionFacts facts_about(const Configuration& configuration, const NMOS_IS04_ST& node,
+                            const ConnectionKey& key);
+
+} // namespace nmos_instrument::host
+
+#endif

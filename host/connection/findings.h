@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_CONNECTION_FINDINGS_H
+#define NMOS_INSTRUMENT_HOST_CONNECTION_FINDINGS_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace nmos_instrument::host {
+
+/// What is wrong with a request. Any finding refuses all of it.
+class Findings
+{
+public:
+    /// `path`: JSON pointer (RFC 6901) of the value, "" for the whole document.
+    void add(std::string_view path, std::string_view what)
+    {
+        // Whoever gets this many wrong will not read more.
+        constexpr std::size_t most = 20;
+        if (++count_ > most)
+            return;
+        if (!text_.empty())
+            text_ += '\n';
+        text_ += path.empty() ? std::string_view("the document") : path;
+        text_ += ": ";
+        text_ += what;
+    }
+
+    bool empty() const { return count_ == 0; }
+
+    /// One line each.
+    const std::string& text() const { return text_; }
+
+private:
+    std::size_t count_ = 0;
+    std::string text_;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

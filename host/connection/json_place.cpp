@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "connection/json_place.h"
+
+#include "text/quoted_text.h"
+
+namespace nmos_instrument::host {
+
+void JsonPlace::refuse(std::string_view allowed) const
+{
+    findings_.add(path_, "found " + describe(value_) + ", allowed: " + std::string(allowed));
+}
+
+std::string JsonPlace::escaped(const std::string& key)
+{
+    // A long key is shown, not repeated: 1 MiB of it would come back in the answer.
+    constexpr std::size_t longest = 64;
+    if (key.size() > longest)
+        return in_quotes(key);
+    std::string text;
+    for (const char c : key) {
+        if (c == '~')
+            text += "~0";
+        else if (c == '/')
+            text += "~1";
+        else
+            text += c;
+    }
+    return text;
+}
+
+std::string describe(const nlohmann::json& value)
+{
+    if (value.is_string())
+        return in_quotes(value.get_ref<const std::string&>());
+    if (value.is_array())
+        return "an array of " + std::to_string(value.size());
+    if (value.is_object())
+        return "an object";
+    return value.dump();
+}
+
+} // namespace nmos_instrument::host

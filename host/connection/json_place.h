@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_CONNECTION_JSON_PLACE_H
+#define NMOS_INSTRUMENT_HOST_CONNECTION_JSON_PLACE_H
+
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+#include "connection/findings.h"
+
+namespace nmos_instrument::host {
+
+/// A value of a request, with its path and the place for what is wrong with it.
+class JsonPlace
+{
+public:
+    JsonPlace(const nlohmann::json& document, Findings& findings)
+        : value_(document), findings_(findings)
+    {}
+
+    const nlohmann::json& value() const { return value_; }
+
+    JsonPlace member(const std::string& key, const nlohmann::json& value) const
+    {
+        return {value, path_ + '/' + escaped(key), findings_};
+    }
+    JsonPlace element(std::size_t index) const
+    {
+        return {value_[index], path_ + '/' + std::to_string(index), findings_};
+    }
+
+    /// Refuses the value: says what was found and, in words, what is allowed.
+    void refuse(std::string_view allowed) const;
+
+    /// Refuses the value with the whole message.
+    void say(std::string_view what) const { findings_.add(path_, what); }
+
+private:
+    JsonPlace(const nlohmann::json& value, std::string path, Findings& findings)
+        : value_(value), path_(std::move(path)), findings_(findings)
+    {}
+
+    static std::string escaped(const std::string& key);
+
+    const nlohmann::json& value_;
+    std::string path_;
+    Findings& findings_;
+};
+
+/// A short text for a value; arrays and objects by their kind alone.
+std::string describe(const nlohmann::json& value);
+
+} // namespace nmos_instrument::host
+
+#endif

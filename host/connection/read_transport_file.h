@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_CONNECTION_READ_TRANSPORT_FILE_H
+#define NMOS_INSTRUMENT_HOST_CONNECTION_READ_TRANSPORT_FILE_H
+
+#include <array>
+#include <string>
+
+#include "configuration/resource_counts.h"
+#include "connection/connection_facts.h"
+#include "connection/connection_patch.h"
+
+namespace nmos_instrument::host {
+
+struct TransportFileReading
+{
+    /// Why a receiver does not take the file, one line each; empty when it does.
+    std::string refusal;
+    /// What the file says about each leg. A leg that it does not describe is switched off.
+    std::array<LegPatch, leg_count> legs;
+};
+
+/// What a receiver makes of an SDP file that a controller sent.
+TransportFileReading read_transport_file(const std::string& sdp, const ConnectionFacts& receiver);
+
+} // namespace nmos_instrument::host
+
+#endif

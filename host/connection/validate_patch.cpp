@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "connection/validate_patch.h"
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "connection/read_transport_file.h"
+#include "records/record_text.h"
+#include "text/quoted_text.h"
+
+namespace nmos_instrument::host {
+namespace {
+
+constexpr std::string_view sdp_type = "application/sdp";
+
+/// The parameters of `explicit_leg` win over those of `from_file` (IS-05 v1.0, PATCH of a
+/// receiver's staged).
+LegPatch merged(const LegPatch& from_file, const LegPatch& explicit_leg)
+{
+    LegPatch leg = from_file;
+    const auto prefer = [](auto& target, const auto& preferred) {
+        if (preferred)
+            target = preferred;
+    };
+    prefer(leg.source_ip, explicit_leg.source_ip);
+    prefer(leg.destination_ip, explicit_leg.destination_ip);
+    prefer(leg.interface_ip, explicit_leg.interface_ip);
+    prefer(leg.destination_port, explicit_leg.destination_port);
+    prefer(leg.source_port, explicit_leg.source_port);
+    prefer(leg.rtp_enabled, explicit_leg.rtp_enabled);
+    return leg;
+}
+
+/// A file that came by HTTP may hold any bytes; it is served again inside JSON.
+bool is_utf8(const std::string& text)
+{
+    try {
+        nlohmann::json(text).dump();
+        return true;
+    } catch (const nlohmann::json::exception&) {
+        return false;
+    }
+}
+
+class Validation
+{
+public:
+    Validation(const ConnectionPatch& patch, const ConnectionFacts& facts,
+               const CONNECTION_HALF_IS05_ST& staged, Findings& findings)
+        : patch_(patch), facts_(facts), staged_(staged), findings_(findings)
+    {}
+
+    ConnectionPatch run()
+    {
+        ConnectionPatch result = patch_;
+        if (patch_.transport_file)
+            apply_transport_file(*patch_.transport_file, result);
+        for (std::size_t i = 0; i < leg_count; ++i)
+            check_constraints(i, result.legs[i]);
+        return result;
+    }
+
+private:
+    void apply_transport_file(const TransportFilePatch& file, ConnectionPatch& result)
+    {
+        // IS-05 v1.0: both strings or both null, after the merge with what is staged.
+        const std::string data(
+            file.data.value_or(std::string(text_of(staged_.transport_file_data))));
+        const std::string type(
+            file.type.value_or(std::string(text_of(staged_.transport_file_type))));
+        if ((data == null_text) != (type == null_text)) {
+            findings_.add("/transport_file",
+                          "data and type must both be texts or both be null; data would be " +
+                              std::string(data == null_text ? "null" : "a text") + " and type " +
+                              (type == null_text ? "null" : in_quotes(type)));
+            return;
+        }
+        if (type != null_text && type != sdp_type) {
+            findings_.add("/transport_file/type", "found " + in_quotes(type) + ", allowed: " +
+                                                      in_quotes(sdp_type) + ", or null");
+            return;
+        }
+        // Only a file that is sent changes parameters, and null changes nothing else.
+        if (file.data && data != null_text)
+            read_file(data, result);
+    }
+
+    void read_file(const std::string& data, ConnectionPatch& result)
+    {
+        constexpr const char* path = "/transport_file/data";
+        constexpr std::size_t room = sizeof CONNECTION_HALF_IS05_ST::transport_file_data - 1;
+        if (data.size() > room) {
+            findings_.add(path, "found " + std::to_string(data.size()) +
+                                    " bytes, this instrument holds " + std::to_string(room));
+            return;
+        }
+        if (const std::size_t nul = data.find('\0'); nul != std::string::npos) {
+            findings_.add(path,
+                          "byte " + std::to_string(nul + 1) + " is NUL, which no SDP file has");
+            return;
+        }
+        if (!is_utf8(data)) {
+            findings_.add(path, "the bytes are not UTF-8, as JSON and SDP demand");
+            return;
+        }
+        const TransportFileReading reading = read_transport_file(data, facts_);
+        if (!reading.refusal.empty()) {
+            findings_.add(path, "this receiver does not take the file: " +
+                                    reading.refusal.substr(0, reading.refusal.size() - 1));
+            return;
+        }
+        for (std::size_t i = 0; i < leg_count; ++i) {
+            if (reading.legs[i].interface_ip && !patch_.legs[i].interface_ip)
+                interface_ip_from_file_[i] = true;
+            result.legs[i] = merged(reading.legs[i], patch_.legs[i]);
+        }
+    }
+
+    /// What the "constraints" of the sender or receiver say. "auto" is allowed wherever IS-05 has
+    /// it, whether or not the enumeration lists it.
+    void check_constraints(std::size_t index, const LegPatch& leg) const
+    {
+        const bool sender = facts_.side == Side::sender;
+        const std::optional<std::string>& address = sender ? leg.source_ip : leg.interface_ip;
+        const std::string& allowed = facts_.interface_addresses[index];
+        if (!address || *address == auto_text || *address == allowed)
+            return;
+        std::string path = "/transport_params/" + std::to_string(index) +
+                           (sender ? "/source_ip" : "/interface_ip");
+        std::string found = in_quotes(*address);
+        if (interface_ip_from_file_[index]) {
+            path = "/transport_file/data";
+            found = "the unicast address " + found + " for leg " + std::to_string(index + 1);
+        }
+        findings_.add(path,
+                      "found " + found + ", allowed: " + in_quotes(allowed) + ", or \"auto\"");
+    }
+
+    const ConnectionPatch& patch_;
+    const ConnectionFacts& facts_;
+    const CONNECTION_HALF_IS05_ST& staged_;
+    Findings& findings_;
+    std::array<bool, leg_count> interface_ip_from_file_{};
+};
+
+} // namespace
+
+ConnectionPatch validate_patch(const ConnectionPatch& patch, const ConnectionFacts& facts,
+                               const CONNECTION_HALF_IS05_ST& staged, Findings& findings)
+{
+    return Validation(patch, facts, staged, findings).run();
+}
+
+} // namespace nmos_instrument::host

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "http/connection_table.h"
+
+#include <utility>
+#include <vector>
+
+#include <sys/socket.h>
+
+#include "http/error_response.h"
+
+namespace nmos_instrument::host {
+
+namespace {
+
+void give_up(PendingAnswer& answer)
+{
+    answer.give(error_response(503, "The server is stopping"));
+}
+
+// Whether there is nothing more to read, ever.
+bool has_ended(int socket)
+{
+    char next;
+    return recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+}
+
+} // namespace
+
+Connection& ConnectionTable::add(int socket, std::string peer)
+{
+    const std::lock_guard lock(mutex_);
+    Connection& connection = connections_.emplace_back(socket, std::move(peer));
+    connection.place = std::prev(connections_.end());
+    if (watch_sleeps_)
+        watch_.notify_all();
+    return connection;
+}
+
+void ConnectionTable::remove(Connection& connection)
+{
+    std::list<Connection> removed;
+    const std::lock_guard lock(mutex_);
+    removed.splice(removed.begin(), connections_, connection.place);
+    if (connections_.empty())
+        emptied_.notify_all();
+}
+
+void ConnectionTable::end_overdue()
+{
+    const Connection::Clock::time_point now = Connection::Clock::now();
+    const std::lock_guard lock(mutex_);
+    for (Connection& connection : connections_) {
+        if (connection.deadline.load(std::memory_order_relaxed) <= now) {
+            // Its server thread sees the end and closes it.
+            shutdown(connection.socket, SHUT_RDWR);
+            connection.clear_deadline();
+        } else if (connection.has_answered.exchange(false) && has_ended(connection.socket)) {
+            // An end that comes with the request, libmicrohttpd is told about once and overlooks
+            // while it reads the request; this tells it again.
+            shutdown(connection.socket, SHUT_RD);
+        }
+    }
+}
+
+void ConnectionTable::end_idle()
+{
+    const std::lock_guard lock(mutex_);
+    for (const Connection& connection : connections_)
+        if (!connection.has_request)
+            shutdown(connection.socket, SHUT_RD);
+}
+
+bool ConnectionTable::wait_until_empty(std::chrono::milliseconds at_most)
+{
+    std::unique_lock lock(mutex_);
+    return emptied_.wait_for(lock, at_most, [this] { return connections_.empty(); });
+}
+
+void ConnectionTable::expect_late_answer(Connection& connection,
+                                         std::shared_ptr<PendingAnswer> answer)
+{
+    const std::lock_guard lock(mutex_);
+    if (gives_up_)
+        give_up(*answer);
+    else
+        connection.late_answer = std::move(answer);
+}
+
+void ConnectionTable::forget_late_answer(Connection& connection)
+{
+    const std::lock_guard lock(mutex_);
+    connection.late_answer.reset();
+}
+
+void ConnectionTable::give_up_late_answers()
+{
+    std::vector<std::shared_ptr<PendingAnswer>> answers;
+    {
+        const std::lock_guard lock(mutex_);
+        gives_up_ = true;
+        for (Connection& connection : connections_)
+            if (connection.late_answer)
+                answers.push_back(connection.late_answer);
+    }
+    for (const auto& answer : answers)
+        give_up(*answer);
+}
+
+bool ConnectionTable::wait_for_next_look(std::chrono::milliseconds interval)
+{
+    std::unique_lock lock(mutex_);
+    watch_sleeps_ = true;
+    watch_.wait(lock, [this] { return watch_closed_ || !connections_.empty(); });
+    watch_sleeps_ = false;
+    watch_.wait_for(lock, interval, [this] { return watch_closed_; });
+    return !watch_closed_;
+}
+
+void ConnectionTable::close_watch()
+{
+    const std::lock_guard lock(mutex_);
+    watch_closed_ = true;
+    watch_.notify_all();
+}
+
+} // namespace nmos_instrument::host

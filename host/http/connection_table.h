@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_HTTP_CONNECTION_TABLE_H
+#define NMOS_INSTRUMENT_HOST_HTTP_CONNECTION_TABLE_H
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "http/exchange.h"
+#include "http/pending_answer.h"
+
+namespace nmos_instrument::host {
+
+/// A client's connection. It belongs to its server thread, except for what is marked.
+struct Connection
+{
+    using Clock = std::chrono::steady_clock;
+
+    Connection(int its_socket, std::string its_peer) : socket(its_socket), peer(std::move(its_peer))
+    {}
+
+    void set_deadline(Clock::duration from_now)
+    {
+        deadline.store(Clock::now() + from_now, std::memory_order_relaxed);
+    }
+
+    void clear_deadline() { deadline.store(Clock::time_point::max(), std::memory_order_relaxed); }
+
+    const int socket;
+    const std::string peer;
+
+    /// From the headers' end until the answer has been sent.
+    std::unique_ptr<Exchange> exchange;
+    bool has_served = false; ///< a request before this one
+
+    // For every thread:
+    std::atomic<Clock::time_point> deadline{Clock::time_point::max()};
+    std::atomic<bool> has_request{false};  ///< from the request line until the answer has been sent
+    std::atomic<bool> has_answered{false}; ///< since the last look of the watchdog
+
+    // Under the table's lock:
+    std::shared_ptr<PendingAnswer> late_answer;
+    std::list<Connection>::iterator place;
+};
+
+/// All open connections, for those who end them from outside: the watchdog and stop().
+class ConnectionTable
+{
+public:
+    Connection& add(int socket, std::string peer);
+
+    /// Before the socket is closed: nobody may shut down the next owner of its number.
+    void remove(Connection& connection);
+
+    /// Ends the connections whose deadline has passed, and those whose client has finished sending and
+    /// has its answer.
+    void end_overdue();
+
+    /// Lets connections without a request read what has arrived, then end.
+    void end_idle();
+
+    /// Waits for the last connection to go; tells whether it has.
+    bool wait_until_empty(std::chrono::milliseconds at_most);
+
+    /// Makes the answer one of those that give_up_late_answers() gives; after that, gives it up at once.
+    void expect_late_answer(Connection& connection, std::shared_ptr<PendingAnswer> answer);
+    void forget_late_answer(Connection& connection);
+
+    /// Answers with 503 all those that are waited for, and those that will be.
+    void give_up_late_answers();
+
+    /// Waits for as long as there is no connection, then for `interval`; false once closed.
+    bool wait_for_next_look(std::chrono::milliseconds interval);
+    void close_watch();
+
+private:
+    std::mutex mutex_;
+    std::list<Connection> connections_;
+    std::condition_variable emptied_;
+    std::condition_variable watch_;
+    bool watch_sleeps_ = false; ///< until the next connection comes
+    bool watch_closed_ = false;
+    bool gives_up_ = false;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

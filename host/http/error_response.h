@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_HTTP_ERROR_RESPONSE_H
+#define NMOS_INSTRUMENT_HOST_HTTP_ERROR_RESPONSE_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "http/message.h"
+
+namespace nmos_instrument::host {
+
+/// `{"code":404,"error":"...","debug":"..."}`, the body of every error in IS-04 and IS-05; debug is
+/// null when there is none. Bytes that are not UTF-8 become U+FFFD, so that what a client sent may be
+/// quoted.
+std::string error_body(int code, std::string_view error,
+                       const std::optional<std::string>& debug = std::nullopt);
+
+/// The answer with that body and the status `code`.
+HttpResponse error_response(int code, std::string_view error,
+                            const std::optional<std::string>& debug = std::nullopt);
+
+} // namespace nmos_instrument::host
+
+#endif

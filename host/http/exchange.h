@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_HTTP_EXCHANGE_H
+#define NMOS_INSTRUMENT_HOST_HTTP_EXCHANGE_H
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+
+#include "http/message.h"
+#include "http/pending_answer.h"
+
+namespace nmos_instrument::host {
+
+/// One request on its way in and its answer on its way out, on the connection's server thread.
+struct Exchange
+{
+    HttpRequest request;
+    bool is_head = false;
+
+    /// Instead of asking the handler; what still arrives of the body is thrown away.
+    std::optional<HttpResponse> refusal;
+
+    /// Once the handler has been asked.
+    std::shared_ptr<PendingAnswer> answer;
+    bool is_late = false;
+
+    int status = 0; ///< of the queued answer
+    std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+};
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_HTTP_MESSAGE_H
+#define NMOS_INSTRUMENT_HOST_HTTP_MESSAGE_H
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace nmos_instrument::host {
+
+/// A request whose body has arrived in full.
+struct HttpRequest
+{
+    /// As received; methods are case-sensitive (RFC 9110 9.1). HEAD arrives as GET.
+    std::string method;
+
+    /// As received, with three exceptions: the query is cut off, so are the scheme and host of an
+    /// absolute target, and a percent-encoded letter, digit, "-", ".", "_" or "~" is decoded, because
+    /// RFC 3986 6.2.2.2 makes both spellings the same path. Everything else stays encoded: "%2F" is no
+    /// slash and "%00" no end. OPTIONS may have "*".
+    std::string path;
+
+    /// As received, with its parameters; nothing when there is no such header.
+    std::optional<std::string> content_type;
+
+    /// Any bytes, NUL too.
+    std::string body;
+
+    /// Address and port of the client, such as "192.168.1.20:50123".
+    std::string peer;
+};
+
+/// Content-Length, Date, Connection and `Access-Control-Allow-Origin: *` are added by the server.
+struct HttpResponse
+{
+    int status = 200;
+
+    /// Sent as it stands; empty: no such header.
+    std::string content_type = "application/json";
+
+    std::string body;
+
+    /// Further headers, such as Allow. A line break in one makes the answer a 500.
+    std::vector<std::pair<std::string, std::string>> headers;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_HTTP_PENDING_ANSWER_H
+#define NMOS_INSTRUMENT_HOST_HTTP_PENDING_ANSWER_H
+
+#include <mutex>
+#include <optional>
+
+#include "http/message.h"
+
+struct MHD_Connection;
+
+namespace nmos_instrument::host {
+
+/// Where whoever gives the answer and the connection's server thread meet. The one may come long after
+/// the other has left: then the connection is suspended, so that it costs nothing until the answer
+/// resumes it.
+class PendingAnswer
+{
+public:
+    explicit PendingAnswer(MHD_Connection* connection) : connection_(connection) {}
+
+    /// From any thread; only the first answer counts, and none once the request has ended.
+    void give(HttpResponse response);
+    bool is_given();
+
+    /// On the server thread: the answer if there is one.
+    std::optional<HttpResponse> take();
+
+    /// On the server thread: the answer, or nothing and the connection is suspended until it comes.
+    std::optional<HttpResponse> take_or_suspend();
+
+    /// On the server thread: the request has ended, the connection must not be touched any more.
+    void end();
+
+private:
+    std::mutex mutex_;
+    MHD_Connection* connection_;
+    std::optional<HttpResponse> response_;
+    bool given_ = false;
+    bool suspended_ = false;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_HTTP_QUEUE_RESPONSE_H
+#define NMOS_INSTRUMENT_HOST_HTTP_QUEUE_RESPONSE_H
+
+#include "http/message.h"
+
+struct MHD_Connection;
+
+namespace nmos_instrument::host {
+
+enum class AfterAnswer
+{
+    keep_connection, ///< as the client wishes
+    close_connection
+};
+
+/// Hands the answer to libmicrohttpd, its body without a copy. Gives the status that is sent: 500 in
+/// place of an answer that HTTP does not allow; 0 when memory is short and nothing can be sent.
+int queue_response(MHD_Connection* connection, HttpResponse response, AfterAnswer after);
+
+} // namespace nmos_instrument::host
+
+#endif

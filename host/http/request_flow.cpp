@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "http/request_flow.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <optional>
+#include <utility>
+
+#include <strings.h>
+
+#include "http/error_response.h"
+#include "http/queue_response.h"
+#include "http/report.h"
+#include "http/request_path.h"
+
+namespace nmos_instrument::host {
+
+namespace {
+
+const char* header(MHD_Connection* connection, const char* name)
+{
+    return MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);
+}
+
+// True: the client sends the body only after "100 Continue".
+bool waits_before_body(MHD_Connection* connection)
+{
+    const char* expectation = header(connection, MHD_HTTP_HEADER_EXPECT);
+    return expectation != nullptr && strcasecmp(expectation, "100-continue") == 0;
+}
+
+// 0 for a chunked body. A malformed length never comes here.
+unsigned long long announced_length(MHD_Connection* connection)
+{
+    const char* length = header(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);
+    if (length == nullptr || header(connection, MHD_HTTP_HEADER_TRANSFER_ENCODING) != nullptr)
+        return 0;
+    return std::strtoull(length, nullptr, 10);
+}
+
+// Whoever keeps the reply shares this; when all have gone without an answer, that is the answer.
+class LastReply
+{
+public:
+    explicit LastReply(std::shared_ptr<PendingAnswer> answer) : answer_(std::move(answer)) {}
+
+    ~LastReply()
+    {
+        if (answer_->is_given())
+            return;
+        try {
+            answer_->give(error_response(500, "Internal error", "the request was not answered"));
+        } catch (...) {
+            // Memory is short; the client's patience or stop() ends the connection.
+        }
+    }
+
+    LastReply(const LastReply&) = delete;
+    LastReply& operator=(const LastReply&) = delete;
+
+    void give(HttpResponse response) { answer_->give(std::move(response)); }
+
+private:
+    std::shared_ptr<PendingAnswer> answer_;
+};
+
+} // namespace
+
+MHD_Result RequestFlow::begin(Connection& connection, MHD_Connection* mhd, const char* target,
+                              const char* method)
+{
+    connection.exchange = std::make_unique<Exchange>();
+    Exchange& exchange = *connection.exchange;
+    HttpRequest& request = exchange.request;
+    exchange.is_head = std::strcmp(method, MHD_HTTP_METHOD_HEAD) == 0;
+    request.method = exchange.is_head ? MHD_HTTP_METHOD_GET : method;
+    request.path = request_path(target);
+    if (const char* type = header(mhd, MHD_HTTP_HEADER_CONTENT_TYPE))
+        request.content_type = type;
+    request.peer = connection.peer;
+    connection.set_deadline(options_.body_deadline);
+
+    const char* coding = header(mhd, MHD_HTTP_HEADER_TRANSFER_ENCODING);
+    if (coding != nullptr && strcasecmp(coding, "chunked") != 0) {
+        // Its end could not be found; libmicrohttpd closes the connection after such an answer.
+        return send(connection, mhd,
+                    error_response(501, "Transfer coding not understood",
+                                   std::string(coding) + ": only chunked is"));
+    }
+    if (announced_length(mhd) > options_.body_limit) {
+        if (waits_before_body(mhd))
+            return send(connection, mhd, too_long());
+        exchange.refusal = too_long();
+    }
+    return MHD_YES;
+}
+
+void RequestFlow::take_body(Exchange& exchange, const char* data, std::size_t size)
+{
+    if (exchange.refusal)
+        return;
+    std::string& body = exchange.request.body;
+    if (size > options_.body_limit - body.size()) {
+        release_body(exchange);
+        exchange.refusal = too_long();
+        return;
+    }
+    if (body_memory_.fetch_add(size) + size > options_.body_memory) {
+        body_memory_ -= size;
+        release_body(exchange);
+        exchange.refusal = error_response(503, "Too many request bodies at once");
+        return;
+    }
+    try {
+        body.append(data, size);
+    } catch (...) {
+        body_memory_ -= size;
+        throw;
+    }
+}
+
+HttpResponse RequestFlow::too_long() const
+{
+    return error_response(413, "Request body too long",
+                          "more than " + std::to_string(options_.body_limit) + " bytes");
+}
+
+void RequestFlow::release_body(Exchange& exchange)
+{
+    std::string& body = exchange.request.body;
+    body_memory_ -= body.size();
+    std::string().swap(body);
+}
+
+MHD_Result RequestFlow::finish(Connection& connection, MHD_Connection* mhd)
+{
+    Exchange& exchange = *connection.exchange;
+    if (exchange.refusal)
+        return send(connection, mhd, std::move(*exchange.refusal));
+    if (!exchange.answer) {
+        connection.clear_deadline(); // the handler's time is not the client's
+        exchange.answer = ask_handler(exchange.request, mhd);
+        release_body(exchange);
+    }
+    std::optional<HttpResponse> response = exchange.answer->take();
+    if (!response && !exchange.is_late) {
+        // Suspended now, the connection would still be marked for reading when it is resumed, and
+        // libmicrohttpd would drop a client that has shut down its sending side meanwhile. A round
+        // without an answer takes the mark away, and leads here again at once.
+        exchange.is_late = true;
+        connections_.expect_late_answer(connection, exchange.answer);
+        return MHD_YES;
+    }
+    if (!response)
+        response = exchange.answer->take_or_suspend();
+    return response ? send(connection, mhd, std::move(*response)) : MHD_YES;
+}
+
+std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const HttpRequest& request,
+                                                        MHD_Connection* mhd)
+{
+    auto answer = std::make_shared<PendingAnswer>(mhd);
+    const auto fail = [&](const char* what) {
+        report(options_.on_failure, request.method + ' ' + request.path + ": " + what);
+        answer->give(error_response(500, "Internal error", what));
+    };
+    // Kept until an exception is reported: unwinding takes the handler's own copy first.
+    const auto last = std::make_shared<LastReply>(answer);
+    try {
+        handler_(request, [last](HttpResponse response) { last->give(std::move(response)); });
+    } catch (const std::exception& error) {
+        fail(error.what());
+    } catch (...) {
+        fail("an exception of unknown type");
+    }
+    return answer;
+}
+
+MHD_Result RequestFlow::send(Connection& connection, MHD_Connection* mhd, HttpResponse response)
+{
+    connection.set_deadline(options_.answer_deadline);
+    const AfterAnswer after =
+        stopping_ ? AfterAnswer::close_connection : AfterAnswer::keep_connection;
+    connection.exchange->status = queue_response(mhd, std::move(response), after);
+    return connection.exchange->status == 0 ? MHD_NO : MHD_YES;
+}
+
+void RequestFlow::end(Connection& connection, MHD_RequestTerminationCode how)
+{
+    if (const std::unique_ptr<Exchange> exchange = std::move(connection.exchange)) {
+        release_body(*exchange);
+        if (exchange->answer)
+            exchange->answer->end();
+        if (exchange->is_late)
+            connections_.forget_late_answer(connection);
+        if (options_.on_request) {
+            HttpRequest& request = exchange->request;
+            const auto duration = std::chrono::steady_clock::now() - exchange->begin;
+            report(options_.on_request,
+                   HttpAccess{exchange->is_head ? MHD_HTTP_METHOD_HEAD : std::move(request.method),
+                              std::move(request.path), std::move(request.peer),
+                              how == MHD_REQUEST_TERMINATED_COMPLETED_OK ? exchange->status : 0,
+                              std::chrono::duration_cast<std::chrono::microseconds>(duration)});
+        }
+    }
+    connection.has_served = true;
+    connection.has_request = false;
+    connection.has_answered = true;
+    connection.set_deadline(options_.idle_deadline);
+}
+
+} // namespace nmos_instrument::host

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_HTTP_REQUEST_FLOW_H
+#define NMOS_INSTRUMENT_HOST_HTTP_REQUEST_FLOW_H
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+#include <microhttpd.h>
+
+#include "http/connection_table.h"
+#include "http/exchange.h"
+#include "http/message.h"
+#include "http/pending_answer.h"
+#include "http/server.h"
+
+namespace nmos_instrument::host {
+
+/// What happens from the end of a request's headers to the last byte of its answer, on the server
+/// thread of its connection. libmicrohttpd's result says whether the connection goes on.
+class RequestFlow
+{
+public:
+    /// All but the handler must outlive it. Once `stopping` holds, an answer is a connection's last.
+    RequestFlow(const HttpServerOptions& options, HttpHandler handler, ConnectionTable& connections,
+                const std::atomic<bool>& stopping)
+        : options_(options),
+          handler_(std::move(handler)),
+          connections_(connections),
+          stopping_(stopping)
+    {}
+
+    /// The headers are complete.
+    MHD_Result begin(Connection& connection, MHD_Connection* mhd, const char* target,
+                     const char* method);
+
+    /// A piece of the body.
+    void take_body(Exchange& exchange, const char* data, std::size_t size);
+
+    /// The request is complete, or its late answer has come.
+    MHD_Result finish(Connection& connection, MHD_Connection* mhd);
+
+    /// The answer has been handed over, or the connection has ended before.
+    void end(Connection& connection, MHD_RequestTerminationCode how);
+
+private:
+    std::shared_ptr<PendingAnswer> ask_handler(const HttpRequest& request, MHD_Connection* mhd);
+    MHD_Result send(Connection& connection, MHD_Connection* mhd, HttpResponse response);
+    HttpResponse too_long() const;
+    void release_body(Exchange& exchange);
+
+    const HttpServerOptions& options_;
+    HttpHandler handler_;
+    ConnectionTable& connections_;
+    const std::atomic<bool>& stopping_;
+    std::atomic<std::size_t> body_memory_{0};
+};
+
+} // namespace nmos_instrument::host
+
+#endif

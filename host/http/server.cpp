@@ -1,0 +1,286 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "http/server.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <arpa/inet.h>
+#include <microhttpd.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include "http/all_signals_blocked.h"
+#include "http/connection_table.h"
+#include "http/listening_socket.h"
+#include "http/open_file_limit.h"
+#include "http/report.h"
+#include "http/request_flow.h"
+
+namespace nmos_instrument::host {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+// Headers and one piece of a body; libmicrohttpd clears as much after each request.
+constexpr std::intptr_t connection_memory = std::intptr_t{16} * 1024;
+
+// What stop() adds to its deadline, so that those who are given up get to know.
+constexpr milliseconds farewell{250};
+
+std::string peer_text(const sockaddr* address)
+{
+    std::array<char, INET_ADDRSTRLEN> text{};
+    sockaddr_in peer{};
+    std::memcpy(&peer, address, sizeof peer);
+    inet_ntop(AF_INET, &peer.sin_addr, text.data(), text.size());
+    return std::string(text.data()) + ':' + std::to_string(ntohs(peer.sin_port));
+}
+
+} // namespace
+
+class HttpServer::Daemon
+{
+public:
+    Daemon(HttpServerOptions options, HttpHandler handler);
+    ~Daemon() { stop(); }
+
+    std::uint16_t port() const { return port_; }
+    unsigned connection_limit() const { return options_.connection_limit; }
+    void stop();
+
+private:
+    // libmicrohttpd's callbacks: each finds its daemon in the first parameter and lets no exception
+    // out.
+    static MHD_Result on_arrival(void* self, const sockaddr* address, socklen_t length);
+    static void on_connection(void* self, MHD_Connection* connection, void** context,
+                              MHD_ConnectionNotificationCode what);
+    static void* on_request_line(void* self, const char* target, MHD_Connection* connection);
+    static size_t leave_encoded(void* self, MHD_Connection* connection, char* text);
+    static MHD_Result on_request(void* self, MHD_Connection* connection, const char* target,
+                                 const char* method, const char* version, const char* data,
+                                 size_t* size, void** context);
+    static void on_request_end(void* self, MHD_Connection* connection, void** context,
+                               MHD_RequestTerminationCode how);
+    static void on_remark(void* self, const char* format, va_list arguments);
+
+    MHD_Daemon* start(int listening_socket);
+    void watch();
+    milliseconds watch_interval() const;
+
+    HttpServerOptions options_;
+    std::uint16_t port_ = 0;
+    std::atomic<bool> stopping_{false};
+    ConnectionTable connections_;
+    RequestFlow flow_;
+    std::mutex stop_mutex_;
+    MHD_Daemon* daemon_ = nullptr;
+    std::thread watchdog_;
+};
+
+HttpServer::Daemon::Daemon(HttpServerOptions options, HttpHandler handler)
+    : options_(std::move(options)), flow_(options_, std::move(handler), connections_, stopping_)
+{
+    options_.threads = std::max(options_.threads, 1U);
+    options_.connection_limit =
+        std::max(make_room_for_connections(options_.connection_limit), options_.threads);
+    const ListeningSocket listening = listen_on(options_.address, options_.port);
+    port_ = listening.port;
+
+    const AllSignalsBlocked inherited_by_threads;
+    daemon_ = start(listening.descriptor);
+    if (daemon_ == nullptr) // the socket may be closed or not, depending on what failed
+        throw std::runtime_error("libmicrohttpd does not start");
+    try {
+        watchdog_ = std::thread([this] { watch(); });
+    } catch (...) {
+        stop();
+        throw;
+    }
+}
+
+MHD_Daemon* HttpServer::Daemon::start(int listening_socket)
+{
+    // The logger first, so that it hears about the options after it. No time-out of libmicrohttpd's:
+    // every byte would begin it anew.
+    std::vector<MHD_OptionItem> settings{
+        {MHD_OPTION_EXTERNAL_LOGGER, reinterpret_cast<std::intptr_t>(&on_remark), this},
+        {MHD_OPTION_LISTEN_SOCKET, listening_socket, nullptr},
+        {MHD_OPTION_CONNECTION_LIMIT, options_.connection_limit, nullptr},
+        {MHD_OPTION_PER_IP_CONNECTION_LIMIT, options_.connections_per_address, nullptr},
+        {MHD_OPTION_CONNECTION_MEMORY_LIMIT, connection_memory, nullptr},
+        {MHD_OPTION_CONNECTION_TIMEOUT, 0, nullptr},
+        {MHD_OPTION_STRICT_FOR_CLIENT, 1, nullptr},
+        {MHD_OPTION_NOTIFY_CONNECTION, reinterpret_cast<std::intptr_t>(&on_connection), this},
+        {MHD_OPTION_NOTIFY_COMPLETED, reinterpret_cast<std::intptr_t>(&on_request_end), this},
+        {MHD_OPTION_URI_LOG_CALLBACK, reinterpret_cast<std::intptr_t>(&on_request_line), this},
+        {MHD_OPTION_UNESCAPE_CALLBACK, reinterpret_cast<std::intptr_t>(&leave_encoded), this}};
+    if (options_.threads > 1) // a pool of one would be a remark in the log
+        settings.push_back({MHD_OPTION_THREAD_POOL_SIZE, options_.threads, nullptr});
+    settings.push_back({MHD_OPTION_END, 0, nullptr});
+    return MHD_start_daemon(MHD_USE_EPOLL | MHD_USE_INTERNAL_POLLING_THREAD |
+                                MHD_ALLOW_SUSPEND_RESUME | MHD_USE_ERROR_LOG,
+                            0, &on_arrival, this, &on_request, this, //
+                            MHD_OPTION_ARRAY, settings.data(), MHD_OPTION_END);
+}
+
+void HttpServer::Daemon::stop()
+{
+    const std::lock_guard lock(stop_mutex_);
+    if (daemon_ == nullptr)
+        return;
+    // Quiescing libmicrohttpd would race with its own threads over the listening socket and may abort
+    // the process, so arrivals are turned away instead.
+    stopping_ = true;
+    const auto end = std::chrono::steady_clock::now() + options_.stop_deadline;
+    do
+        connections_.end_idle();
+    while (!connections_.wait_until_empty(milliseconds(10)) &&
+           std::chrono::steady_clock::now() < end);
+
+    // libmicrohttpd aborts the process when it is stopped with suspended connections.
+    connections_.give_up_late_answers();
+    connections_.wait_until_empty(farewell);
+
+    connections_.close_watch();
+    if (watchdog_.joinable())
+        watchdog_.join();
+    MHD_stop_daemon(daemon_);
+    daemon_ = nullptr;
+}
+
+void HttpServer::Daemon::watch()
+{
+    while (connections_.wait_for_next_look(watch_interval()))
+        connections_.end_overdue();
+}
+
+milliseconds HttpServer::Daemon::watch_interval() const
+{
+    const milliseconds shortest = std::min({options_.header_deadline, options_.body_deadline,
+                                            options_.answer_deadline, options_.idle_deadline});
+    return std::clamp(shortest / 8, milliseconds(5), milliseconds(250));
+}
+
+MHD_Result HttpServer::Daemon::on_arrival(void* self, const sockaddr*, socklen_t)
+{
+    return static_cast<Daemon*>(self)->stopping_ ? MHD_NO : MHD_YES;
+}
+
+void HttpServer::Daemon::on_connection(void* self, MHD_Connection* connection, void** context,
+                                       MHD_ConnectionNotificationCode what)
+{
+    auto& daemon = *static_cast<Daemon*>(self);
+    if (what == MHD_CONNECTION_NOTIFY_CLOSED) {
+        if (*context != nullptr)
+            daemon.connections_.remove(*static_cast<Connection*>(*context));
+        *context = nullptr;
+        return;
+    }
+    const int socket =
+        MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+    try {
+        const sockaddr* peer =
+            MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr;
+        Connection& added = daemon.connections_.add(socket, peer_text(peer));
+        added.set_deadline(daemon.options_.header_deadline);
+        *context = &added;
+    } catch (...) {
+        // Nobody would look after its deadlines.
+        shutdown(socket, SHUT_RDWR);
+    }
+}
+
+// What this gives is the context of the request's other callbacks.
+void* HttpServer::Daemon::on_request_line(void* self, const char*, MHD_Connection* connection)
+{
+    auto* ours = static_cast<Connection*>(
+        MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
+    if (ours != nullptr) {
+        ours->has_request = true;
+        if (ours->has_served)
+            ours->set_deadline(static_cast<Daemon*>(self)->options_.header_deadline);
+    }
+    return ours;
+}
+
+// Decoding here would make "%00" the end of the path and "%2F" a slash; see request_path.
+size_t HttpServer::Daemon::leave_encoded(void*, MHD_Connection*, char* text)
+{
+    return std::strlen(text);
+}
+
+// Called once when the headers are complete, once for each piece of the body, once when the request is,
+// and once more when a late answer has resumed the connection. An answer must not be queued while
+// pieces come.
+MHD_Result HttpServer::Daemon::on_request(void* self, MHD_Connection* connection,
+                                          const char* target, const char* method, const char*,
+                                          const char* data, size_t* size, void** context)
+{
+    auto& daemon = *static_cast<Daemon*>(self);
+    if (*context == nullptr)
+        return MHD_NO;
+    Connection& ours = *static_cast<Connection*>(*context);
+    try {
+        if (!ours.exchange)
+            return daemon.flow_.begin(ours, connection, target, method);
+        if (*size == 0)
+            return daemon.flow_.finish(ours, connection);
+        daemon.flow_.take_body(*ours.exchange, data, std::exchange(*size, 0));
+        return MHD_YES;
+    } catch (const std::exception& error) {
+        report(daemon.options_.on_failure, error.what());
+        return MHD_NO;
+    }
+}
+
+void HttpServer::Daemon::on_request_end(void* self, MHD_Connection*, void** context,
+                                        MHD_RequestTerminationCode how)
+{
+    if (*context != nullptr)
+        static_cast<Daemon*>(self)->flow_.end(*static_cast<Connection*>(*context), how);
+    *context = nullptr;
+}
+
+void HttpServer::Daemon::on_remark(void* self, const char* format, va_list arguments)
+{
+    std::array<char, 512> text{};
+    // A remark that is too long loses its end.
+    static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));
+    text[std::strcspn(text.data(), "\n")] = '\0';
+    report(static_cast<Daemon*>(self)->options_.on_diagnostic, text.data());
+}
+
+HttpServer::HttpServer(HttpServerOptions options, HttpHandler handler)
+    : daemon_(std::make_unique<Daemon>(std::move(options), std::move(handler)))
+{}
+
+HttpServer::~HttpServer() = default;
+
+std::uint16_t HttpServer::port() const
+{
+    return daemon_->port();
+}
+
+unsigned HttpServer::connection_limit() const
+{
+    return daemon_->connection_limit();
+}
+
+void HttpServer::stop()
+{
+    daemon_->stop();
+}
+
+} // namespace nmos_instrument::host

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// An HTTP/1.1 server around libmicrohttpd: whole requests in, whole answers out.
+//
+//     HttpServer server(options, [](const HttpRequest& request, HttpReply reply) {
+//         reply(HttpResponse{.body = "[\"self/\"]"});
+//     });
+//
+// Clients cost a connection, never a thread: one that is slow, idle or waiting for a late answer
+// keeps no other from its own.
+
+#ifndef NMOS_INSTRUMENT_HOST_HTTP_SERVER_H
+#define NMOS_INSTRUMENT_HOST_HTTP_SERVER_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "http/message.h"
+
+namespace nmos_instrument::host {
+
+/// Gives the answer: once, from any thread, before the handler returns or at any time after, even
+/// when the server is gone. Calls after the first do nothing. When the last copy goes away uncalled,
+/// the client gets a 500.
+using HttpReply = std::function<void(HttpResponse)>;
+
+/// Called on a server thread, on several at once. It must not wait, for another HTTP request least of
+/// all: whoever needs time keeps the reply and returns. The request is gone then, so copy what you
+/// need of it. An exception becomes a 500 with its text.
+using HttpHandler = std::function<void(const HttpRequest&, HttpReply)>;
+
+/// One finished request, for a log.
+struct HttpAccess
+{
+    std::string method; ///< as received, HEAD too
+    std::string path;   ///< as in HttpRequest
+    std::string peer;
+    int status; ///< 0: the client went away before its answer
+    std::chrono::microseconds
+        duration; ///< from the end of the headers to the last byte handed over
+};
+
+struct HttpServerOptions
+{
+    std::string address = "127.0.0.1"; ///< IPv4; "0.0.0.0" for every interface
+    std::uint16_t port = 0;            ///< 0: any free one
+    unsigned threads = 2;
+
+    /// The limit of open files is raised for it as far as the system allows, see
+    /// HttpServer::connection_limit. Who comes when it is reached waits in the listen queue.
+    unsigned connection_limit = 4096;
+
+    /// Connections above it are closed at once; 0: no limit.
+    unsigned connections_per_address = 2048;
+
+    std::size_t body_limit = std::size_t{1024} * 1024; ///< longer: 413
+
+    /// All bodies on their way in, together; who would exceed it gets a 503.
+    std::size_t body_memory = std::size_t{64} * 1024 * 1024;
+
+    // The connection is ended when a deadline has passed, however regularly bytes trickle. 0 ends
+    // everything at once: there is no value for "never".
+    std::chrono::milliseconds header_deadline{
+        10'000};                                     ///< connected, or request line, to header end
+    std::chrono::milliseconds body_deadline{30'000}; ///< header end to body end
+    std::chrono::milliseconds answer_deadline{30'000}; ///< reply to the last byte accepted
+    std::chrono::milliseconds idle_deadline{30'000};   ///< answer to the next request line
+
+    /// What stop() leaves to requests that run; then they are answered with 503.
+    std::chrono::milliseconds stop_deadline{1'500};
+
+    // For a log. All may be called on several threads at once; exceptions are swallowed.
+    std::function<void(const HttpAccess&)> on_request;
+    std::function<void(const std::string&)> on_failure;    ///< what became a 500, and where
+    std::function<void(const std::string&)> on_diagnostic; ///< libmicrohttpd's own remarks
+};
+
+class HttpServer
+{
+public:
+    /// Accepts connections when it returns. Throws std::system_error whose text names the address and
+    /// port that cannot be served, std::invalid_argument for an address that is not IPv4.
+    HttpServer(HttpServerOptions options, HttpHandler handler);
+
+    /// Stops.
+    ~HttpServer();
+
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
+
+    std::uint16_t port() const;
+
+    /// The option, or less where the system grants fewer open files.
+    unsigned connection_limit() const;
+
+    /// Accepts nothing more, closes idle connections, finishes what runs within the stop deadline and
+    /// closes the rest; when it returns no handler runs and none will. Further calls do nothing. Not
+    /// to be called by a handler or a callback: they run on the threads it waits for.
+    void stop();
+
+private:
+    class Daemon;
+    std::unique_ptr<Daemon> daemon_;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

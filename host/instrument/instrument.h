@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The instrument at run time: the one owner of the records, behind one lock. The lock is held while
+// records are read or changed, never during input or output.
+
+#ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_INSTRUMENT_H
+#define NMOS_INSTRUMENT_HOST_INSTRUMENT_INSTRUMENT_H
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "configuration/configuration.h"
+#include "connection/connection_facts.h"
+#include "connection/connection_patch.h"
+#include "connection/stage_patch.h"
+#include "instrument/saved_state.h"
+#include "records/fill_records.h"
+#include "records/resource_index.h"
+#include "time/tai_time.h"
+
+namespace nmos_instrument::host {
+
+/// How a change of a connection ended.
+struct ChangeOutcome
+{
+    int status = 200; ///< 200, 202, 400, 423 or 500
+    std::string body; ///< of 200 and 202: the whole staged parameters
+    std::string error;
+    std::string debug;
+};
+
+/// One line in the log about a change that was refused, by the instrument or before it came there.
+void log_refusal(const std::string& resource, const ChangeOutcome& outcome);
+
+/// An activation that took place, or failed.
+struct ActivationReport
+{
+    std::string resource; ///< "receivers/<id>"
+    std::string mode;
+    TaiTime due;     ///< when it was to happen; of an immediate one when it was asked for
+    TaiTime done;    ///< when it happened
+    std::string why; ///< of a failure
+};
+
+struct PendingActivation
+{
+    std::string resource;
+    std::string mode;
+    TaiTime due;
+};
+
+struct InstrumentStatus
+{
+    std::vector<ActivationReport> activations; ///< the last ones, newest first
+    std::vector<ActivationReport> failures;    ///< likewise
+    std::vector<PendingActivation> pending;
+};
+
+class Instrument
+{
+public:
+    using Clock = std::function<TaiTime()>;
+
+    /// Where a real instrument sets up its hardware: called with what is to become active, before
+    /// anything changes. An exception means that it cannot be done. It runs under the lock, so it
+    /// must not call back and must not wait for long.
+    using ApplyToMedia =
+        std::function<void(const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active)>;
+
+    Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media = {});
+
+    const Configuration& configuration() const { return configuration_; }
+    const ResourceIndex& index() const { return index_; }
+
+    /// Calls `reader` with the records, under the lock. It must not change them: the reference is
+    /// not const because the library's operations are not.
+    template <class Reader>
+    auto read(Reader&& reader)
+    {
+        const std::lock_guard lock(mutex_);
+        return reader(*records_);
+    }
+
+    /// A sender's SDP file.
+    std::string sdp_file(std::size_t sender);
+
+    /// Does what a controller asks for, or refuses it whole.
+    ChangeOutcome change(const ConnectionKey& key, const ConnectionPatch& patch);
+
+    /// "receivers/<id>"
+    std::string resource_name(const ConnectionKey& key) const;
+
+    /// When the next scheduled activation is due.
+    std::optional<TaiTime> next_due();
+
+    /// Performs the scheduled activations that are due; true when there were any.
+    bool activate_due();
+
+    InstrumentStatus status();
+
+    /// What is to survive a restart.
+    SavedState saved_state();
+
+    /// Takes over what was saved, as far as this configuration has it. What could not be taken over
+    /// is returned, a line each. To be called before any change.
+    std::vector<std::string> restore(const SavedState& saved);
+
+    /// Called without the lock, from the thread that made the change. To be set before any change.
+    struct Listeners
+    {
+        std::function<void()> changed;   ///< after every change
+        std::function<void()> scheduled; ///< after an activation was scheduled, before `changed`
+    };
+    void listen(Listeners listeners) { listeners_ = std::move(listeners); }
+
+private:
+    struct Pending
+    {
+        TaiTime due;
+        ActivationMode mode;
+    };
+
+    CONNECTION_IS05_ST& connection(const ConnectionKey& key);
+    std::string staged_body(NMOS_IS05_ST& connections, const ConnectionKey& key) const;
+    std::string staged_body_with(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged);
+    std::string sdp_text(std::size_t sender);
+
+    ChangeOutcome change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
+                                std::vector<std::string>& log);
+    void activate(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged,
+                  const ActivationTexts& texts, const TaiTime& now);
+    void follow_activation(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& active,
+                           const TaiTime& now);
+    void raise_sdp_version(std::size_t sender, const TaiTime& now);
+    void remember(std::deque<ActivationReport>& list, ActivationReport report);
+
+    template <class Visit>
+    void visit_resources(Visit&& visit);
+
+    const Configuration configuration_;
+    const Clock clock_;
+    const ApplyToMedia apply_to_media_;
+    Listeners listeners_;
+
+    std::mutex mutex_;
+    const std::unique_ptr<Records> records_;
+    const ResourceIndex index_;
+    std::map<ConnectionKey, ConnectionFacts> facts_; ///< never changes
+    std::map<ConnectionKey, Pending> pending_;
+    std::deque<ActivationReport> activations_;
+    std::deque<ActivationReport> failures_;
+    Nmos advertisement_; ///< its counters say how often each kind of resource has changed
+};
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_RECORDS_RESOURCE_INDEX_H
+#define NMOS_INSTRUMENT_HOST_RECORDS_RESOURCE_INDEX_H
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "records/fill_records.h"
+
+namespace nmos_instrument::host {
+
+enum class ResourceKind : std::size_t
+{
+    source,
+    flow,
+    device,
+    sender,
+    receiver
+};
+
+constexpr std::size_t resource_kind_count = 5;
+
+/// Which position in the records an id of a URL means. Ids never change while the instrument runs,
+/// so this needs no lock.
+class ResourceIndex
+{
+public:
+    explicit ResourceIndex(const Records& records);
+
+    /// Nothing for an unknown id, and for one that the stream configuration hides.
+    std::optional<std::size_t> find(ResourceKind kind, std::string_view id) const;
+
+private:
+    std::array<std::unordered_map<std::string, std::size_t>, resource_kind_count> positions_;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_RECORDS_STREAM_SELECTION_H
+#define NMOS_INSTRUMENT_HOST_RECORDS_STREAM_SELECTION_H
+
+#include <cstddef>
+
+#include "configuration/configuration.h"
+
+namespace nmos_instrument::host {
+
+/// The three selectors that the library's operations take. Their words stand in StreamSettings;
+/// the library's headers say what each number does.
+struct StreamSelection
+{
+    int receiver_filter = 0;    ///< 0 all kinds of receivers, 1 video only
+    int audio_group_filter = 2; ///< 0 group G1, 1 groups G1 and G2, 2 all four
+    int sender_filter = 1;      ///< 0 without the video senders of streams 2 to 4, 1 all
+
+    bool operator==(const StreamSelection&) const = default;
+
+    /// Whether the node shows a sender or receiver, by its position in the records. It is the
+    /// library that decides.
+    bool shows_sender(std::size_t sender) const;
+    bool shows_receiver(std::size_t receiver) const;
+};
+
+StreamSelection selection_of(const StreamSettings& streams);
+
+} // namespace nmos_instrument::host
+
+#endif

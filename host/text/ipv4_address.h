@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_TEXT_IPV4_ADDRESS_H
+#define NMOS_INSTRUMENT_HOST_TEXT_IPV4_ADDRESS_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace nmos_instrument::host {
+
+/// The value of a dotted quad in decimal without leading zeros, the one form that all readers
+/// understand alike; nothing for any other text.
+std::optional<std::uint32_t> ipv4_from_dotted_quad(const std::string& text);
+
+/// The value of whatever inet_aton takes, "10.1" and "0x0a000001" too: SDP files are checked with
+/// it, so a file may carry such a text.
+std::optional<std::uint32_t> ipv4_from_any_form(const std::string& text);
+
+std::string dotted_quad(std::uint32_t address);
+
+bool is_ipv6(const std::string& text);
+
+/// 224.0.0.0/4
+constexpr bool is_multicast(std::uint32_t address)
+{
+    return address >> 28 == 0xe;
+}
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_TEXT_QUOTED_TEXT_H
+#define NMOS_INSTRUMENT_HOST_TEXT_QUOTED_TEXT_H
+
+#include <string>
+#include <string_view>
+
+namespace nmos_instrument::host {
+
+/// `text` in quotes, for a message or the log: one line of visible ASCII, other bytes as \xHH, and
+/// cut when it is longer than it helps. What clients send can so never forge a line of the log.
+std::string in_quotes(std::string_view text);
+
+} // namespace nmos_instrument::host
+
+#endif

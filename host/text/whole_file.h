@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_TEXT_WHOLE_FILE_H
+#define NMOS_INSTRUMENT_HOST_TEXT_WHOLE_FILE_H
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace nmos_instrument::host {
+
+/// A file that cannot be read. The text names the reason, not the file.
+class UnreadableFile : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The bytes of a file; "-" is standard input. Reads at most `limit` bytes, so that a device that
+/// never ends is refused like any other file that is too large. Throws UnreadableFile.
+std::string read_whole_file(const std::string& name, std::size_t limit);
+
+} // namespace nmos_instrument::host
+
+#endif

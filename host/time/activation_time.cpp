@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "time/activation_time.h"
+
+#include <charconv>
+#include <cstdint>
+
+namespace nmos_instrument::host {
+namespace {
+
+constexpr std::int32_t nanoseconds_per_second = 1'000'000'000;
+
+/// Digits alone: from_chars takes no sign for an unsigned number and no blank.
+std::optional<std::uint64_t> parse_digits(std::string_view digits)
+{
+    std::uint64_t value = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [rest, error] = std::from_chars(digits.data(), end, value);
+    if (error != std::errc() || rest != end)
+        return std::nullopt;
+    return value;
+}
+
+} // namespace
+
+std::optional<TaiTime> parse_tai_time(std::string_view text)
+{
+    const std::size_t colon = text.find(':');
+    if (colon == std::string_view::npos)
+        return std::nullopt;
+    const auto seconds = parse_digits(text.substr(0, colon));
+    const auto nanoseconds = parse_digits(text.substr(colon + 1));
+    if (!seconds || !nanoseconds || *seconds > last_tai_second ||
+        *nanoseconds >= nanoseconds_per_second)
+        return std::nullopt;
+    return TaiTime{*seconds, static_cast<std::int32_t>(*nanoseconds)};
+}
+
+std::string_view allowed_tai_time()
+{
+    return "\"<seconds>:<nanoseconds>\" in digits, seconds up to 281474976710655, nanoseconds up "
+           "to 999999999";
+}
+
+std::optional<TaiTime> sum_of(const TaiTime& time, const TaiTime& span)
+{
+    // Both are at most 48 bits wide: no overflow.
+    TaiTime sum{time.seconds + span.seconds, time.nanoseconds};
+    if (sum.nanoseconds >= nanoseconds_per_second - span.nanoseconds) {
+        sum.nanoseconds -= nanoseconds_per_second - span.nanoseconds;
+        ++sum.seconds;
+    } else {
+        sum.nanoseconds += span.nanoseconds;
+    }
+    if (sum.seconds > last_tai_second)
+        return std::nullopt;
+    return sum;
+}
+
+} // namespace nmos_instrument::host

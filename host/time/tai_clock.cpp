@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "time/tai_clock.h"
+
+#include <algorithm>
+
+#include <ctime>
+#include <sys/timex.h>
+
+namespace nmos_instrument::host {
+namespace {
+
+constexpr std::int32_t nanoseconds_per_second = 1'000'000'000;
+
+} // namespace
+
+std::chrono::seconds tai_offset()
+{
+    constexpr std::chrono::seconds since_2017{37};
+    timex state{}; // modes 0: only reads
+    if (adjtimex(&state) < 0 || state.tai == 0)
+        return since_2017;
+    return std::chrono::seconds(state.tai);
+}
+
+TaiTime tai_now()
+{
+    timespec utc;
+    clock_gettime(CLOCK_REALTIME, &utc);
+    return {static_cast<std::uint64_t>(utc.tv_sec + tai_offset().count()),
+            static_cast<std::int32_t>(utc.tv_nsec)};
+}
+
+std::chrono::system_clock::time_point system_time_of(const TaiTime& time)
+{
+    using std::chrono::system_clock;
+    const auto remaining = std::clamp(span_between(tai_now(), time), std::chrono::nanoseconds(0),
+                                      std::chrono::nanoseconds(std::chrono::hours(1)));
+    // Not now() + remaining: the time between the two readings of the clock would be added.
+    if (remaining < std::chrono::minutes(59)) {
+        const auto since_epoch = std::chrono::seconds(time.seconds) - tai_offset() +
+                                 std::chrono::nanoseconds(time.nanoseconds);
+        return system_clock::time_point(
+            std::chrono::duration_cast<system_clock::duration>(since_epoch));
+    }
+    return system_clock::now() + std::chrono::minutes(59);
+}
+
+TaiTime later_than(const TaiTime& previous, const TaiTime& now)
+{
+    if (now > previous)
+        return now;
+    if (previous.nanoseconds == nanoseconds_per_second - 1)
+        return {previous.seconds + 1, 0};
+    return {previous.seconds, previous.nanoseconds + 1};
+}
+
+std::chrono::nanoseconds span_between(const TaiTime& from, const TaiTime& to)
+{
+    constexpr std::int64_t bound = std::int64_t{100} * 365 * 24 * 3600;
+    // Both are at most 48 bits wide.
+    const std::int64_t seconds =
+        std::clamp(static_cast<std::int64_t>(to.seconds) - static_cast<std::int64_t>(from.seconds),
+                   -bound, bound);
+    return std::chrono::seconds(seconds) +
+           std::chrono::nanoseconds(to.nanoseconds - from.nanoseconds);
+}
+
+} // namespace nmos_instrument::host

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_PROGRAM_COMMANDS_CHECK_SDP_H
+#define NMOS_INSTRUMENT_PROGRAM_COMMANDS_CHECK_SDP_H
+
+#include <CLI/CLI.hpp>
+
+#include "exit_status.h"
+
+namespace nmos_instrument::program {
+
+/// Adds `check-sdp FILE...`, which tells whether a receiver would take SDP files. When the command
+/// line asks for it, `status` receives the worst outcome.
+void add_check_sdp_command(CLI::App& program, ExitStatus& status);
+
+} // namespace nmos_instrument::program
+
+#endif

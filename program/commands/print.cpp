@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "commands/print.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "commands/configuration_options.h"
+#include "commands/indent_json.h"
+#include "commands/texts.h"
+#include "records/fill_records.h"
+
+namespace nmos_instrument::program {
+namespace {
+
+struct PrintOptions
+{
+    std::string text;
+    std::string index;
+    bool list = false;
+    bool pretty = false;
+    std::optional<int> receiver_filter;
+    std::optional<int> audio_group_filter;
+    std::optional<int> sender_filter;
+    ConfigurationOptions configuration;
+};
+
+/// 2025-01-01 00:00:00 UTC. What is printed shows no clock, so that it can be compared.
+constexpr host::TaiTime fixed_instant = {1735689637, 0};
+
+constexpr std::string_view hint = "; nmos-instrument print --list names all texts";
+
+std::string range_of(std::size_t count)
+{
+    if (count == 0)
+        return "none";
+    return count == 1 ? "0" : "0 to " + std::to_string(count - 1);
+}
+
+void list_texts(const host::Records& records, std::ostream& out)
+{
+    constexpr std::size_t column = 44;
+    for (const Text& text : all_texts()) {
+        std::string line(text.name);
+        if (text.count != nullptr)
+            line += " INDEX (" + range_of(text.count(records)) + ')';
+        line.resize(std::max(column, line.size() + 2), ' ');
+        out << line << text.description << '\n';
+    }
+}
+
+/// The index that `word` says, when it is one of `count`.
+std::optional<int> parse_index(const std::string& word, std::size_t count)
+{
+    int index = -1;
+    const char* const end = word.data() + word.size();
+    const auto [rest, error] = std::from_chars(word.data(), end, index);
+    if (error != std::errc() || rest != end || index < 0 ||
+        static_cast<std::size_t>(index) >= count)
+        return std::nullopt;
+    return index;
+}
+
+ExitStatus print_text(const PrintOptions& options, const TextInput& input)
+{
+    // A second word is either a part of the name or an index.
+    const Text* text = find_text(options.text + ' ' + options.index);
+    const bool second_word_is_name = text != nullptr;
+    if (!second_word_is_name)
+        text = find_text(options.text);
+    if (text == nullptr) {
+        std::cerr << "TEXT: there is no text \"" << options.text << '"' << hint << '\n';
+        return wrong_use;
+    }
+
+    int index = 0;
+    if (text->count != nullptr) {
+        const std::size_t count = text->count(input.records);
+        const std::optional<int> found = parse_index(options.index, count);
+        if (!found) {
+            std::cerr << "INDEX: " << text->name << " needs one, found \"" << options.index
+                      << "\", allowed: " << range_of(count) << '\n';
+            return wrong_use;
+        }
+        index = *found;
+    } else if (!options.index.empty() && !second_word_is_name) {
+        std::cerr << "INDEX: " << text->name << " takes none, found \"" << options.index << '"'
+                  << hint << '\n';
+        return wrong_use;
+    }
+
+    const std::string made = text->make(input, index);
+    std::cout << (options.pretty && text->form == TextForm::json ? indent_json(made) : made);
+    return done;
+}
+
+/// Says what is allowed when it refuses, which the conversion alone does not.
+CLI::Range any_int()
+{
+    return {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
+}
+
+ExitStatus print(const PrintOptions& options)
+{
+    if (options.text.empty() && !options.list &&
+        !options.configuration.asks_about_configuration()) {
+        std::cerr << "TEXT is required" << hint << '\n';
+        return wrong_use;
+    }
+    ExitStatus status = done;
+    const std::optional<host::Configuration> configuration =
+        load(options.configuration, std::cerr, status);
+    if (!configuration)
+        return status;
+    if (options.configuration.asks_about_configuration()) {
+        answer_about(*configuration, options.configuration, std::cout);
+        return done;
+    }
+
+    const std::unique_ptr<host::Records> records =
+        host::make_records(*configuration, fixed_instant);
+    host::StreamSelection& selection = records->selection;
+    selection.receiver_filter = options.receiver_filter.value_or(selection.receiver_filter);
+    selection.audio_group_filter =
+        options.audio_group_filter.value_or(selection.audio_group_filter);
+    selection.sender_filter = options.sender_filter.value_or(selection.sender_filter);
+
+    if (options.list) {
+        list_texts(*records, std::cout);
+        return done;
+    }
+    return print_text(options, {*configuration, *records});
+}
+
+} // namespace
+
+void add_print_command(CLI::App& program, ExitStatus& status)
+{
+    const auto options = std::make_shared<PrintOptions>();
+    CLI::App* const command =
+        program.add_subcommand("print", "Prints a text of the library for an example instrument");
+    command->add_option("TEXT", options->text, "name of the text, see --list")->type_name("");
+    command
+        ->add_option("INDEX", options->index,
+                     "which source, flow, device, sender or receiver; after root, which path")
+        ->type_name("");
+    command->add_flag("--list", options->list, "name every text");
+    command->add_flag("--pretty", options->pretty,
+                      "indent JSON for reading; without it the bytes are the library's");
+    command
+        ->add_option("--receiver-filter", options->receiver_filter,
+                     "0: all kinds of receivers; else video only")
+        ->check(any_int())
+        ->type_name("N");
+    command
+        ->add_option("--audio-group-filter", options->audio_group_filter,
+                     "0: group G1; 1: G1 and G2; else all four")
+        ->check(any_int())
+        ->type_name("N");
+    command
+        ->add_option("--sender-filter", options->sender_filter,
+                     "0: without the video senders of streams 2 to 4; else all")
+        ->check(any_int())
+        ->type_name("N");
+    options->configuration.add_to(*command);
+    command->callback([options, &status] { status = print(*options); });
+}
+
+} // namespace nmos_instrument::program

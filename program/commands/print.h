@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_PROGRAM_COMMANDS_PRINT_H
+#define NMOS_INSTRUMENT_PROGRAM_COMMANDS_PRINT_H
+
+#include <CLI/CLI.hpp>
+
+#include "exit_status.h"
+
+namespace nmos_instrument::program {
+
+/// Adds `print TEXT [INDEX]`, which prints any text of the library. When the command line asks for
+/// it, `status` receives the outcome.
+void add_print_command(CLI::App& program, ExitStatus& status);
+
+} // namespace nmos_instrument::program
+
+#endif

@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "commands/sdp_verdict.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+#include <string_view>
+
+#include <nmos_instrument/nmos_instrument.h>
+
+namespace nmos_instrument::program {
+namespace {
+
+/// ConnectionApi::analyze_sdp_file looks at so many lines.
+constexpr std::size_t examined_lines = 100;
+
+/// Beyond this size messages are not traced to their lines: that reads the file once a line.
+constexpr std::size_t traceable_size = std::size_t{256} << 10;
+
+enum class Outcome
+{
+    taken,
+    refused,
+    gave_up
+};
+
+/// `errors` and `found` are fresh.
+Outcome analyze(const std::string& sdp, const ReceivingInstrument& instrument, std::string& errors,
+                sdp_str& found)
+{
+    try {
+        const int status = ConnectionApi().analyze_sdp_file(
+            sdp, instrument.switch_capable, instrument.current_format, instrument.switch_allowed,
+            &errors, &found);
+        return status == 200 ? Outcome::taken : Outcome::refused;
+    } catch (const std::out_of_range&) {
+        return Outcome::gave_up;
+    }
+}
+
+/// The lines as the parser cuts them.
+class Lines
+{
+public:
+    explicit Lines(const std::string& sdp) : text_(ConnectionApi::convertCRLF(sdp, "\n"))
+    {
+        for (std::size_t at = text_.find('\n'); at != std::string::npos;
+             at = text_.find('\n', at + 1))
+            ends_.push_back(at + 1);
+    }
+
+    /// Those that a line break ends.
+    std::size_t complete() const { return ends_.size(); }
+
+    std::string first(std::size_t count) const
+    {
+        return text_.substr(0, count == 0 ? 0 : ends_[count - 1]);
+    }
+
+    /// What stands behind the last line break.
+    std::string_view rest() const
+    {
+        return std::string_view(text_).substr(ends_.empty() ? 0 : ends_.back());
+    }
+
+    std::size_t size() const { return text_.size(); }
+
+private:
+    std::string text_;
+    std::vector<std::size_t> ends_;
+};
+
+void add_messages(const std::string& errors, std::size_t line, std::vector<SdpMessage>& messages)
+{
+    for (std::size_t begin = 0; begin < errors.size();) {
+        const std::size_t end = std::min(errors.find('\n', begin), errors.size());
+        messages.push_back({line, errors.substr(begin, end - begin)});
+        begin = end + 1;
+    }
+}
+
+/// The parser goes from line to line, so what it says about the first n lines begins what it says
+/// about the first n + 1. Returns the line at which it gave up, 0 when it did not.
+std::size_t trace_messages(const Lines& lines, const ReceivingInstrument& instrument,
+                           std::vector<SdpMessage>& messages)
+{
+    const std::size_t last = std::min(lines.complete(), examined_lines);
+    std::size_t known = 0;
+    for (std::size_t line = 1; line <= last; ++line) {
+        std::string errors;
+        sdp_str found = sdp_str();
+        const Outcome outcome = analyze(lines.first(line), instrument, errors, found);
+        add_messages(errors.substr(std::min(known, errors.size())), line, messages);
+        known = errors.size();
+        if (outcome == Outcome::gave_up)
+            return line;
+    }
+    return 0;
+}
+
+/// The leading integer of a text, as strtol reads it; empty when there is none.
+std::string leading_number(std::string_view text)
+{
+    std::size_t begin = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+    std::size_t digits = begin;
+    if (digits < text.size() && (text[digits] == '-' || text[digits] == '+'))
+        ++digits;
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", digits), text.size());
+    if (end == digits)
+        return "";
+    if (text[begin] == '+')
+        ++begin;
+    return std::string(text.substr(begin, end - begin));
+}
+
+/// Port 0 is accepted by the parser and switches a medium off (RFC 3264 5.1).
+bool is_usable(const FoundLeg& leg)
+{
+    return !leg.address.empty() && std::strtol(leg.port.c_str(), nullptr, 10) > 0;
+}
+
+std::string with_scan(const std::string& text, bool interlaced)
+{
+    return text.empty() || !interlaced ? text : text + " interlaced";
+}
+
+void take_over(const sdp_str& found, SdpVerdict& verdict)
+{
+    for (std::size_t i = 0; i < verdict.legs.size(); ++i)
+        verdict.legs[i] = {found.source_ip[i], found.multicast_ip[i], found.destination_port[i]};
+    const std::string size = found.width.empty() ? "" : found.width + 'x' + found.height;
+    verdict.format = {
+        {"payload_type", "payload type", leading_number(found.rtp_payload_type)},
+        {"sampling", "sampling", found.sampling},
+        {"depth", "depth", found.depth},
+        {"size", "size", with_scan(size, found.size_interlaced != 0)},
+        {"frame_rate", "frame rate", with_scan(found.exactframerate, found.rate_interlaced != 0)},
+        {"colorimetry", "colorimetry", found.colorimetry},
+        {"transfer_characteristic", "TCS", found.tcs},
+        {"packing_mode", "packing mode", found.packing_mode},
+    };
+}
+
+/// What the parser makes of a last line without line break.
+std::string number_of(std::string_view rest)
+{
+    std::string number;
+    int count = 0;
+    ConnectionApi::split_string(std::string(rest), "\n", &number, 1, &count);
+    return number;
+}
+
+std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
+                                     const SdpVerdict& verdict)
+{
+    std::vector<std::string> hints;
+    if (lines.complete() < examined_lines && !lines.rest().empty()) {
+        hints.push_back("the file does not end in a line break: line " +
+                        std::to_string(lines.complete() + 1) + " was read as the number " +
+                        number_of(lines.rest()) + ", not as a line; end it with a line break");
+    }
+    if (lines.complete() + (lines.rest().empty() ? 0 : 1) > examined_lines)
+        hints.push_back("only the first " + std::to_string(examined_lines) +
+                        " lines were examined");
+    if (const std::size_t nul = sdp.find('\0'); nul != std::string::npos)
+        hints.push_back("byte " + std::to_string(nul + 1) +
+                        " is NUL: a value ends there for the checks");
+    constexpr std::size_t room = sizeof CONNECTION_HALF_IS05_ST::transport_file_data - 1;
+    if (sdp.size() > room)
+        hints.push_back("the file has " + std::to_string(sdp.size()) +
+                        " bytes; the connection state of a receiver holds " + std::to_string(room));
+    if (verdict.taken && std::none_of(verdict.legs.begin(), verdict.legs.end(), is_usable))
+        hints.emplace_back("no leg has both an address and a port from 1 to 65535: there is "
+                           "nothing to receive");
+    return hints;
+}
+
+} // namespace
+
+SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrument)
+{
+    std::string errors;
+    sdp_str found = sdp_str();
+    const Outcome outcome = analyze(sdp, instrument, errors, found);
+    const Lines lines(sdp);
+
+    SdpVerdict verdict;
+    verdict.taken = outcome == Outcome::taken;
+    take_over(found, verdict);
+    std::size_t last_line = 0;
+    if (!verdict.taken) {
+        if (lines.size() <= traceable_size)
+            last_line = trace_messages(lines, instrument, verdict.messages);
+        else
+            add_messages(errors, 0, verdict.messages);
+    }
+    if (outcome == Outcome::gave_up) {
+        verdict.cause = last_line == 0 ? "a line" : "line " + std::to_string(last_line);
+        verdict.cause += " lacks its second value: \"a=group:DUP\" takes two names, "
+                         "\"a=source-filter: incl IN IP4\" two addresses; what follows was not "
+                         "examined";
+    }
+    verdict.hints = hints_about(sdp, lines, verdict);
+    return verdict;
+}
+
+} // namespace nmos_instrument::program

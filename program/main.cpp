@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// nmos-instrument: a virtual instrument around the library, through its public headers only.
+
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include <CLI/CLI.hpp>
+#include <nmos_instrument/version.h>
+
+#include "commands/check_sdp.h"
+#include "commands/print.h"
+#include "commands/serve.h"
+#include "exit_status.h"
+
+namespace {
+
+using namespace nmos_instrument::program;
+
+std::string version_text()
+{
+    return "nmos-instrument " + std::to_string(NMOS_INSTRUMENT_VERSION_MAJOR) + '.' +
+           std::to_string(NMOS_INSTRUMENT_VERSION_MINOR) + '.' +
+           std::to_string(NMOS_INSTRUMENT_VERSION_PATCH);
+}
+
+ExitStatus run(int argc, char** argv)
+{
+    ExitStatus status = done;
+    CLI::App program("A virtual SMPTE ST 2110 measuring instrument in an AMWA NMOS network",
+                     "nmos-instrument");
+    program.set_version_flag("--version", version_text());
+    program.require_subcommand(0, 1);
+    add_print_command(program, status);
+    add_check_sdp_command(program, status);
+    add_serve_command(program, status);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error) == 0 ? done : wrong_use;
+    }
+    // Asked for by us: CLI11 would do so before it looks at a word that is no command, and never
+    // name that.
+    if (program.get_subcommands().empty()) {
+        std::cerr << "A command is required\nRun with --help for more information.\n";
+        return wrong_use;
+    }
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        const ExitStatus status = run(argc, argv);
+        // A full disk or a closed pipe shows only now.
+        if (!std::cout.flush()) {
+            std::cerr << "standard output: cannot be written\n";
+            return unreadable;
+        }
+        return status;
+    } catch (const std::exception& error) {
+        std::cerr << "internal trouble: " << error.what() << '\n';
+        return unreadable;
+    }
+}

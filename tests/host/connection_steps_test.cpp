@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The steps of a connection change, each alone. What a controller sees of them is tested over HTTP.
+
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "connection/activate_staged.h"
+#include "connection/parse_patch.h"
+#include "connection/read_transport_file.h"
+#include "connection/sdp_media.h"
+#include "connection/stage_patch.h"
+#include "connection/validate_patch.h"
+#include "records/fill_records.h"
+#include "records/record_text.h"
+#include "support/same_bytes.h"
+#include "text/ipv4_address.h"
+
+namespace nmos_instrument::host {
+namespace {
+
+using nlohmann::json;
+
+class ConnectionSteps : public testing::Test
+{
+protected:
+    ConnectionFacts facts(Side side, std::size_t index) const
+    {
+        return facts_about(Configuration(), records_->node, {side, index});
+    }
+
+    static ConnectionPatch parse(const json& document, Side side)
+    {
+        Findings findings;
+        ConnectionPatch patch = parse_patch(document, side, findings);
+        EXPECT_EQ(findings.text(), "");
+        return patch;
+    }
+
+    const std::unique_ptr<Records> records_ = make_records(Configuration(), {1, 0});
+};
+
+TEST_F(ConnectionSteps, ParseNamesOnlyWhatIsThere)
+{
+    EXPECT_EQ(parse(json::object(), Side::sender), ConnectionPatch());
+    EXPECT_EQ(parse({{"transport_params", {json::object(), json::object()}}}, Side::receiver),
+              ConnectionPatch());
+
+    ConnectionPatch expected;
+    expected.peer_id = "null";
+    expected.master_enable = false;
+    expected.legs[1].destination_ip = "null";
+    expected.legs[1].destination_port = 5004;
+    EXPECT_EQ(parse({{"sender_id", nullptr},
+                     {"master_enable", false},
+                     {"transport_params",
+                      {json::object(), {{"multicast_ip", nullptr}, {"destination_port", "auto"}}}}},
+                    Side::receiver),
+              expected);
+
+    expected = {};
+    expected.activation = ActivationRequest{ActivationMode::scheduled_absolute, {5, 7}, "05:7"};
+    EXPECT_EQ(parse({{"activation",
+                      {{"mode", "activate_scheduled_absolute"}, {"requested_time", "05:7"}}}},
+                    Side::sender),
+              expected);
+}
+
+TEST_F(ConnectionSteps, FindingsAreBounded)
+{
+    json document = json::object();
+    for (int i = 0; i < 1000; ++i)
+        document["unknown" + std::to_string(i)] = i;
+    Findings findings;
+    parse_patch(document, Side::sender, findings);
+    EXPECT_FALSE(findings.empty());
+    EXPECT_LT(findings.text().size(), 4000U);
+}
+
+TEST_F(ConnectionSteps, ValidateStageAndActivateLeaveTheirArgumentsAlone)
+{
+    const auto before = std::make_unique<NMOS_IS05_ST>(records_->connections);
+    const ConnectionFacts receiver = facts(Side::receiver, 0);
+    const CONNECTION_HALF_IS05_ST& staged = records_->connections.receivers[0].staged;
+    ConnectionPatch patch = parse({{"master_enable", true}}, Side::receiver);
+    patch.legs[0].interface_ip = "auto";
+    Findings findings;
+    const ConnectionPatch valid = validate_patch(patch, receiver, staged, findings);
+    EXPECT_EQ(valid, patch);
+    const CONNECTION_HALF_IS05_ST half = stage_patch(staged, valid);
+    const CONNECTION_HALF_IS05_ST active =
+        activate_staged(half, receiver, {"activate_immediate", "null", "3:4"});
+    EXPECT_TRUE(same_bytes(*before, records_->connections));
+
+    EXPECT_EQ(half.master_enable, 1);
+    EXPECT_EQ(text_of(half.transport_params[0].interface_ip), "auto");
+    EXPECT_EQ(text_of(half.mode), "null");
+    EXPECT_EQ(text_of(active.transport_params[0].interface_ip), "192.0.2.10");
+    EXPECT_EQ(text_of(active.mode), "activate_immediate");
+    EXPECT_EQ(text_of(active.requested_time), "null");
+    EXPECT_EQ(text_of(active.activation_time), "3:4");
+}
+
+TEST_F(ConnectionSteps, ASendersAutoIsResolved)
+{
+    CONNECTION_HALF_IS05_ST staged = records_->connections.senders[4].staged;
+    for (CONNECTION_LEG_IS05_ST& leg : staged.transport_params) {
+        set_text(leg.source_ip, "auto");
+        set_text(leg.destination_ip, "auto");
+    }
+    const CONNECTION_HALF_IS05_ST active =
+        activate_staged(staged, facts(Side::sender, 4), ActivationTexts());
+    EXPECT_EQ(text_of(active.transport_params[0].source_ip), "192.0.2.10");
+    EXPECT_EQ(text_of(active.transport_params[1].source_ip), "198.51.100.10");
+    EXPECT_EQ(text_of(active.transport_params[0].destination_ip), "233.252.0.15");
+    EXPECT_EQ(text_of(active.transport_params[1].destination_ip), "233.252.0.25");
+}
+
+TEST_F(ConnectionSteps, EveryActiveHalfPassesTheRecordCheck)
+{
+    for (CONNECTION_IS05_ST& receiver : records_->connections.receivers) {
+        ConnectionPatch patch;
+        patch.transport_file = TransportFilePatch{"m=video 5004 RTP/AVP 96\nc=IN IP4 233.252.0.1\n",
+                                                  "application/sdp"};
+        Findings findings;
+        ConnectionFacts video = facts(Side::receiver, 0);
+        receiver.staged =
+            stage_patch(receiver.staged, validate_patch(patch, video, receiver.staged, findings));
+        EXPECT_TRUE(findings.empty()) << findings.text();
+        receiver.active = activate_staged(receiver.staged, video, ActivationTexts());
+    }
+    EXPECT_EQ(nmos_instrument::check_record(records_->connections), std::vector<std::string>());
+}
+
+TEST(SdpMedia, KindsPortsAndEncodings)
+{
+    const std::vector<SdpMedium> media = media_of(
+        {"v=0", "a=rtpmap:1 session/1", "m=video 5004 RTP/AVP 96 97", "a=rtpmap:96 raw/90000",
+         "a=rtpmap:97 rtx", "m=audio 00/2 RTP/AVP 98", "m=", "i=x"});
+    ASSERT_EQ(media.size(), 3U);
+    EXPECT_EQ(media[0].kind, "video");
+    EXPECT_FALSE(media[0].absent);
+    EXPECT_EQ(media[0].encodings, (std::vector<std::string>{"raw", "rtx"}));
+    EXPECT_EQ(media[0].first_line, 2U);
+    EXPECT_EQ(media[0].end_line, 5U);
+    EXPECT_TRUE(media[1].absent);
+    EXPECT_EQ(media[1].end_line, 6U);
+    EXPECT_FALSE(media[2].absent);
+    EXPECT_EQ(media[2].end_line, 8U);
+}
+
+TEST(SdpMedia, Fits)
+{
+    SdpMedium medium;
+    medium.kind = "VIDEO";
+    EXPECT_TRUE(fits(medium, {"video/raw"})); // nothing is said about the encoding
+    medium.encodings = {"rtx", "RAW"};
+    EXPECT_TRUE(fits(medium, {"audio/L24", "video/raw"}));
+    medium.encodings = {"jxsv"};
+    EXPECT_FALSE(fits(medium, {"video/raw"}));
+    EXPECT_FALSE(fits(medium, {}));
+}
+
+TEST(Ipv4, Forms)
+{
+    EXPECT_EQ(ipv4_from_dotted_quad("192.0.2.1"), 0xc0000201U);
+    for (const std::string text :
+         {"192.0.2.01", "10.1", "1", "0xa.0.0.1", " 10.0.0.1", "10.0.0.1 x", ""})
+        EXPECT_FALSE(ipv4_from_dotted_quad(text)) << text;
+    EXPECT_FALSE(ipv4_from_dotted_quad(std::string("10.0.0.1\0", 9)));
+    EXPECT_EQ(ipv4_from_any_form("10.1"), 0x0a000001U);
+    EXPECT_EQ(ipv4_from_any_form("0xa.0.0.010 x"), 0x0a000008U);
+    EXPECT_EQ(dotted_quad(0xe9fc000b), "233.252.0.11");
+    EXPECT_TRUE(is_multicast(0xe0000000) && is_multicast(0xefffffff));
+    EXPECT_FALSE(is_multicast(0xdfffffff) || is_multicast(0xf0000000));
+}
+
+TEST(Uuid, Form)
+{
+    EXPECT_TRUE(is_uuid("5709255c-c0ae-4e1e-99a0-e872e83e48e0"));
+    for (const char* const text :
+         {"", "5709255c-c0ae-4e1e-99a0-e872e83e48e", "5709255C-c0ae-4e1e-99a0-e872e83e48e0",
+          "5709255c-c0ae-0e1e-99a0-e872e83e48e0", "5709255c-c0ae-6e1e-99a0-e872e83e48e0",
+          "5709255c-c0ae-4e1e-79a0-e872e83e48e0", "5709255c-c0ae-4e1e-c9a0-e872e83e48e0",
+          "5709255c_c0ae-4e1e-99a0-e872e83e48e0", "5709255c-c0ae-4e1e-99a0-e872e83e48e0x"})
+        EXPECT_FALSE(is_uuid(text)) << text;
+}
+
+} // namespace
+} // namespace nmos_instrument::host

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The instrument with a clock and a hardware of the test's own.
+
+#include "instrument/instrument.h"
+
+#include <stdexcept>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <spdlog/spdlog.h>
+
+#include "records/record_text.h"
+
+namespace nmos_instrument::host {
+namespace {
+
+class InstrumentTest : public testing::Test
+{
+protected:
+    InstrumentTest() { spdlog::set_level(spdlog::level::off); }
+
+    ConnectionPatch activation(ActivationMode mode, TaiTime time = {}) const
+    {
+        ConnectionPatch patch;
+        patch.master_enable = true;
+        patch.legs[0].destination_port = 6000;
+        patch.activation = ActivationRequest{mode, time, to_text(time)};
+        return patch;
+    }
+
+    nlohmann::json active(std::size_t receiver)
+    {
+        return nlohmann::json::parse(instrument_.read([&](Records& records) {
+            return ConnectionApi().make_single_receiverid_active(&records.connections,
+                                                                 static_cast<int>(receiver));
+        }));
+    }
+
+    std::string version(std::size_t receiver)
+    {
+        return instrument_.read([&](Records& records) {
+            return std::string(text_of(records.node.receivers[receiver].version));
+        });
+    }
+
+    TaiTime now_{1000, 0};
+    bool hardware_fails_ = false;
+    int applied_ = 0;
+    Instrument instrument_{Configuration(), [this] { return now_; },
+                           [this](const ConnectionKey&, const CONNECTION_HALF_IS05_ST&) {
+                               if (hardware_fails_)
+                                   throw std::runtime_error("no lock on the reference");
+                               ++applied_;
+                           }};
+    const ConnectionKey receiver_{Side::receiver, 0};
+};
+
+TEST_F(InstrumentTest, WhatTheHardwareRefusesChangesNothing)
+{
+    const std::string staged = instrument_.change(receiver_, {}).body;
+    const nlohmann::json before = active(0);
+    hardware_fails_ = true;
+    const ChangeOutcome outcome =
+        instrument_.change(receiver_, activation(ActivationMode::immediate));
+    EXPECT_EQ(outcome.status, 500);
+    EXPECT_EQ(outcome.debug, "no lock on the reference");
+    EXPECT_EQ(active(0), before);
+    EXPECT_EQ(version(0), "1000:0");
+    EXPECT_EQ(instrument_.change(receiver_, {}).body, staged);
+    ASSERT_EQ(instrument_.status().failures.size(), 1U);
+    EXPECT_EQ(instrument_.status().failures[0].why, "no lock on the reference");
+    EXPECT_TRUE(instrument_.status().activations.empty());
+}
+
+TEST_F(InstrumentTest, AScheduledActivationThatFails)
+{
+    const nlohmann::json before = active(0);
+    const ChangeOutcome outcome =
+        instrument_.change(receiver_, activation(ActivationMode::scheduled_relative, {5, 0}));
+    EXPECT_EQ(outcome.status, 202);
+    EXPECT_EQ(instrument_.next_due(), (TaiTime{1005, 0}));
+    hardware_fails_ = true;
+    now_ = {1005, 1};
+    EXPECT_TRUE(instrument_.activate_due());
+    EXPECT_EQ(active(0), before);
+    EXPECT_EQ(instrument_.next_due(), std::nullopt);
+    ASSERT_EQ(instrument_.status().failures.size(), 1U);
+    EXPECT_EQ(instrument_.status().failures[0].mode, "activate_scheduled_relative");
+    // It is unlocked, and the staged parameters are still there for another attempt.
+    const auto staged = nlohmann::json::parse(instrument_.change(receiver_, {}).body);
+    EXPECT_EQ(staged["activation"]["mode"], nullptr);
+    EXPECT_EQ(staged["transport_params"][0]["destination_port"], 6000);
+}
+
+TEST_F(InstrumentTest, ScheduledActivationsHappenWhenTheyAreDueAndNotBefore)
+{
+    const ConnectionKey other{Side::receiver, 1};
+    instrument_.change(receiver_, activation(ActivationMode::scheduled_absolute, {1010, 5}));
+    instrument_.change(other, activation(ActivationMode::scheduled_absolute, {1005, 0}));
+    EXPECT_EQ(instrument_.next_due(), (TaiTime{1005, 0}));
+    now_ = {1004, 999'999'999};
+    EXPECT_FALSE(instrument_.activate_due());
+    EXPECT_EQ(applied_, 0);
+    now_ = {1005, 0};
+    EXPECT_TRUE(instrument_.activate_due());
+    EXPECT_EQ(applied_, 1);
+    EXPECT_EQ(active(1)["activation"]["activation_time"], "1005:0");
+    EXPECT_EQ(instrument_.next_due(), (TaiTime{1010, 5}));
+    now_ = {2000, 0};
+    EXPECT_TRUE(instrument_.activate_due());
+    EXPECT_EQ(active(0)["activation"]["activation_time"], "1010:5");
+    EXPECT_EQ(version(0), "2000:0");
+}
+
+TEST_F(InstrumentTest, VersionsRiseWhenTheClockDoesNot)
+{
+    instrument_.change(receiver_, activation(ActivationMode::immediate));
+    EXPECT_EQ(version(0), "1000:1");
+    now_ = {900, 0};
+    instrument_.change(receiver_, activation(ActivationMode::immediate));
+    EXPECT_EQ(version(0), "1000:2");
+    now_ = {1001, 0};
+    instrument_.change(receiver_, activation(ActivationMode::immediate));
+    EXPECT_EQ(version(0), "1001:0");
+}
+
+TEST_F(InstrumentTest, ListenersHearWhatTheyNeed)
+{
+    int changes = 0;
+    int schedules = 0;
+    instrument_.listen({[&] { ++changes; }, [&] { ++schedules; }});
+    instrument_.change(receiver_, {});
+    EXPECT_EQ((std::pair{changes, schedules}), (std::pair{1, 0}));
+    ConnectionPatch refused;
+    refused.legs[0].interface_ip = "203.0.113.1";
+    EXPECT_EQ(instrument_.change(receiver_, refused).status, 400);
+    EXPECT_EQ(changes, 1);
+    instrument_.change(receiver_, activation(ActivationMode::scheduled_relative, {5, 0}));
+    EXPECT_EQ((std::pair{changes, schedules}), (std::pair{2, 1}));
+    EXPECT_EQ(instrument_.change(receiver_, {}).status, 423);
+    EXPECT_EQ(changes, 2);
+    now_ = {1006, 0};
+    instrument_.activate_due();
+    EXPECT_EQ(changes, 3);
+}
+
+TEST_F(InstrumentTest, SavedAndRestored)
+{
+    instrument_.change(receiver_, activation(ActivationMode::immediate));
+    const SavedState saved = instrument_.saved_state();
+    const SavedState read = parse_saved_state(write_saved_state(saved));
+    EXPECT_EQ(read.counters, saved.counters);
+    EXPECT_EQ(read.resources, saved.resources);
+
+    Instrument restarted(Configuration(), [] { return TaiTime{5000, 0}; });
+    EXPECT_EQ(restarted.restore(read), std::vector<std::string>());
+    EXPECT_EQ(write_saved_state(restarted.saved_state()), write_saved_state(saved));
+}
+
+TEST_F(InstrumentTest, ASavedStateThatTheRecordCheckRefusesIsDamaged)
+{
+    SavedState saved = instrument_.saved_state();
+    const std::string before = write_saved_state(saved);
+    set_text(saved.receivers.begin()->second.active.transport_params[0].source_ip, "nonsense");
+    EXPECT_THROW(instrument_.restore(saved), DamagedState);
+    EXPECT_EQ(write_saved_state(instrument_.saved_state()), before);
+}
+
+TEST(SavedStateText, AnyChangedByteIsFound)
+{
+    spdlog::set_level(spdlog::level::off);
+    Instrument instrument(Configuration(), [] { return TaiTime{1, 0}; });
+    const std::string good = write_saved_state(instrument.saved_state());
+    EXPECT_NO_THROW(parse_saved_state(good));
+    for (std::size_t at = 0; at < good.size(); at += 97) {
+        std::string bad = good;
+        bad[at] = bad[at] == '7' ? '8' : '7';
+        EXPECT_THROW(parse_saved_state(bad), DamagedState) << at;
+    }
+    for (std::size_t length = 0; length + 1 < good.size(); length += 997)
+        EXPECT_THROW(parse_saved_state(good.substr(0, length)), DamagedState) << length;
+}
+
+} // namespace
+} // namespace nmos_instrument::host
