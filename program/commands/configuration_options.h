@@ -11,8 +11,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "commands/exit_status.h"
 #include "configuration/configuration.h"
-#include "exit_status.h"
 
 namespace nmos_instrument::program {
 

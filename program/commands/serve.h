@@ -5,7 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "exit_status.h"
+#include "commands/exit_status.h"
 
 namespace nmos_instrument::program {
 
