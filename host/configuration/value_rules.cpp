@@ -3,11 +3,9 @@
 #include "configuration/value_rules.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <optional>
 #include <string_view>
 
-#include <arpa/inet.h>
+#include "text/ipv4_address.h"
 
 namespace nmos_instrument::host {
 namespace {
@@ -79,19 +77,6 @@ bool rewrite_octets(std::string& text, int octets)
     return true;
 }
 
-/// A dotted quad in decimal without leading zeros, the one form that all readers understand alike.
-std::optional<std::uint32_t> ipv4_address(const std::string& text)
-{
-    in_addr address;
-    if (text.find('\0') != std::string::npos || inet_pton(AF_INET, text.c_str(), &address) != 1)
-        return std::nullopt;
-    return ntohl(address.s_addr);
-}
-
-constexpr std::uint32_t first_usable = 1U << 24; // 1.0.0.0
-constexpr std::uint32_t first_multicast = 224U << 24;
-constexpr std::uint32_t first_reserved = 240U << 24;
-
 std::string at_most_bytes(std::size_t field_size)
 {
     return "at most " + std::to_string(field_size - 1) + " bytes";
@@ -136,8 +121,8 @@ TextRule octets(int octets, const std::string& example)
 TextRule unicast_address()
 {
     return {"unicast IPv4 address like \"192.0.2.10\"", [](const std::string& text) {
-                const auto address = ipv4_address(text);
-                return address && *address >= first_usable && *address < first_multicast;
+                const auto address = ipv4_from_dotted_quad(text);
+                return address && is_unicast(*address);
             }};
 }
 
@@ -145,8 +130,8 @@ TextRule multicast_address()
 {
     return {"multicast IPv4 address, \"224.0.0.0\" to \"239.255.255.255\"",
             [](const std::string& text) {
-                const auto address = ipv4_address(text);
-                return address && *address >= first_multicast && *address < first_reserved;
+                const auto address = ipv4_from_dotted_quad(text);
+                return address && is_multicast(*address);
             }};
 }
 

@@ -3,7 +3,7 @@
 #include "connection/bulk_request.h"
 
 #include "connection/json_place.h"
-#include "connection/parse_patch.h"
+#include "text/uuid.h"
 
 namespace nmos_instrument::host {
 namespace {

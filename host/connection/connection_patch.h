@@ -22,7 +22,7 @@
 #include <string_view>
 
 #include "configuration/resource_counts.h"
-#include "time/tai_time.h"
+#include "connection/activation_request.h"
 
 namespace nmos_instrument::host {
 
@@ -71,26 +71,6 @@ struct TransportFilePatch
     std::optional<std::string> type;
 
     bool operator==(const TransportFilePatch&) const = default;
-};
-
-enum class ActivationMode
-{
-    none, ///< "mode": null; cancels what is pending
-    immediate,
-    scheduled_absolute,
-    scheduled_relative
-};
-
-/// As IS-05 writes it; "null" for none.
-std::string_view text_of(ActivationMode mode);
-
-struct ActivationRequest
-{
-    ActivationMode mode = ActivationMode::none;
-    TaiTime requested_time;          ///< scheduled modes only
-    std::string requested_time_text; ///< as it came
-
-    bool operator==(const ActivationRequest&) const = default;
 };
 
 struct ConnectionPatch

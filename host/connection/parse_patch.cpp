@@ -11,7 +11,8 @@
 #include "connection/json_place.h"
 #include "records/record_text.h"
 #include "text/ipv4_address.h"
-#include "time/activation_time.h"
+#include "text/uuid.h"
+#include "time/tai_time.h"
 
 namespace nmos_instrument::host {
 namespace {
@@ -209,7 +210,7 @@ constexpr Member<TransportFilePatch> transport_file_members[] = {
      [](const JsonPlace& place, TransportFilePatch& file) { read_file_text(place, file.type); }},
 };
 
-void read_transport_file(const JsonPlace& place, ConnectionPatch& patch)
+void read_file_member(const JsonPlace& place, ConnectionPatch& patch)
 {
     TransportFilePatch file;
     if (read_object<TransportFilePatch>(place, transport_file_members, file))
@@ -275,9 +276,7 @@ void read_activation(const JsonPlace& place, ConnectionPatch& patch)
     if (!members.mode)
         return;
     ActivationRequest request{*members.mode, {}, {}};
-    const bool scheduled = request.mode == ActivationMode::scheduled_absolute ||
-                           request.mode == ActivationMode::scheduled_relative;
-    if (scheduled) {
+    if (is_scheduled(request.mode)) {
         const auto time = place.value().find("requested_time");
         if (time == place.value().end() || time->is_null())
             place.say("\"requested_time\" is missing; " + std::string(text_of(request.mode)) +
@@ -304,7 +303,7 @@ constexpr Member<ConnectionPatch> receiver_members[] = {
     {"activation", read_activation},
     {"master_enable", read_master_enable},
     {"sender_id", read_peer_id},
-    {"transport_file", read_transport_file},
+    {"transport_file", read_file_member},
     {"transport_params",
      [](const JsonPlace& place, ConnectionPatch& patch) {
          read_legs(place, receiver_leg_members, patch);
@@ -312,21 +311,6 @@ constexpr Member<ConnectionPatch> receiver_members[] = {
 };
 
 } // namespace
-
-std::string_view text_of(ActivationMode mode)
-{
-    switch (mode) {
-    case ActivationMode::immediate:
-        return "activate_immediate";
-    case ActivationMode::scheduled_absolute:
-        return "activate_scheduled_absolute";
-    case ActivationMode::scheduled_relative:
-        return "activate_scheduled_relative";
-    case ActivationMode::none:
-        break;
-    }
-    return null_text;
-}
 
 ConnectionPatch parse_patch(const json& document, Side side, Findings& findings)
 {
@@ -337,36 +321,6 @@ ConnectionPatch parse_patch(const json& document, Side side, Findings& findings)
     else
         read_object<ConnectionPatch>(place, receiver_members, patch);
     return patch;
-}
-
-bool is_uuid(std::string_view text)
-{
-    // h: hexadecimal digit, v: version, n: variant (RFC 4122 4.1)
-    constexpr std::string_view shape = "hhhhhhhh-hhhh-vhhh-nhhh-hhhhhhhhhhhh";
-    if (text.size() != shape.size())
-        return false;
-    for (std::size_t i = 0; i < shape.size(); ++i) {
-        const char c = text[i];
-        const bool digit = c >= '0' && c <= '9';
-        switch (shape[i]) {
-        case 'h':
-            if (!digit && (c < 'a' || c > 'f'))
-                return false;
-            break;
-        case 'v':
-            if (c < '1' || c > '5')
-                return false;
-            break;
-        case 'n':
-            if (c != '8' && c != '9' && c != 'a' && c != 'b')
-                return false;
-            break;
-        default:
-            if (c != '-')
-                return false;
-        }
-    }
-    return true;
 }
 
 } // namespace nmos_instrument::host

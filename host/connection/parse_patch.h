@@ -3,8 +3,6 @@
 #ifndef NMOS_INSTRUMENT_HOST_CONNECTION_PARSE_PATCH_H
 #define NMOS_INSTRUMENT_HOST_CONNECTION_PARSE_PATCH_H
 
-#include <string_view>
-
 #include <nlohmann/json.hpp>
 
 #include "connection/connection_patch.h"
@@ -16,9 +14,6 @@ namespace nmos_instrument::host {
 /// v1.0-receiver-stage-schema.json). What cannot be is added to `findings`; the result counts only
 /// when there is none.
 ConnectionPatch parse_patch(const nlohmann::json& document, Side side, Findings& findings);
-
-/// The form that IS-04 and IS-05 demand of ids: lower case, version 1 to 5.
-bool is_uuid(std::string_view text);
 
 } // namespace nmos_instrument::host
 

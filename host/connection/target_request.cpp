@@ -5,9 +5,9 @@
 #include <algorithm>
 
 #include "connection/json_place.h"
-#include "connection/parse_patch.h"
 #include "records/record_text.h"
-#include "time/activation_time.h"
+#include "text/uuid.h"
+#include "time/tai_time.h"
 
 namespace nmos_instrument::host {
 namespace {

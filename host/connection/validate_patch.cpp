@@ -4,11 +4,10 @@
 
 #include <string>
 
-#include <nlohmann/json.hpp>
-
 #include "connection/read_transport_file.h"
 #include "records/record_text.h"
 #include "text/quoted_text.h"
+#include "text/utf8.h"
 
 namespace nmos_instrument::host {
 namespace {
@@ -31,17 +30,6 @@ LegPatch merged(const LegPatch& from_file, const LegPatch& explicit_leg)
     prefer(leg.source_port, explicit_leg.source_port);
     prefer(leg.rtp_enabled, explicit_leg.rtp_enabled);
     return leg;
-}
-
-/// A file that came by HTTP may hold any bytes; it is served again inside JSON.
-bool is_utf8(const std::string& text)
-{
-    try {
-        nlohmann::json(text).dump();
-        return true;
-    } catch (const nlohmann::json::exception&) {
-        return false;
-    }
 }
 
 class Validation
@@ -101,6 +89,7 @@ private:
                           "byte " + std::to_string(nul + 1) + " is NUL, which no SDP file has");
             return;
         }
+        // A file that came by HTTP may hold any bytes; it is served again inside JSON.
         if (!is_utf8(data)) {
             findings_.add(path, "the bytes are not UTF-8, as JSON and SDP demand");
             return;

@@ -12,42 +12,66 @@
 #include <unistd.h>
 
 namespace nmos_instrument::host {
-
 namespace {
 
-[[noreturn]] void fail(int descriptor, const std::string& where)
-{
-    const int reason = errno;
-    if (descriptor >= 0)
-        close(descriptor);
-    throw std::system_error(reason, std::generic_category(), where);
-}
-
-} // namespace
-
-ListeningSocket listen_on(const std::string& address, std::uint16_t port)
+sockaddr_in name_of(const std::string& address, std::uint16_t port)
 {
     sockaddr_in name{};
     name.sin_family = AF_INET;
     name.sin_port = htons(port);
     if (inet_pton(AF_INET, address.c_str(), &name.sin_addr) != 1)
         throw std::invalid_argument("'" + address + "' is no IPv4 address");
+    return name;
+}
 
-    const std::string where = address + ':' + std::to_string(port);
-    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (descriptor < 0)
-        fail(descriptor, where);
+/// Binds, listens, and writes the port that was got into `name`; false with errno when it cannot.
+bool listen_on(int descriptor, sockaddr_in& name)
+{
     // A restart must not wait for the connections of the last run to be forgotten.
     const int yes = 1;
     setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     // The kernel cuts the queue to net.core.somaxconn.
     constexpr int queue_length = 4096;
     socklen_t length = sizeof name;
-    if (bind(descriptor, reinterpret_cast<const sockaddr*>(&name), sizeof name) != 0 ||
-        listen(descriptor, queue_length) != 0 ||
-        getsockname(descriptor, reinterpret_cast<sockaddr*>(&name), &length) != 0)
-        fail(descriptor, where);
-    return {descriptor, ntohs(name.sin_port)};
+    auto* const any_name = reinterpret_cast<sockaddr*>(&name);
+    return bind(descriptor, any_name, length) == 0 && listen(descriptor, queue_length) == 0 &&
+           getsockname(descriptor, any_name, &length) == 0;
+}
+
+} // namespace
+
+ListeningSocket::ListeningSocket(const std::string& address, std::uint16_t port)
+    : descriptor_(-1), port_(port)
+{
+    sockaddr_in name = name_of(address, port);
+    descriptor_ = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (descriptor_ < 0 || !listen_on(descriptor_, name)) {
+        const int reason = errno;
+        if (descriptor_ >= 0)
+            close(descriptor_);
+        throw std::system_error(reason, std::generic_category(),
+                                address + ':' + std::to_string(port));
+    }
+    port_ = ntohs(name.sin_port);
+}
+
+ListeningSocket::~ListeningSocket()
+{
+    if (descriptor_ >= 0)
+        close(descriptor_);
+}
+
+ListeningSocket listen_at_first_free_port(const std::string& address, std::uint16_t port)
+{
+    constexpr std::uint16_t last = 65535;
+    for (;; ++port) {
+        try {
+            return {address, port};
+        } catch (const std::system_error& error) {
+            if (error.code() != std::errc::address_in_use || port == last)
+                throw;
+        }
+    }
 }
 
 } // namespace nmos_instrument::host

@@ -22,7 +22,6 @@
 
 #include "http/all_signals_blocked.h"
 #include "http/connection_table.h"
-#include "http/listening_socket.h"
 #include "http/open_file_limit.h"
 #include "http/report.h"
 #include "http/request_flow.h"
@@ -53,7 +52,7 @@ std::string peer_text(const sockaddr* address)
 class HttpServer::Daemon
 {
 public:
-    Daemon(HttpServerOptions options, HttpHandler handler);
+    Daemon(ListeningSocket socket, HttpServerOptions options, HttpHandler handler);
     ~Daemon() { stop(); }
 
     std::uint16_t port() const { return port_; }
@@ -80,7 +79,7 @@ private:
     milliseconds watch_interval() const;
 
     HttpServerOptions options_;
-    std::uint16_t port_ = 0;
+    const std::uint16_t port_;
     std::atomic<bool> stopping_{false};
     ConnectionTable connections_;
     RequestFlow flow_;
@@ -89,17 +88,17 @@ private:
     std::thread watchdog_;
 };
 
-HttpServer::Daemon::Daemon(HttpServerOptions options, HttpHandler handler)
-    : options_(std::move(options)), flow_(options_, std::move(handler), connections_, stopping_)
+HttpServer::Daemon::Daemon(ListeningSocket socket, HttpServerOptions options, HttpHandler handler)
+    : options_(std::move(options)),
+      port_(socket.port()),
+      flow_(options_, std::move(handler), connections_, stopping_)
 {
     options_.threads = std::max(options_.threads, 1U);
     options_.connection_limit =
         std::max(make_room_for_connections(options_.connection_limit), options_.threads);
-    const ListeningSocket listening = listen_on(options_.address, options_.port);
-    port_ = listening.port;
 
     const AllSignalsBlocked inherited_by_threads;
-    daemon_ = start(listening.descriptor);
+    daemon_ = start(socket.release());
     if (daemon_ == nullptr) // the socket may be closed or not, depending on what failed
         throw std::runtime_error("libmicrohttpd does not start");
     try {
@@ -263,7 +262,11 @@ void HttpServer::Daemon::on_remark(void* self, const char* format, va_list argum
 }
 
 HttpServer::HttpServer(HttpServerOptions options, HttpHandler handler)
-    : daemon_(std::make_unique<Daemon>(std::move(options), std::move(handler)))
+    : HttpServer(ListeningSocket(options.address, options.port), options, std::move(handler))
+{}
+
+HttpServer::HttpServer(ListeningSocket socket, HttpServerOptions options, HttpHandler handler)
+    : daemon_(std::make_unique<Daemon>(std::move(socket), std::move(options), std::move(handler)))
 {}
 
 HttpServer::~HttpServer() = default;

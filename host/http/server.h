@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 
+#include "http/listening_socket.h"
 #include "http/message.h"
 
 namespace nmos_instrument::host {
@@ -82,9 +83,12 @@ struct HttpServerOptions
 class HttpServer
 {
 public:
-    /// Accepts connections when it returns. Throws std::system_error whose text names the address and
-    /// port that cannot be served, std::invalid_argument for an address that is not IPv4.
+    /// Accepts connections when it returns, at the address and port of the options. Throws as
+    /// ListeningSocket does.
     HttpServer(HttpServerOptions options, HttpHandler handler);
+
+    /// The same on a socket that listens already: its address and port count, not the options'.
+    HttpServer(ListeningSocket socket, HttpServerOptions options, HttpHandler handler);
 
     /// Stops.
     ~HttpServer();

@@ -10,10 +10,10 @@
 #include <spdlog/spdlog.h>
 
 #include "connection/activate_staged.h"
+#include "connection/activation_request.h"
 #include "connection/validate_patch.h"
 #include "records/record_text.h"
 #include "text/quoted_text.h"
-#include "time/activation_time.h"
 #include "time/tai_clock.h"
 
 namespace nmos_instrument::host {
@@ -21,15 +21,49 @@ namespace {
 
 constexpr ActivationTexts no_activation;
 
-bool is_scheduled(ActivationMode mode)
+/// IS-05 v1.0: "mode": null gives up what is scheduled.
+bool cancels(const ConnectionPatch& patch)
 {
-    return mode == ActivationMode::scheduled_absolute || mode == ActivationMode::scheduled_relative;
+    return patch.activation && patch.activation->mode == ActivationMode::none;
 }
 
-std::string first_line_of(const std::string& text)
+ChangeOutcome locked_until(const std::string& name, const TaiTime& due)
 {
-    const std::size_t end = text.find('\n');
-    return end == std::string::npos ? text : text.substr(0, end) + " ...";
+    return {ChangeResult::locked, "", "The resource is locked: an activation is scheduled",
+            name + " activates at " + to_text(due) + "; /activation/mode null cancels that"};
+}
+
+ChangeOutcome beyond_tai(const ActivationRequest& request)
+{
+    return invalid_parameters("/activation/requested_time: found " +
+                              in_quotes(request.requested_time_text) +
+                              ", from now on that is beyond what a TAI clock can show");
+}
+
+ChangeResult success_of(const ActivationRequest& request)
+{
+    return is_scheduled(request.mode) ? ChangeResult::accepted : ChangeResult::done;
+}
+
+/// `activation_time`: its text; must live as long as the result, as `request` must.
+ActivationTexts texts_of(const ActivationRequest& request, std::string_view activation_time)
+{
+    return {text_of(request.mode),
+            is_scheduled(request.mode) ? std::string_view(request.requested_time_text) : null_text,
+            activation_time};
+}
+
+/// The record has one port: a controller that sends another as source port hears so in the log.
+void log_source_ports(const std::string& name, const ConnectionPatch& patch,
+                      const CONNECTION_HALF_IS05_ST& staged, std::vector<std::string>& log)
+{
+    for (std::size_t i = 0; i < leg_count; ++i) {
+        const std::optional<int>& port = patch.legs[i].source_port;
+        if (port && *port != staged.transport_params[i].destination_port)
+            log.push_back(name + ": source_port " + std::to_string(*port) + " of leg " +
+                          std::to_string(i + 1) +
+                          " is not kept, it is always the destination port");
+    }
 }
 
 void log_all(const std::vector<std::string>& lines)
@@ -40,12 +74,6 @@ void log_all(const std::vector<std::string>& lines)
 
 } // namespace
 
-void log_refusal(const std::string& resource, const ChangeOutcome& outcome)
-{
-    spdlog::info("refused a change of {}: {} {}: {}", resource, outcome.status, outcome.error,
-                 in_quotes(first_line_of(outcome.debug)));
-}
-
 Instrument::Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media)
     : configuration_(configuration),
       clock_(std::move(clock)),
@@ -53,14 +81,14 @@ Instrument::Instrument(const Configuration& configuration, Clock clock, ApplyToM
       records_(make_records(configuration, clock_())),
       index_(*records_)
 {
-    for (std::size_t i = 0; i < sender_count; ++i) {
-        const ConnectionKey key{Side::sender, i};
-        facts_[key] = facts_about(configuration_, records_->node, key);
-    }
-    for (std::size_t i = 0; i < receiver_count; ++i) {
-        const ConnectionKey key{Side::receiver, i};
-        facts_[key] = facts_about(configuration_, records_->node, key);
-    }
+    const auto add_facts = [this](Side side, std::int32_t count) {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+            const ConnectionKey key{side, i};
+            facts_[key] = facts_about(configuration_, records_->node, key);
+        }
+    };
+    add_facts(Side::sender, records_->node.senders_count);
+    add_facts(Side::receiver, records_->node.receivers_count);
 }
 
 std::string Instrument::sdp_file(std::size_t sender)
@@ -71,19 +99,17 @@ std::string Instrument::sdp_file(std::size_t sender)
 
 ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch& patch)
 {
-    std::vector<std::string> log;
+    LogLines log;
     ChangeOutcome outcome;
     bool scheduled = false;
     {
         const std::lock_guard lock(mutex_);
         outcome = change_locked(key, patch, log);
-        scheduled = pending_.contains(key);
+        scheduled = activations_.find(key) != nullptr;
     }
     log_all(log);
-    if (outcome.status >= 400) {
-        log_refusal(resource_name(key), outcome);
+    if (outcome.is_refusal())
         return outcome;
-    }
     if (scheduled && listeners_.scheduled)
         listeners_.scheduled();
     if (listeners_.changed)
@@ -92,87 +118,79 @@ ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch
 }
 
 ChangeOutcome Instrument::change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
-                                        std::vector<std::string>& log)
+                                        LogLines& log)
 {
-    CONNECTION_IS05_ST& target = connection(key);
-    const std::string name = resource_name(key);
-    const std::optional<ActivationRequest>& request = patch.activation;
-    const bool cancels = request && request->mode == ActivationMode::none;
-    const auto pending = pending_.find(key);
-    if (pending != pending_.end() && !cancels)
-        return {423, "", "The resource is locked: an activation is scheduled",
-                name + " activates at " + to_text(pending->second.due) +
-                    "; /activation/mode null cancels that"};
+    const ScheduledActivation* const scheduled = activations_.find(key);
+    if (scheduled != nullptr && !cancels(patch))
+        return locked_until(resource_name(key), scheduled->due);
 
     Findings findings;
-    const ConnectionPatch valid = validate_patch(patch, facts_.at(key), target.staged, findings);
+    const CONNECTION_HALF_IS05_ST& before = connection(key).staged;
+    const ConnectionPatch valid = validate_patch(patch, facts_.at(key), before, findings);
     if (!findings.empty())
-        return {400, "", "The parameters cannot be taken", findings.text()};
+        return invalid_parameters(findings.text());
+
+    const CONNECTION_HALF_IS05_ST staged = stage_patch(before, valid);
+    log_source_ports(resource_name(key), valid, staged, log);
+    if (!patch.activation || cancels(patch))
+        return stage(key, staged, log);
 
     const TaiTime now = clock_();
-    CONNECTION_HALF_IS05_ST staged = stage_patch(target.staged, valid);
-    for (std::size_t i = 0; i < leg_count; ++i) {
-        if (valid.legs[i].source_port &&
-            *valid.legs[i].source_port != staged.transport_params[i].destination_port)
-            log.push_back(name + ": source_port " + std::to_string(*valid.legs[i].source_port) +
-                          " of leg " + std::to_string(i + 1) +
-                          " is not kept, it is always the destination port");
-    }
+    const std::optional<TaiTime> due = due_time(*patch.activation, now);
+    if (!due)
+        return beyond_tai(*patch.activation);
+    if (*due > now)
+        return schedule(key, staged, *patch.activation, *due, log);
+    return activate_now(key, staged, *patch.activation, now, log);
+}
 
-    if (!request || cancels) {
-        set_activation(staged, no_activation);
-        target.staged = staged;
-        if (pending != pending_.end()) {
-            pending_.erase(pending);
-            log.push_back("cancelled the activation of " + name);
-        } else {
-            log.push_back("staged parameters of " + name);
-        }
-        return {200, staged_body(records_->connections, key), "", ""};
-    }
+ChangeOutcome Instrument::stage(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
+                                LogLines& log)
+{
+    set_activation(staged, no_activation);
+    connection(key).staged = staged;
+    const bool cancelled = activations_.cancel(key);
+    log.push_back((cancelled ? "cancelled the activation of " : "staged parameters of ") +
+                  resource_name(key));
+    return {ChangeResult::done, staged_body(records_->connections, key), "", ""};
+}
 
-    TaiTime due = now;
-    if (request->mode == ActivationMode::scheduled_absolute) {
-        due = request->requested_time;
-    } else if (request->mode == ActivationMode::scheduled_relative) {
-        const auto sum = sum_of(now, request->requested_time);
-        if (!sum)
-            return {400, "", "The parameters cannot be taken",
-                    "/activation/requested_time: found " + in_quotes(request->requested_time_text) +
-                        ", from now on that is beyond what a TAI clock can show"};
-        due = *sum;
-    }
-    const bool at_once = due <= now;
-    const std::string time_text = to_text(at_once ? now : due);
-    const ActivationTexts texts{
-        text_of(request->mode),
-        is_scheduled(request->mode) ? std::string_view(request->requested_time_text) : null_text,
-        time_text};
-    const int status = is_scheduled(request->mode) ? 202 : 200;
+ChangeOutcome Instrument::schedule(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
+                                   const ActivationRequest& request, const TaiTime& due,
+                                   LogLines& log)
+{
+    const std::string due_text = to_text(due);
+    set_activation(staged, texts_of(request, due_text));
+    connection(key).staged = staged;
+    activations_.schedule({key, request.mode, due});
+    log.push_back(
+        fmt::format("scheduled {}: {} at {}", resource_name(key), text_of(request.mode), due_text));
+    return {success_of(request), staged_body(records_->connections, key), "", ""};
+}
 
-    if (!at_once) {
-        set_activation(staged, texts);
-        target.staged = staged;
-        pending_[key] = {due, request->mode};
-        log.push_back("scheduled " + name + ": " + std::string(texts.mode) + " at " + time_text);
-        return {status, staged_body(records_->connections, key), "", ""};
-    }
-
+ChangeOutcome Instrument::activate_now(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
+                                       const ActivationRequest& request, const TaiTime& now,
+                                       LogLines& log)
+{
+    const std::string name = resource_name(key);
+    const std::string mode(text_of(request.mode));
+    const std::string now_text = to_text(now);
     // The answer shows the activation, the staged parameters themselves never do.
-    CONNECTION_HALF_IS05_ST shown = staged;
-    set_activation(shown, texts);
-    ChangeOutcome outcome{status, staged_body_with(key, shown), "", ""};
+    set_activation(staged, texts_of(request, now_text));
+    const std::string shown = staged_body_with(key, staged);
     set_activation(staged, no_activation);
     try {
-        activate(key, staged, texts, now);
+        activate(key, staged, texts_of(request, now_text), now);
     } catch (const std::exception& error) {
-        remember(failures_, {name, std::string(texts.mode), due, clock_(), error.what()});
-        return {500, "", "The activation failed, nothing has changed", error.what()};
+        activations_.report_failed({name, mode, now, clock_(), error.what()});
+        return {ChangeResult::failed, "", "The activation failed, nothing has changed",
+                error.what()};
     }
-    target.staged = staged;
-    remember(activations_, {name, std::string(texts.mode), now, clock_(), ""});
-    log.push_back("activated " + name + ": " + std::string(texts.mode) + " at " + time_text);
-    return outcome;
+    connection(key).staged = staged;
+    activations_.report_done({name, mode, now, clock_(), ""});
+    log.push_back(fmt::format("activated {}: {} at {}{}", name, mode, now_text,
+                              lateness_of_request(request, now)));
+    return {success_of(request), shown, "", ""};
 }
 
 void Instrument::activate(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged,
@@ -219,47 +237,17 @@ void Instrument::raise_sdp_version(std::size_t sender, const TaiTime& now)
 std::optional<TaiTime> Instrument::next_due()
 {
     const std::lock_guard lock(mutex_);
-    std::optional<TaiTime> next;
-    for (const auto& [key, pending] : pending_) {
-        if (!next || pending.due < *next)
-            next = pending.due;
-    }
-    return next;
+    return activations_.next_due();
 }
 
 bool Instrument::activate_due()
 {
-    std::vector<std::string> done;
-    std::vector<std::string> failed;
+    LogLines done;
+    LogLines failed;
     {
         const std::lock_guard lock(mutex_);
-        for (auto entry = pending_.begin(); entry != pending_.end();) {
-            const auto [key, pending] = *entry;
-            const TaiTime now = clock_();
-            if (pending.due > now) {
-                ++entry;
-                continue;
-            }
-            entry = pending_.erase(entry);
-            CONNECTION_HALF_IS05_ST& staged = connection(key).staged;
-            const std::string mode(text_of(pending.mode));
-            const std::string requested(text_of(staged.requested_time));
-            const std::string due(to_text(pending.due));
-            const std::string name = resource_name(key);
-            set_activation(staged, no_activation);
-            try {
-                activate(key, staged, {mode, requested, due}, now);
-                const TaiTime end = clock_();
-                remember(activations_, {name, mode, pending.due, end, ""});
-                const auto late = span_between(pending.due, end);
-                done.push_back(fmt::format("activated {}: {} at {}, {} us late", name, mode, due,
-                                           late.count() / 1000));
-            } catch (const std::exception& error) {
-                remember(failures_, {name, mode, pending.due, clock_(), error.what()});
-                failed.push_back("activation of " + name +
-                                 " failed, nothing has changed: " + error.what());
-            }
-        }
+        while (const auto activation = activations_.take_due(clock_()))
+            activate_scheduled(*activation, done, failed);
     }
     log_all(done);
     for (const std::string& line : failed)
@@ -270,24 +258,37 @@ bool Instrument::activate_due()
     return any;
 }
 
+void Instrument::activate_scheduled(const ScheduledActivation& activation, LogLines& done,
+                                    LogLines& failed)
+{
+    CONNECTION_HALF_IS05_ST& staged = connection(activation.key).staged;
+    const std::string name = resource_name(activation.key);
+    const std::string mode(text_of(activation.mode));
+    const std::string requested(text_of(staged.requested_time));
+    const std::string due = to_text(activation.due);
+    set_activation(staged, no_activation);
+    try {
+        activate(activation.key, staged, {mode, requested, due}, clock_());
+        const TaiTime end = clock_();
+        activations_.report_done({name, mode, activation.due, end, ""});
+        done.push_back(fmt::format("activated {}: {} at {}, {} us late", name, mode, due,
+                                   span_between(activation.due, end).count() / 1000));
+    } catch (const std::exception& error) {
+        activations_.report_failed({name, mode, activation.due, clock_(), error.what()});
+        failed.push_back("activation of " + name + " failed, nothing has changed: " + error.what());
+    }
+}
+
 InstrumentStatus Instrument::status()
 {
     const std::lock_guard lock(mutex_);
     InstrumentStatus status;
-    status.activations.assign(activations_.begin(), activations_.end());
-    status.failures.assign(failures_.begin(), failures_.end());
-    for (const auto& [key, pending] : pending_)
+    status.activations.assign(activations_.done().begin(), activations_.done().end());
+    status.failures.assign(activations_.failed().begin(), activations_.failed().end());
+    for (const auto& [key, activation] : activations_.scheduled())
         status.pending.push_back(
-            {resource_name(key), std::string(text_of(pending.mode)), pending.due});
+            {resource_name(key), std::string(text_of(activation.mode)), activation.due});
     return status;
-}
-
-void Instrument::remember(std::deque<ActivationReport>& list, ActivationReport report)
-{
-    constexpr std::size_t most = 20;
-    list.push_front(std::move(report));
-    if (list.size() > most)
-        list.pop_back();
 }
 
 CONNECTION_IS05_ST& Instrument::connection(const ConnectionKey& key)
@@ -298,11 +299,23 @@ CONNECTION_IS05_ST& Instrument::connection(const ConnectionKey& key)
 }
 
 /// Ids never change: no lock is needed.
+std::string Instrument::id_of(const ConnectionKey& key) const
+{
+    const NMOS_IS04_ST& node = records_->node;
+    return std::string(text_of(key.side == Side::sender ? node.senders[key.index].id
+                                                        : node.receivers[key.index].id));
+}
+
 std::string Instrument::resource_name(const ConnectionKey& key) const
 {
-    if (key.side == Side::sender)
-        return "senders/" + std::string(text_of(records_->node.senders[key.index].id));
-    return "receivers/" + std::string(text_of(records_->node.receivers[key.index].id));
+    return (key.side == Side::sender ? "senders/" : "receivers/") + id_of(key);
+}
+
+SUBSCRIPTION_IS04_ST& Instrument::subscription(const ConnectionKey& key)
+{
+    NMOS_IS04_ST& node = records_->node;
+    return key.side == Side::sender ? node.senders[key.index].subscription[0]
+                                    : node.receivers[key.index].subscription[0];
 }
 
 std::string Instrument::staged_body(NMOS_IS05_ST& connections, const ConnectionKey& key) const

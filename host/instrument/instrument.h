@@ -6,8 +6,8 @@
 #ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_INSTRUMENT_H
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_INSTRUMENT_H
 
-#include <chrono>
-#include <deque>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -20,6 +20,8 @@
 #include "connection/connection_facts.h"
 #include "connection/connection_patch.h"
 #include "connection/stage_patch.h"
+#include "instrument/activations.h"
+#include "instrument/change_outcome.h"
 #include "instrument/saved_state.h"
 #include "records/fill_records.h"
 #include "records/resource_index.h"
@@ -27,40 +29,18 @@
 
 namespace nmos_instrument::host {
 
-/// How a change of a connection ended.
-struct ChangeOutcome
-{
-    int status = 200; ///< 200, 202, 400, 423 or 500
-    std::string body; ///< of 200 and 202: the whole staged parameters
-    std::string error;
-    std::string debug;
-};
-
-/// One line in the log about a change that was refused, by the instrument or before it came there.
-void log_refusal(const std::string& resource, const ChangeOutcome& outcome);
-
-/// An activation that took place, or failed.
-struct ActivationReport
-{
-    std::string resource; ///< "receivers/<id>"
-    std::string mode;
-    TaiTime due;     ///< when it was to happen; of an immediate one when it was asked for
-    TaiTime done;    ///< when it happened
-    std::string why; ///< of a failure
-};
-
-struct PendingActivation
-{
-    std::string resource;
-    std::string mode;
-    TaiTime due;
-};
-
 struct InstrumentStatus
 {
+    struct Pending
+    {
+        std::string resource;
+        std::string mode;
+        TaiTime due;
+    };
+
     std::vector<ActivationReport> activations; ///< the last ones, newest first
     std::vector<ActivationReport> failures;    ///< likewise
-    std::vector<PendingActivation> pending;
+    std::vector<Pending> pending;
 };
 
 class Instrument
@@ -121,25 +101,41 @@ public:
     void listen(Listeners listeners) { listeners_ = std::move(listeners); }
 
 private:
-    struct Pending
-    {
-        TaiTime due;
-        ActivationMode mode;
-    };
+    using LogLines = std::vector<std::string>; ///< written when the lock is given back
 
     CONNECTION_IS05_ST& connection(const ConnectionKey& key);
+    SUBSCRIPTION_IS04_ST& subscription(const ConnectionKey& key);
+    std::string id_of(const ConnectionKey& key) const;
     std::string staged_body(NMOS_IS05_ST& connections, const ConnectionKey& key) const;
     std::string staged_body_with(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged);
     std::string sdp_text(std::size_t sender);
+    std::uint64_t sdp_hash(std::size_t sender);
 
+    // The ways that a change can end, under the lock.
     ChangeOutcome change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
-                                std::vector<std::string>& log);
+                                LogLines& log);
+    ChangeOutcome stage(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged, LogLines& log);
+    ChangeOutcome schedule(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
+                           const ActivationRequest& request, const TaiTime& due, LogLines& log);
+    ChangeOutcome activate_now(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
+                               const ActivationRequest& request, const TaiTime& now, LogLines& log);
+    void activate_scheduled(const ScheduledActivation& activation, LogLines& done,
+                            LogLines& failed);
+
+    // What an activation does to the records, under the lock.
     void activate(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged,
                   const ActivationTexts& texts, const TaiTime& now);
     void follow_activation(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& active,
                            const TaiTime& now);
     void raise_sdp_version(std::size_t sender, const TaiTime& now);
-    void remember(std::deque<ActivationReport>& list, ActivationReport report);
+
+    // The parts of a saved state, put back into the records, under the lock.
+    void restore_connections(const SavedState& saved, std::vector<std::string>& messages);
+    std::size_t restore_side(Side side, const std::map<std::string, SavedConnection>& saved,
+                             std::vector<std::string>& messages);
+    void restore_counters(const SavedCounters& saved);
+    void restore_versions(const std::map<std::string, SavedResource>& saved);
+    void restore_sdp_versions(const std::map<std::string, SavedConnection>& saved);
 
     template <class Visit>
     void visit_resources(Visit&& visit);
@@ -152,10 +148,8 @@ private:
     std::mutex mutex_;
     const std::unique_ptr<Records> records_;
     const ResourceIndex index_;
-    std::map<ConnectionKey, ConnectionFacts> facts_; ///< never changes
-    std::map<ConnectionKey, Pending> pending_;
-    std::deque<ActivationReport> activations_;
-    std::deque<ActivationReport> failures_;
+    std::map<ConnectionKey, ConnectionFacts> facts_; ///< of all that the node has; never changes
+    Activations activations_;
     Nmos advertisement_; ///< its counters say how often each kind of resource has changed
 };
 

@@ -4,11 +4,13 @@
 
 #include "instrument/instrument.h"
 
+#include <utility>
+
 #include "connection/activate_staged.h"
 #include "records/record_text.h"
 #include "text/quoted_text.h"
-#include "time/activation_time.h"
 #include "time/tai_clock.h"
+#include "time/tai_time.h"
 
 namespace nmos_instrument::host {
 
@@ -81,20 +83,14 @@ SavedState Instrument::saved_state()
         state.resources[std::string(text_of(id))] = {
             parse_tai_time(text_of(version)).value_or(TaiTime()), body_hash(version, make_body)};
     });
-    NMOS_IS04_ST& node = records_->node;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(node.senders_count); ++i) {
-        SavedConnection& saved = state.senders[std::string(text_of(node.senders[i].id))];
-        const CONNECTION_IS05_ST& from = records_->connections.senders[i];
-        SdpSession& session = records_->sdp_sessions[i];
-        saved = {from.staged, from.active, session.version, 0};
-        session.version = 0;
-        saved.sdp_hash = stable_hash(sdp_text(i));
-        session.version = saved.sdp_version;
-    }
-    for (std::size_t i = 0; i < static_cast<std::size_t>(node.receivers_count); ++i) {
-        const CONNECTION_IS05_ST& from = records_->connections.receivers[i];
-        state.receivers[std::string(text_of(node.receivers[i].id))] = {from.staged, from.active, 0,
-                                                                       0};
+    for (const auto& [key, facts] : facts_) {
+        const CONNECTION_IS05_ST& from = connection(key);
+        if (key.side == Side::sender)
+            state.senders[id_of(key)] = {from.staged, from.active,
+                                         records_->sdp_sessions[key.index].version,
+                                         sdp_hash(key.index)};
+        else
+            state.receivers[id_of(key)] = {from.staged, from.active, 0, 0};
     }
     return state;
 }
@@ -103,71 +99,101 @@ std::vector<std::string> Instrument::restore(const SavedState& saved)
 {
     const std::lock_guard lock(mutex_);
     const auto before = std::make_unique<Records>(*records_);
-    const TaiTime now = clock_();
     std::vector<std::string> messages;
-    NMOS_IS04_ST& node = records_->node;
-
-    const auto take_over = [&](Side side, auto& resources, std::int32_t count,
-                               const std::map<std::string, SavedConnection>& connections) {
-        std::size_t known = 0;
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            const auto found = connections.find(std::string(text_of(resources[i].id)));
-            if (found == connections.end())
-                continue;
-            ++known;
-            const ConnectionKey key{side, i};
-            CONNECTION_IS05_ST& target = connection(key);
-            target.staged = found->second.staged;
-            target.active = found->second.active;
-            set_activation(target.staged, ActivationTexts()); // pending ones do not survive
-            fit_to_interfaces(target.staged, facts_.at(key), resource_name(key), messages);
-            fit_to_interfaces(target.active, facts_.at(key), resource_name(key), messages);
-            resources[i].subscription[0] = subscription_of(target.active, side);
-        }
-        return known;
-    };
-    std::size_t dropped = saved.senders.size() + saved.receivers.size();
-    dropped -= take_over(Side::sender, node.senders, node.senders_count, saved.senders);
-    dropped -= take_over(Side::receiver, node.receivers, node.receivers_count, saved.receivers);
-    if (dropped != 0)
-        messages.push_back("dropped the saved parameters of " + std::to_string(dropped) +
-                           " senders and receivers that the configuration no longer has");
-
+    restore_connections(saved, messages);
     const std::vector<std::string> wrong = nmos_instrument::check_record(records_->connections);
     if (!wrong.empty()) {
         *records_ = *before;
         throw DamagedState(wrong.front());
     }
+    // After the connections: a version depends on what the resource shows by then.
+    restore_counters(saved.counters);
+    restore_versions(saved.resources);
+    restore_sdp_versions(saved.senders);
+    return messages;
+}
 
-    const SavedCounters& counters = saved.counters;
-    advertisement_.ver_slf = counters.self;
-    advertisement_.ver_src = counters.sources;
-    advertisement_.ver_flw = counters.flows;
-    advertisement_.ver_dvc = counters.devices;
-    advertisement_.ver_snd = counters.senders;
-    advertisement_.ver_rcv = counters.receivers;
+void Instrument::restore_connections(const SavedState& saved, std::vector<std::string>& messages)
+{
+    const std::size_t found = restore_side(Side::sender, saved.senders, messages) +
+                              restore_side(Side::receiver, saved.receivers, messages);
+    const std::size_t dropped = saved.senders.size() + saved.receivers.size() - found;
+    if (dropped != 0)
+        messages.push_back("dropped the saved parameters of " + std::to_string(dropped) +
+                           " senders and receivers that the configuration no longer has");
+}
+
+/// How many of the saved ones the configuration has.
+std::size_t Instrument::restore_side(Side side, const std::map<std::string, SavedConnection>& saved,
+                                     std::vector<std::string>& messages)
+{
+    std::size_t found = 0;
+    for (const auto& [key, facts] : facts_) {
+        if (key.side != side)
+            continue;
+        const auto connection_of = saved.find(id_of(key));
+        if (connection_of == saved.end())
+            continue;
+        ++found;
+        CONNECTION_IS05_ST& target = connection(key);
+        target.staged = connection_of->second.staged;
+        target.active = connection_of->second.active;
+        set_activation(target.staged, ActivationTexts()); // what was scheduled does not survive
+        fit_to_interfaces(target.staged, facts, resource_name(key), messages);
+        fit_to_interfaces(target.active, facts, resource_name(key), messages);
+        subscription(key) = subscription_of(target.active, side);
+    }
+    return found;
+}
+
+void Instrument::restore_counters(const SavedCounters& saved)
+{
+    advertisement_.ver_slf = saved.self;
+    advertisement_.ver_src = saved.sources;
+    advertisement_.ver_flw = saved.flows;
+    advertisement_.ver_dvc = saved.devices;
+    advertisement_.ver_snd = saved.senders;
+    advertisement_.ver_rcv = saved.receivers;
+}
+
+/// A resource that still reads as when it was saved keeps its version.
+void Instrument::restore_versions(const std::map<std::string, SavedResource>& saved)
+{
+    const TaiTime now = clock_();
     visit_resources([&](auto count_change, auto& id, auto& version, auto&& make_body) {
-        const auto found = saved.resources.find(std::string(text_of(id)));
-        const bool same = found != saved.resources.end() &&
-                          found->second.body_hash == body_hash(version, make_body);
-        if (found != saved.resources.end())
+        const auto found = saved.find(std::string(text_of(id)));
+        const bool same =
+            found != saved.end() && found->second.body_hash == body_hash(version, make_body);
+        if (found != saved.end())
             set_text(version, to_text(same ? found->second.version
                                            : later_than(found->second.version, now)));
         if (!same)
             (advertisement_.*count_change)();
     });
-    for (std::size_t i = 0; i < static_cast<std::size_t>(node.senders_count); ++i) {
-        const auto found = saved.senders.find(std::string(text_of(node.senders[i].id)));
-        if (found == saved.senders.end())
+}
+
+void Instrument::restore_sdp_versions(const std::map<std::string, SavedConnection>& saved)
+{
+    const TaiTime now = clock_();
+    for (const auto& [key, facts] : facts_) {
+        const auto found = saved.find(id_of(key));
+        if (key.side != Side::sender || found == saved.end())
             continue;
-        std::uint64_t& version = records_->sdp_sessions[i].version;
-        version = 0;
-        const bool same = stable_hash(sdp_text(i)) == found->second.sdp_hash;
-        version = found->second.sdp_version;
+        const bool same = sdp_hash(key.index) == found->second.sdp_hash;
+        records_->sdp_sessions[key.index].version = found->second.sdp_version;
         if (!same)
-            raise_sdp_version(i, now);
+            raise_sdp_version(key.index, now);
     }
-    return messages;
+}
+
+/// The hash of a sender's SDP file without its version.
+std::uint64_t Instrument::sdp_hash(std::size_t sender)
+{
+    std::uint64_t& version = records_->sdp_sessions[sender].version;
+    const std::uint64_t kept = std::exchange(version, 0);
+    const std::uint64_t hash = stable_hash(sdp_text(sender));
+    version = kept;
+    return hash;
 }
 
 } // namespace nmos_instrument::host

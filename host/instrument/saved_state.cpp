@@ -7,7 +7,7 @@
 #include "configuration/resource_counts.h"
 #include "records/record_text.h"
 #include "text/json_input.h"
-#include "time/activation_time.h"
+#include "time/tai_time.h"
 
 namespace nmos_instrument::host {
 namespace {

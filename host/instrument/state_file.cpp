@@ -101,7 +101,7 @@ void replace_file(const std::string& file, const std::string& text)
 void restore_from(const std::string& file, Instrument& instrument)
 {
     if (::access(file.c_str(), F_OK) != 0 && errno == ENOENT) {
-        spdlog::info("--state {}: first start", file);
+        spdlog::info("no {} yet: starting with the configuration", file);
         return;
     }
     std::string text;
@@ -113,7 +113,7 @@ void restore_from(const std::string& file, Instrument& instrument)
     try {
         for (const std::string& message : instrument.restore(parse_saved_state(text)))
             spdlog::warn("--state {}: {}", file, message);
-        spdlog::info("--state {}: taken over", file);
+        spdlog::info("state restored from {}", file);
     } catch (const DamagedState& error) {
         set_aside(file, in_quotes(error.what()));
     }

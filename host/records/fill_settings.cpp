@@ -3,24 +3,23 @@
 #include "records/fill_settings.h"
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
-#include <arpa/inet.h>
-
 #include "configuration/video_format.h"
+#include "text/ipv4_address.h"
 
 namespace nmos_instrument::host {
 namespace {
 
 void set_octets(std::int16_t (&octets)[4], const std::string& address)
 {
-    in_addr parsed;
-    if (inet_pton(AF_INET, address.c_str(), &parsed) != 1)
+    const std::optional<std::uint32_t> number = ipv4_from_dotted_quad(address);
+    if (!number)
         throw std::logic_error("\"" + address + "\" is no IPv4 address");
-    const std::uint32_t number = ntohl(parsed.s_addr);
     for (int i = 0; i < 4; ++i)
-        octets[i] = static_cast<std::int16_t>(number >> (24 - 8 * i) & 0xff);
+        octets[i] = static_cast<std::int16_t>(*number >> (24 - 8 * i) & 0xff);
 }
 
 void set_port(std::int16_t* low_and_high_byte, int port)

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include <utility>
-
+#include <nlohmann/json.hpp>
 #include <nmos_instrument/nmos_instrument.h>
 
 #include "connection/bulk_request.h"
 #include "connection/parse_patch.h"
 #include "http/error_response.h"
+#include "routes/change_response.h"
 #include "routes/id_listing.h"
 #include "routes/routes.h"
 
@@ -15,150 +15,150 @@ namespace {
 
 using nlohmann::json;
 
-/// What a single PATCH does, short of answering.
+/// What one PATCH asks for, short of answering; an entry of a bulk request asks for the same.
 ChangeOutcome patch_staged(Instrument& instrument, const ConnectionKey& key, const json& document)
 {
     Findings findings;
     const ConnectionPatch patch = parse_patch(document, key.side, findings);
-    if (findings.empty())
-        return instrument.change(key, patch);
-    ChangeOutcome refusal{400, "", "The parameters cannot be taken", findings.text()};
-    log_refusal(instrument.resource_name(key), refusal);
-    return refusal;
+    return change(instrument, key, patch, findings);
 }
 
-RouteHandler single_patch(const Services& services, Side side)
+template <Side side>
+void patch_one(const Services& services, const JsonRequest& request, const HttpReply& reply)
 {
-    return with_json([services, side](const HttpRequest&, std::size_t index, const json& document,
-                                      const HttpReply& reply) {
-        const ChangeOutcome outcome = patch_staged(services.instrument, {side, index}, document);
-        if (outcome.status >= 400)
-            reply(error_response(outcome.status, outcome.error, outcome.debug));
-        else
-            reply_when_saved(services, reply, json_response(outcome.body, outcome.status));
-    });
+    const ChangeOutcome outcome =
+        patch_staged(services.instrument, {side, request.index}, request.document);
+    if (outcome.is_refusal())
+        reply(refusal_response(outcome));
+    else
+        reply_when_saved(services, reply, json_response(outcome.body, http_status(outcome.result)));
 }
 
 json bulk_answer_to(const Services& services, Side side, const BulkEntry& entry)
 {
     const ResourceKind kind = side == Side::sender ? ResourceKind::sender : ResourceKind::receiver;
     const auto index = services.instrument.index().find(kind, entry.id);
-    json answer = {{"id", entry.id}};
-    if (!index) {
-        answer["code"] = 404;
-        answer["error"] = "Not found";
-        answer["debug"] = "there is no such id";
-        return answer;
-    }
+    if (!index)
+        return {{"id", entry.id},
+                {"code", 404},
+                {"error", "Not found"},
+                {"debug", "there is no such id"}};
     const ChangeOutcome outcome = patch_staged(services.instrument, {side, *index}, *entry.params);
-    answer["code"] = outcome.status;
-    if (outcome.status >= 400) {
+    json answer = {{"id", entry.id}, {"code", http_status(outcome.result)}};
+    if (outcome.is_refusal()) {
         answer["error"] = outcome.error;
         answer["debug"] = outcome.debug;
     }
     return answer;
 }
 
-RouteHandler bulk_post(const Services& services, Side side)
+template <Side side>
+void post_bulk(const Services& services, const JsonRequest& request, const HttpReply& reply)
 {
-    return with_json([services, side](const HttpRequest&, std::size_t, const json& document,
-                                      const HttpReply& reply) {
-        Findings findings;
-        const std::vector<BulkEntry> entries = parse_bulk_request(document, findings);
-        if (!findings.empty()) {
-            reply(error_response(400, "The body is no bulk request", findings.text()));
-            return;
-        }
-        json answers = json::array();
-        for (const BulkEntry& entry : entries)
-            answers.push_back(bulk_answer_to(services, side, entry));
-        reply_when_saved(
-            services, reply,
-            json_response(answers.dump(-1, ' ', false, json::error_handler_t::replace)));
-    });
+    Findings findings;
+    const std::vector<BulkEntry> entries = parse_bulk_request(request.document, findings);
+    if (!findings.empty()) {
+        reply(error_response(400, "The body is no bulk request", findings.text()));
+        return;
+    }
+    json answers = json::array();
+    for (const BulkEntry& entry : entries)
+        answers.push_back(bulk_answer_to(services, side, entry));
+    reply_when_saved(services, reply,
+                     json_response(answers.dump(-1, ' ', false, json::error_handler_t::replace)));
 }
+
+/// A leg has one interface: that is all that its constraints say.
+template <Side side>
+HttpResponse constraints(const Services& services, std::size_t index)
+{
+    const auto& interfaces = services.instrument.configuration().interfaces;
+    std::string leg1 = interfaces[0].address;
+    std::string leg2 = interfaces[1].address;
+    return json_response(services.instrument.read([&](Records& records) {
+        ConnectionApi api;
+        return side == Side::sender
+                   ? api.make_single_senderid_constraints(&records.connections,
+                                                          static_cast<int>(index), &leg1, &leg2)
+                   : api.make_single_receiverid_constraints(&records.connections,
+                                                            static_cast<int>(index), &leg1, &leg2);
+    }));
+}
+
+HttpResponse transport_file(const Services& services, std::size_t sender)
+{
+    HttpResponse response;
+    response.content_type = "application/sdp";
+    response.body = services.instrument.sdp_file(sender);
+    response.headers = {{"Cache-Control", "no-cache"}};
+    return response;
+}
+
+constexpr Route table[] = {
+    {"GET", "/x-nmos/connection", [](Records&, int) { return ConnectionApi().make_version(); }},
+    {"GET", "/x-nmos/connection/v1.0",
+     [](Records& records, int) { return ConnectionApi().make_base(&records.connections); }},
+
+    // IS-05 v1.0 wants a 405 for GET of the two, so the library's empty listings are not served.
+    {"GET", "/x-nmos/connection/v1.0/bulk",
+     [](Records& records, int) { return ConnectionApi().make_bulk(&records.connections); }},
+    {"POST", "/x-nmos/connection/v1.0/bulk/senders", post_bulk<Side::sender>},
+    {"POST", "/x-nmos/connection/v1.0/bulk/receivers", post_bulk<Side::receiver>},
+
+    {"GET", "/x-nmos/connection/v1.0/single",
+     [](Records& records, int) { return ConnectionApi().make_single(&records.connections); }},
+
+    {"GET", "/x-nmos/connection/v1.0/single/senders",
+     [](Records& records, int) {
+         return without_trailing_comma(ConnectionApi().make_single_senders(
+             &records.node, records.selection.sender_filter != 0));
+     }},
+    {"GET", "/x-nmos/connection/v1.0/single/senders/{sender}",
+     [](Records& records, int) {
+         return ConnectionApi().make_single_senderid(&records.connections);
+     }},
+    {"GET", "/x-nmos/connection/v1.0/single/senders/{sender}/constraints",
+     constraints<Side::sender>},
+    {"GET", "/x-nmos/connection/v1.0/single/senders/{sender}/staged",
+     [](Records& records, int index) {
+         return ConnectionApi().make_single_senderid_staged(&records.connections, index);
+     }},
+    {"PATCH", "/x-nmos/connection/v1.0/single/senders/{sender}/staged", patch_one<Side::sender>},
+    {"GET", "/x-nmos/connection/v1.0/single/senders/{sender}/active",
+     [](Records& records, int index) {
+         return ConnectionApi().make_single_senderid_active(&records.connections, index);
+     }},
+    {"GET", "/x-nmos/connection/v1.0/single/senders/{sender}/transportfile", transport_file},
+
+    {"GET", "/x-nmos/connection/v1.0/single/receivers",
+     [](Records& records, int) {
+         return without_trailing_comma(
+             ConnectionApi().make_single_receivers(&records.node, records.selection.receiver_filter,
+                                                   records.selection.audio_group_filter));
+     }},
+    {"GET", "/x-nmos/connection/v1.0/single/receivers/{receiver}",
+     [](Records& records, int) {
+         return ConnectionApi().make_single_receiverid(&records.connections);
+     }},
+    {"GET", "/x-nmos/connection/v1.0/single/receivers/{receiver}/constraints",
+     constraints<Side::receiver>},
+    {"GET", "/x-nmos/connection/v1.0/single/receivers/{receiver}/staged",
+     [](Records& records, int index) {
+         return ConnectionApi().make_single_receiverid_staged(&records.connections, index);
+     }},
+    {"PATCH", "/x-nmos/connection/v1.0/single/receivers/{receiver}/staged",
+     patch_one<Side::receiver>},
+    {"GET", "/x-nmos/connection/v1.0/single/receivers/{receiver}/active",
+     [](Records& records, int index) {
+         return ConnectionApi().make_single_receiverid_active(&records.connections, index);
+     }},
+};
 
 } // namespace
 
-void add_connection_routes(Router& router, const Services& services)
+std::span<const Route> connection_routes()
 {
-    const std::string base = "/x-nmos/connection/v1.0";
-    Instrument& instrument = services.instrument;
-
-    // GET `path`, answered with what `make` makes of the records.
-    const auto get = [&](const std::string& path, auto make) {
-        router.get(base + path, [&instrument, make](const HttpRequest&, std::size_t index) {
-            return json_response(instrument.read(
-                [&](Records& records) { return make(records, static_cast<int>(index)); }));
-        });
-    };
-
-    router.get("/x-nmos/connection", [](const HttpRequest&, std::size_t) {
-        return json_response(ConnectionApi().make_version());
-    });
-    get("", [](Records& records, int) { return ConnectionApi().make_base(&records.connections); });
-    get("/bulk",
-        [](Records& records, int) { return ConnectionApi().make_bulk(&records.connections); });
-    // IS-05 v1.0 wants a 405 for GET here, so the library's empty listings are not served.
-    router.add("POST", base + "/bulk/senders", bulk_post(services, Side::sender));
-    router.add("POST", base + "/bulk/receivers", bulk_post(services, Side::receiver));
-    get("/single",
-        [](Records& records, int) { return ConnectionApi().make_single(&records.connections); });
-
-    get("/single/senders", [](Records& records, int) {
-        return without_trailing_comma(ConnectionApi().make_single_senders(
-            &records.node, records.selection.sender_filter != 0));
-    });
-    get("/single/senders/{sender}", [](Records& records, int) {
-        return ConnectionApi().make_single_senderid(&records.connections);
-    });
-    get("/single/senders/{sender}/constraints", [&instrument](Records& records, int index) {
-        const auto& interfaces = instrument.configuration().interfaces;
-        std::string leg1 = interfaces[0].address;
-        std::string leg2 = interfaces[1].address;
-        return ConnectionApi().make_single_senderid_constraints(&records.connections, index, &leg1,
-                                                                &leg2);
-    });
-    get("/single/senders/{sender}/staged", [](Records& records, int index) {
-        return ConnectionApi().make_single_senderid_staged(&records.connections, index);
-    });
-    router.add("PATCH", base + "/single/senders/{sender}/staged",
-               single_patch(services, Side::sender));
-    get("/single/senders/{sender}/active", [](Records& records, int index) {
-        return ConnectionApi().make_single_senderid_active(&records.connections, index);
-    });
-    router.get(base + "/single/senders/{sender}/transportfile",
-               [&instrument](const HttpRequest&, std::size_t index) {
-                   HttpResponse response;
-                   response.content_type = "application/sdp";
-                   response.body = instrument.sdp_file(index);
-                   response.headers = {{"Cache-Control", "no-cache"}};
-                   return response;
-               });
-
-    get("/single/receivers", [](Records& records, int) {
-        return without_trailing_comma(
-            ConnectionApi().make_single_receivers(&records.node, records.selection.receiver_filter,
-                                                  records.selection.audio_group_filter));
-    });
-    get("/single/receivers/{receiver}", [](Records& records, int) {
-        return ConnectionApi().make_single_receiverid(&records.connections);
-    });
-    get("/single/receivers/{receiver}/constraints", [&instrument](Records& records, int index) {
-        const auto& interfaces = instrument.configuration().interfaces;
-        std::string leg1 = interfaces[0].address;
-        std::string leg2 = interfaces[1].address;
-        return ConnectionApi().make_single_receiverid_constraints(&records.connections, index,
-                                                                  &leg1, &leg2);
-    });
-    get("/single/receivers/{receiver}/staged", [](Records& records, int index) {
-        return ConnectionApi().make_single_receiverid_staged(&records.connections, index);
-    });
-    router.add("PATCH", base + "/single/receivers/{receiver}/staged",
-               single_patch(services, Side::receiver));
-    get("/single/receivers/{receiver}/active", [](Records& records, int index) {
-        return ConnectionApi().make_single_receiverid_active(&records.connections, index);
-    });
+    return table;
 }
 
 } // namespace nmos_instrument::host

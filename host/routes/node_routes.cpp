@@ -8,8 +8,10 @@
 
 #include "connection/target_request.h"
 #include "http/error_response.h"
+#include "http/manifest_fetcher.h"
 #include "records/addresses.h"
 #include "records/record_text.h"
+#include "routes/change_response.h"
 #include "routes/routes.h"
 #include "text/quoted_text.h"
 
@@ -42,37 +44,20 @@ struct TargetChange
 
     void apply(const ConnectionPatch& patch) const
     {
-        const ChangeOutcome outcome = services.instrument.change(receiver, patch);
-        if (outcome.status == 200)
-            reply_when_saved(services, reply, json_response(body, 202));
+        const ChangeOutcome outcome = change(services.instrument, receiver, patch, Findings());
+        if (outcome.is_refusal())
+            reply(refusal_response(outcome));
         else
-            reply(error_response(outcome.status, outcome.error, outcome.debug));
+            reply_when_saved(services, reply, json_response(body, 202));
     }
 };
 
-void put_target(const Services& services, const HttpRequest& request, std::size_t receiver,
-                const nlohmann::json& document, const HttpReply& reply)
+/// The manifest is the SDP file of the sender that the target names.
+void connect_with_manifest(const Services& services, const TargetSender& sender,
+                           const std::shared_ptr<TargetChange>& change)
 {
-    Findings findings;
-    const std::optional<TargetSender> sender = parse_target(document, findings);
-    if (!findings.empty()) {
-        reply(
-            error_response(400, "The body is no sender of IS-04 v1.2 and not {}", findings.text()));
-        return;
-    }
-    auto change = std::make_shared<TargetChange>(
-        TargetChange{services, {Side::receiver, receiver}, request.body, reply});
-    if (!sender) {
-        change->body = "{}";
-        change->apply(patch_to_disconnect());
-        return;
-    }
-    if (const auto own = own_sender(services.instrument, sender->manifest_href)) {
-        change->apply(patch_to_connect(sender->id, services.instrument.sdp_file(*own)));
-        return;
-    }
-    services.manifests.fetch(sender->manifest_href, [change, id = sender->id](
-                                                        const FetchedManifest& manifest) {
+    services.manifests.fetch(sender.manifest_href, [change, id = sender.id](
+                                                       const FetchedManifest& manifest) {
         if (manifest.fetched) {
             change->apply(patch_to_connect(id, manifest.content));
             return;
@@ -82,65 +67,74 @@ void put_target(const Services& services, const HttpRequest& request, std::size_
     });
 }
 
+void put_target(const Services& services, const JsonRequest& request, const HttpReply& reply)
+{
+    Findings findings;
+    const std::optional<TargetSender> sender = parse_target(request.document, findings);
+    if (!findings.empty()) {
+        reply(
+            error_response(400, "The body is no sender of IS-04 v1.2 and not {}", findings.text()));
+        return;
+    }
+    const auto change = std::make_shared<TargetChange>(
+        TargetChange{services, {Side::receiver, request.index}, request.http.body, reply});
+    if (!sender) {
+        change->body = "{}";
+        change->apply(patch_to_disconnect());
+    } else if (const auto own = own_sender(services.instrument, sender->manifest_href)) {
+        change->apply(patch_to_connect(sender->id, services.instrument.sdp_file(*own)));
+    } else {
+        connect_with_manifest(services, *sender, change);
+    }
+}
+
+constexpr Route table[] = {
+    {"GET", "/x-nmos/node", [](Records&, int) { return NodeApi().make_version(); }},
+    {"GET", "/x-nmos/node/v1.2",
+     [](Records& records, int) { return NodeApi().make_base(&records.node); }},
+    {"GET", "/x-nmos/node/v1.2/self",
+     [](Records& records, int) { return NodeApi().make_self(&records.node); }},
+    {"GET", "/x-nmos/node/v1.2/sources",
+     [](Records& records, int) { return NodeApi().make_sources(&records.node); }},
+    {"GET", "/x-nmos/node/v1.2/sources/{source}",
+     [](Records& records, int index) { return NodeApi().make_sourceid(&records.node, index); }},
+    {"GET", "/x-nmos/node/v1.2/flows",
+     [](Records& records, int) { return NodeApi().make_flows(&records.node); }},
+    {"GET", "/x-nmos/node/v1.2/flows/{flow}",
+     [](Records& records, int index) { return NodeApi().make_flowid(&records.node, index); }},
+    {"GET", "/x-nmos/node/v1.2/devices",
+     [](Records& records, int) {
+         const StreamSelection& selection = records.selection;
+         return NodeApi().make_devices(&records.node, selection.receiver_filter,
+                                       selection.audio_group_filter, selection.sender_filter);
+     }},
+    {"GET", "/x-nmos/node/v1.2/devices/{device}",
+     [](Records& records, int index) {
+         const StreamSelection& selection = records.selection;
+         return NodeApi().make_deviceid(&records.node, index, selection.receiver_filter,
+                                        selection.audio_group_filter, selection.sender_filter);
+     }},
+    {"GET", "/x-nmos/node/v1.2/senders",
+     [](Records& records, int) {
+         return NodeApi().make_senders(&records.node, records.selection.sender_filter);
+     }},
+    {"GET", "/x-nmos/node/v1.2/senders/{sender}",
+     [](Records& records, int index) { return NodeApi().make_senderid(&records.node, index); }},
+    {"GET", "/x-nmos/node/v1.2/receivers",
+     [](Records& records, int) {
+         return NodeApi().make_receivers(&records.node, records.selection.receiver_filter,
+                                         records.selection.audio_group_filter);
+     }},
+    {"GET", "/x-nmos/node/v1.2/receivers/{receiver}",
+     [](Records& records, int index) { return NodeApi().make_receiverid(&records.node, index); }},
+    {"PUT", "/x-nmos/node/v1.2/receivers/{receiver}/target", put_target},
+};
+
 } // namespace
 
-void add_node_routes(Router& router, const Services& services)
+std::span<const Route> node_routes()
 {
-    const std::string base = "/x-nmos/node/v1.2";
-    Instrument& instrument = services.instrument;
-
-    // GET `path`, answered with what `make` makes of the records.
-    const auto get = [&](const std::string& path, auto make) {
-        router.get(base + path, [&instrument, make](const HttpRequest&, std::size_t index) {
-            return json_response(instrument.read([&](Records& records) {
-                return make(records, records.selection, static_cast<int>(index));
-            }));
-        });
-    };
-    using Selection = const StreamSelection&;
-
-    router.get("/x-nmos/node", [](const HttpRequest&, std::size_t) {
-        return json_response(NodeApi().make_version());
-    });
-    get("", [](Records& records, Selection, int) { return NodeApi().make_base(&records.node); });
-    get("/self",
-        [](Records& records, Selection, int) { return NodeApi().make_self(&records.node); });
-    get("/sources",
-        [](Records& records, Selection, int) { return NodeApi().make_sources(&records.node); });
-    get("/sources/{source}", [](Records& records, Selection, int index) {
-        return NodeApi().make_sourceid(&records.node, index);
-    });
-    get("/flows",
-        [](Records& records, Selection, int) { return NodeApi().make_flows(&records.node); });
-    get("/flows/{flow}", [](Records& records, Selection, int index) {
-        return NodeApi().make_flowid(&records.node, index);
-    });
-    get("/devices", [](Records& records, Selection selection, int) {
-        return NodeApi().make_devices(&records.node, selection.receiver_filter,
-                                      selection.audio_group_filter, selection.sender_filter);
-    });
-    get("/devices/{device}", [](Records& records, Selection selection, int index) {
-        return NodeApi().make_deviceid(&records.node, index, selection.receiver_filter,
-                                       selection.audio_group_filter, selection.sender_filter);
-    });
-    get("/senders", [](Records& records, Selection selection, int) {
-        return NodeApi().make_senders(&records.node, selection.sender_filter);
-    });
-    get("/senders/{sender}", [](Records& records, Selection, int index) {
-        return NodeApi().make_senderid(&records.node, index);
-    });
-    get("/receivers", [](Records& records, Selection selection, int) {
-        return NodeApi().make_receivers(&records.node, selection.receiver_filter,
-                                        selection.audio_group_filter);
-    });
-    get("/receivers/{receiver}", [](Records& records, Selection, int index) {
-        return NodeApi().make_receiverid(&records.node, index);
-    });
-    router.add("PUT", base + "/receivers/{receiver}/target",
-               with_json([services](const HttpRequest& request, std::size_t receiver,
-                                    const nlohmann::json& document, const HttpReply& reply) {
-                   put_target(services, request, receiver, document, reply);
-               }));
+    return table;
 }
 
 } // namespace nmos_instrument::host

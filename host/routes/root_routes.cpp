@@ -7,23 +7,19 @@
 namespace nmos_instrument::host {
 namespace {
 
-RouteAnswer text(std::string body)
-{
-    return
-        [body = std::move(body)](const HttpRequest&, std::size_t) { return json_response(body); };
-}
+constexpr Route table[] = {
+    {"GET", "/", [](Records&, int) { return Nmos().make_xnmos(); }},
+    {"GET", "/x-nmos", [](Records&, int) { return Nmos().make_api(); }},
+    {"GET", "/x-nmos/registration", [](Records&, int) { return RegistrationApi().make_version(); }},
+    {"GET", "/x-nmos/registration/v1.2",
+     [](Records& records, int) { return RegistrationApi().make_base(&records.node); }},
+};
 
 } // namespace
 
-void add_root_routes(Router& router)
+std::span<const Route> root_routes()
 {
-    router.get("/", text(Nmos().make_xnmos()));
-    router.get("/x-nmos", text(Nmos().make_api()));
-    // The root listing names it, so it is there; nothing below it is.
-    router.get("/x-nmos/registration", text(RegistrationApi().make_version()));
-    router.get("/x-nmos/registration/v1.2", text(RegistrationApi().make_base(nullptr)));
-    router.explain_missing("/x-nmos/registration/",
-                           "Not found: this node is no registry, it only registers with one");
+    return table;
 }
 
 } // namespace nmos_instrument::host

@@ -3,50 +3,32 @@
 #include "routes/router.h"
 
 #include <algorithm>
-#include <utility>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include <nlohmann/json.hpp>
 
 #include "http/error_response.h"
+#include "routes/routes.h"
+#include "text/json_input.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
 namespace {
 
-/// "/a/b" is "a", "b"; "/" is nothing. An empty segment stays: "/a//b" is another path.
-std::vector<std::string_view> segments_of(std::string_view path)
-{
-    std::vector<std::string_view> segments;
-    while (path.starts_with('/')) {
-        path.remove_prefix(1);
-        if (path.empty() && segments.empty())
-            break;
-        const std::string_view segment = path.substr(0, path.find('/'));
-        segments.push_back(segment);
-        path.remove_prefix(segment.size());
-    }
-    return segments;
-}
-
-bool is_id(std::string_view segment)
-{
-    return segment.starts_with('{');
-}
-
 /// "GET, HEAD, OPTIONS"
-std::string list_of(const std::map<std::string, RouteHandler>& methods, bool reading_only)
+std::string list_of(const std::vector<const Route*>& routes, bool reading_only)
 {
     std::string list;
-    for (const auto& [method, handler] : methods) {
-        if (method == "GET")
+    for (const Route* const route : routes) {
+        if (route->method == "GET")
             list += "GET, HEAD, ";
         else if (!reading_only)
-            list += method + ", ";
+            list += std::string(route->method) + ", ";
     }
     return list + "OPTIONS";
-}
-
-bool has_body(const std::string& method)
-{
-    return method == "PATCH" || method == "POST" || method == "PUT";
 }
 
 /// application/json, and whatever else calls itself JSON (RFC 6839 3.1), in any case.
@@ -73,74 +55,44 @@ HttpResponse options_response(const std::string& methods)
     return response;
 }
 
+HttpResponse not_found(const std::string& path)
+{
+    // The root listing names it, so it is there; nothing below it is.
+    const bool registration = path.starts_with("/x-nmos/registration/");
+    return error_response(404,
+                          registration
+                              ? "Not found: this node is no registry, it only registers with one"
+                              : "Not found",
+                          "there is nothing at " + in_quotes(path));
+}
+
+HttpResponse slash_too_many(const std::string& method, std::string_view path)
+{
+    return error_response(404, "Not found",
+                          method + " needs the path without slash at its end: " + in_quotes(path));
+}
+
+HttpResponse not_allowed(const std::string& method, const std::string& allowed)
+{
+    HttpResponse response = error_response(405, "Method not allowed",
+                                           "found " + in_quotes(method) + ", allowed: " + allowed);
+    response.headers.emplace_back("Allow", allowed);
+    return response;
+}
+
+HttpResponse unsupported(const std::string& content_type)
+{
+    return error_response(415, "Unsupported media type",
+                          "Content-Type: found " + in_quotes(content_type) +
+                              ", allowed: application/json");
+}
+
 } // namespace
 
-void Router::define_id(const std::string& name, FindId find)
-{
-    ids_['{' + name + '}'] = std::move(find);
-}
-
-Router::Route& Router::route_at(const std::string& path)
-{
-    std::vector<std::string> segments;
-    for (const std::string_view segment : segments_of(path))
-        segments.emplace_back(segment);
-    for (Route& route : routes_) {
-        if (route.segments == segments)
-            return route;
-    }
-    routes_.push_back({std::move(segments), {}});
-    return routes_.back();
-}
-
-void Router::add(const std::string& method, const std::string& path, RouteHandler handler)
-{
-    route_at(path).methods[method] = std::move(handler);
-}
-
-void Router::get(const std::string& path, RouteAnswer answer)
-{
-    add("GET", path,
-        [answer = std::move(answer)](const HttpRequest& request, std::size_t index,
-                                     const HttpReply& reply) { reply(answer(request, index)); });
-}
-
-void Router::explain_missing(const std::string& prefix, const std::string& why)
-{
-    explanations_.emplace_back(prefix, why);
-}
-
-Router::Match Router::match(const std::vector<std::string_view>& segments) const
-{
-    for (const Route& route : routes_) {
-        Match match{&route};
-        const bool fits =
-            std::equal(route.segments.begin(), route.segments.end(), segments.begin(),
-                       segments.end(), [](const std::string& ours, std::string_view theirs) {
-                           return is_id(ours) ? !theirs.empty() : ours == theirs;
-                       });
-        if (!fits)
-            continue;
-        for (std::size_t i = 0; i < segments.size(); ++i) {
-            if (!is_id(route.segments[i]))
-                continue;
-            const std::optional<std::size_t> index = ids_.at(route.segments[i])(segments[i]);
-            match.id_found = index.has_value();
-            match.index = index.value_or(0);
-        }
-        return match;
-    }
-    return {};
-}
-
-HttpResponse Router::missing(const std::string& path) const
-{
-    for (const auto& [prefix, why] : explanations_) {
-        if (path.starts_with(prefix))
-            return error_response(404, why, "there is nothing at " + in_quotes(path));
-    }
-    return error_response(404, "Not found", "there is nothing at " + in_quotes(path));
-}
+Router::Router(const Services& services)
+    : services_(services),
+      routes_{root_routes(), node_routes(), connection_routes(), status_routes()}
+{}
 
 void Router::handle(const HttpRequest& request, const HttpReply& reply) const
 {
@@ -153,39 +105,52 @@ void Router::handle(const HttpRequest& request, const HttpReply& reply) const
     const bool slash_at_end = path.size() > 1 && path.ends_with('/');
     if (slash_at_end)
         path.remove_suffix(1);
-    const Match match = path.starts_with('/') ? this->match(segments_of(path)) : Match();
-    if (match.route == nullptr || !match.id_found) {
-        reply(missing(request.path));
+    const auto match = routes_.find(path, services_.instrument.index());
+    if (!match) {
+        reply(not_found(request.path));
         return;
     }
-    const auto& methods = match.route->methods;
+    const RouteTable::Path& found = match->path;
     if (request.method == "OPTIONS") {
-        reply(options_response(list_of(methods, slash_at_end)));
+        reply(options_response(list_of(found.routes, slash_at_end)));
         return;
     }
     if (slash_at_end && request.method != "GET") {
-        reply(error_response(404, "Not found",
-                             request.method +
-                                 " needs the path without slash at its end: " + in_quotes(path)));
+        reply(slash_too_many(request.method, path));
         return;
     }
-    const auto handler = methods.find(request.method);
-    if (handler == methods.end()) {
-        const std::string allowed = list_of(methods, false);
-        HttpResponse response =
-            error_response(405, "Method not allowed",
-                           "found " + in_quotes(request.method) + ", allowed: " + allowed);
-        response.headers.emplace_back("Allow", allowed);
-        reply(std::move(response));
+    const Route* const route = found.find(request.method);
+    if (route == nullptr) {
+        reply(not_allowed(request.method, list_of(found.routes, false)));
         return;
     }
-    if (has_body(request.method) && !is_json(request.content_type)) {
-        reply(error_response(415, "Unsupported media type",
-                             "Content-Type: found " + in_quotes(*request.content_type) +
-                                 ", allowed: application/json"));
+    answer(*route, match->index, request, reply);
+}
+
+void Router::answer(const Route& route, std::size_t index, const HttpRequest& request,
+                    const HttpReply& reply) const
+{
+    if (const MakeText* const make_text = std::get_if<MakeText>(&route.function)) {
+        reply(json_response(services_.instrument.read(
+            [&](Records& records) { return (*make_text)(records, static_cast<int>(index)); })));
         return;
     }
-    handler->second(request, match.index, reply);
+    if (const MakeResponse* const make_response = std::get_if<MakeResponse>(&route.function)) {
+        reply((*make_response)(services_, index));
+        return;
+    }
+    if (!is_json(request.content_type)) {
+        reply(unsupported(*request.content_type));
+        return;
+    }
+    nlohmann::json document;
+    try {
+        document = parse_json(request.body, JsonComments::refused);
+    } catch (const MalformedJson& error) {
+        reply(error_response(400, "The body is not JSON that can be read", error.what()));
+        return;
+    }
+    std::get<TakeJson>(route.function)(services_, {request, index, document}, reply);
 }
 
 } // namespace nmos_instrument::host

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <chrono>
+#include <vector>
+
 #include <nlohmann/json.hpp>
 
 #include "routes/routes.h"
@@ -33,7 +36,7 @@ std::string status_text(const Services& services)
     using std::chrono::duration_cast;
     const InstrumentStatus status = services.instrument.status();
     ordered_json pending = ordered_json::array();
-    for (const PendingActivation& activation : status.pending)
+    for (const InstrumentStatus::Pending& activation : status.pending)
         pending.push_back({{"resource", activation.resource},
                            {"mode", activation.mode},
                            {"due", to_text(activation.due)}});
@@ -52,18 +55,24 @@ std::string status_text(const Services& services)
     return document.dump(2, ' ', false, ordered_json::error_handler_t::replace) + '\n';
 }
 
+HttpResponse healthz(const Services& services, std::size_t)
+{
+    // A lock that nobody gives back would show here.
+    services.instrument.next_due();
+    return json_response("{\"status\":\"ok\"}\n");
+}
+
+constexpr Route table[] = {
+    {"GET", "/healthz", healthz},
+    {"GET", "/status",
+     [](const Services& services, std::size_t) { return json_response(status_text(services)); }},
+};
+
 } // namespace
 
-void add_status_routes(Router& router, const Services& services)
+std::span<const Route> status_routes()
 {
-    router.get("/healthz", [&instrument = services.instrument](const HttpRequest&, std::size_t) {
-        // A lock that nobody gives back would show here.
-        instrument.next_due();
-        return json_response("{\"status\":\"ok\"}\n");
-    });
-    router.get("/status", [services](const HttpRequest&, std::size_t) {
-        return json_response(status_text(services));
-    });
+    return table;
 }
 
 } // namespace nmos_instrument::host

@@ -21,6 +21,12 @@ std::string dotted_quad(std::uint32_t address);
 
 bool is_ipv6(const std::string& text);
 
+/// 1.0.0.0 to 223.255.255.255: what a host may have.
+constexpr bool is_unicast(std::uint32_t address)
+{
+    return address >> 24 != 0 && address >> 28 < 0xe;
+}
+
 /// 224.0.0.0/4
 constexpr bool is_multicast(std::uint32_t address)
 {

@@ -8,12 +8,6 @@
 #include <sys/timex.h>
 
 namespace nmos_instrument::host {
-namespace {
-
-constexpr std::int32_t nanoseconds_per_second = 1'000'000'000;
-
-} // namespace
-
 std::chrono::seconds tai_offset()
 {
     constexpr std::chrono::seconds since_2017{37};
@@ -44,26 +38,6 @@ std::chrono::system_clock::time_point system_time_of(const TaiTime& time)
             std::chrono::duration_cast<system_clock::duration>(since_epoch));
     }
     return system_clock::now() + std::chrono::minutes(59);
-}
-
-TaiTime later_than(const TaiTime& previous, const TaiTime& now)
-{
-    if (now > previous)
-        return now;
-    if (previous.nanoseconds == nanoseconds_per_second - 1)
-        return {previous.seconds + 1, 0};
-    return {previous.seconds, previous.nanoseconds + 1};
-}
-
-std::chrono::nanoseconds span_between(const TaiTime& from, const TaiTime& to)
-{
-    constexpr std::int64_t bound = std::int64_t{100} * 365 * 24 * 3600;
-    // Both are at most 48 bits wide.
-    const std::int64_t seconds =
-        std::clamp(static_cast<std::int64_t>(to.seconds) - static_cast<std::int64_t>(from.seconds),
-                   -bound, bound);
-    return std::chrono::seconds(seconds) +
-           std::chrono::nanoseconds(to.nanoseconds - from.nanoseconds);
 }
 
 } // namespace nmos_instrument::host

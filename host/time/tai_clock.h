@@ -20,13 +20,6 @@ TaiTime tai_now();
 /// waits for it looks at the clocks again: they may have been set, and leap seconds happen.
 std::chrono::system_clock::time_point system_time_of(const TaiTime& time);
 
-/// The next version of a resource: `now`, or the smallest step forward where the clock has not
-/// moved beyond `previous`.
-TaiTime later_than(const TaiTime& previous, const TaiTime& now);
-
-/// `to` less `from` in nanoseconds, bounded to plus or minus 100 years.
-std::chrono::nanoseconds span_between(const TaiTime& from, const TaiTime& to);
-
 } // namespace nmos_instrument::host
 
 #endif

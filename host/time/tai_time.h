@@ -3,27 +3,47 @@
 #ifndef NMOS_INSTRUMENT_HOST_TIME_TAI_TIME_H
 #define NMOS_INSTRUMENT_HOST_TIME_TAI_TIME_H
 
+#include <chrono>
 #include <compare>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace nmos_instrument::host {
 
 /// An instant since 1970-01-01 00:00:00 TAI, as NMOS writes resource versions and activation times.
 struct TaiTime
 {
-    std::uint64_t seconds = 0;
+    std::uint64_t seconds = 0;    ///< up to last_tai_second
     std::int32_t nanoseconds = 0; ///< 0 to 999999999
 
     // What clang-tidy 14 makes of it is a comparison with 0.
     auto operator<=>(const TaiTime&) const = default; // NOLINT(modernize-use-nullptr)
 };
 
+/// The last second that a PTP clock can show: 48 bits (IEEE 1588-2008 5.3.3).
+constexpr std::uint64_t last_tai_second = (std::uint64_t{1} << 48) - 1;
+
 /// "<seconds>:<nanoseconds>"
-inline std::string to_text(const TaiTime& time)
-{
-    return std::to_string(time.seconds) + ':' + std::to_string(time.nanoseconds);
-}
+std::string to_text(const TaiTime& time);
+
+/// "<seconds>:<nanoseconds>" in digits; nothing when the text is malformed, the nanoseconds are a
+/// second or more, or the seconds are beyond last_tai_second.
+std::optional<TaiTime> parse_tai_time(std::string_view text);
+
+/// The rule of parse_tai_time in words.
+std::string_view allowed_tai_time();
+
+/// Nothing when the sum is beyond last_tai_second.
+std::optional<TaiTime> sum_of(const TaiTime& time, const TaiTime& span);
+
+/// The next version of a resource: `now`, or the smallest step forward where the clock has not
+/// moved beyond `previous`.
+TaiTime later_than(const TaiTime& previous, const TaiTime& now);
+
+/// `to` less `from` in nanoseconds, bounded to plus or minus 100 years.
+std::chrono::nanoseconds span_between(const TaiTime& from, const TaiTime& to);
 
 } // namespace nmos_instrument::host
 

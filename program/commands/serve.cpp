@@ -2,13 +2,12 @@
 
 #include "commands/serve.h"
 
-#include <atomic>
-#include <cerrno>
 #include <csignal>
 #include <exception>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -17,14 +16,13 @@
 #include <spdlog/spdlog.h>
 
 #include "commands/configuration_options.h"
-#include "http/error_response.h"
 #include "http/manifest_fetcher.h"
 #include "http/server.h"
 #include "instrument/activation_thread.h"
 #include "instrument/instrument.h"
 #include "instrument/state_file.h"
 #include "records/addresses.h"
-#include "routes/routes.h"
+#include "routes/router.h"
 #include "text/quoted_text.h"
 #include "time/tai_clock.h"
 
@@ -76,12 +74,9 @@ private:
     sigset_t signals_{};
 };
 
-host::HttpServerOptions server_options(const ServeOptions& options,
-                                       const host::ServerSettings& settings)
+host::HttpServerOptions server_options(const ServeOptions& options)
 {
     host::HttpServerOptions server;
-    server.address = settings.address;
-    server.port = static_cast<std::uint16_t>(settings.port);
     server.connections_per_address = options.connections_per_address;
     server.on_request = [](const host::HttpAccess& access) {
         spdlog::debug("{} {} {} {} {} us", access.peer, host::in_quotes(access.method),
@@ -92,62 +87,31 @@ host::HttpServerOptions server_options(const ServeOptions& options,
     return server;
 }
 
-/// Stops the server before what its handlers use goes away, however that comes about.
-class StopAtEnd
+/// Where the configuration says; where the options say so at the first port from there on that
+/// nobody uses.
+host::ListeningSocket listen(const ServeOptions& options, const host::ServerSettings& settings)
 {
-public:
-    explicit StopAtEnd(host::HttpServer& server) noexcept : server_(server) {}
-    StopAtEnd(const StopAtEnd&) = delete;
-    StopAtEnd& operator=(const StopAtEnd&) = delete;
-    ~StopAtEnd() { server_.stop(); }
-
-private:
-    host::HttpServer& server_;
-};
-
-/// Serves at the configured port; where the options say so at the first one from there on that
-/// nobody uses, which it writes into the settings.
-std::unique_ptr<host::HttpServer> open_server(const ServeOptions& options,
-                                              host::ServerSettings& settings,
-                                              const host::HttpHandler& handler)
-{
-    for (;; ++settings.port) {
-        try {
-            return std::make_unique<host::HttpServer>(server_options(options, settings), handler);
-        } catch (const std::system_error& error) {
-            const bool in_use = error.code() == std::errc::address_in_use;
-            if (!options.first_free_port || !in_use || settings.port == 65535)
-                throw;
-        }
+    const auto port = static_cast<std::uint16_t>(settings.port);
+    if (options.first_free_port)
+        return host::listen_at_first_free_port(settings.address, port);
+    try {
+        return {settings.address, port};
+    } catch (const std::system_error& error) {
+        if (error.code() != std::errc::address_in_use)
+            throw;
+        throw std::runtime_error(std::string(error.what()) +
+                                 "; --port PORT serves at another one, --first-free-port at the "
+                                 "next one that nobody uses");
     }
-}
-
-void define_ids(host::Router& router, const host::ResourceIndex& index)
-{
-    constexpr std::pair<const char*, host::ResourceKind> kinds[] = {
-        {"source", host::ResourceKind::source},     {"flow", host::ResourceKind::flow},
-        {"device", host::ResourceKind::device},     {"sender", host::ResourceKind::sender},
-        {"receiver", host::ResourceKind::receiver},
-    };
-    for (const auto& [name, kind] : kinds)
-        router.define_id(name, [&index, kind = kind](auto id) { return index.find(kind, id); });
 }
 
 void run(const ServeOptions& options, host::Configuration configuration)
 {
     const EndSignals end_signals;
 
-    // The port is known only when the server listens, and the records that the routes show carry
-    // it: so there is a moment with a server and no routes.
-    std::atomic<const host::Router*> router_in_use = nullptr;
-    const auto server = open_server(
-        options, configuration.server,
-        [&router_in_use](const host::HttpRequest& request, const host::HttpReply& reply) {
-            if (const host::Router* const router = router_in_use)
-                router->handle(request, reply);
-            else
-                reply(host::error_response(503, "The instrument is starting"));
-        });
+    // First the port: the records that the instrument shows name it.
+    host::ListeningSocket socket = listen(options, configuration.server);
+    configuration.server.port = socket.port();
 
     host::Instrument instrument(configuration, host::tai_now);
     std::optional<host::StateFile> state_file;
@@ -166,18 +130,19 @@ void run(const ServeOptions& options, host::Configuration configuration)
     });
 
     host::ManifestFetcher manifests;
-    const host::Services services{instrument, manifests, state_file ? &*state_file : nullptr};
-    host::Router router;
-    define_ids(router, instrument.index());
-    host::add_root_routes(router);
-    host::add_node_routes(router, services);
-    host::add_connection_routes(router, services);
-    host::add_status_routes(router, services);
-    const StopAtEnd stop_at_end(*server);
-    router_in_use = &router;
+    const host::Router router({instrument, manifests, state_file ? &*state_file : nullptr});
+    // Last, so that it stops before what its handlers use goes away.
+    const host::HttpServer server(
+        std::move(socket), server_options(options),
+        [&](const host::HttpRequest& request, const host::HttpReply& reply) {
+            router.handle(request, reply);
+        });
 
     const std::string url = host::base_url(configuration.server);
-    spdlog::info("serving {} ({} connections at most)", url, server->connection_limit());
+    spdlog::info("serving {} ({} connections at most)", url, server.connection_limit());
+    if (configuration.server.address.starts_with("127."))
+        spdlog::info("only this machine can reach {}: set server.address in the configuration",
+                     configuration.server.address);
     std::cout << url << std::endl; // flushed: whoever started us waits for it
 
     const int signal = end_signals.wait();

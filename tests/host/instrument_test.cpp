@@ -64,7 +64,7 @@ TEST_F(InstrumentTest, WhatTheHardwareRefusesChangesNothing)
     hardware_fails_ = true;
     const ChangeOutcome outcome =
         instrument_.change(receiver_, activation(ActivationMode::immediate));
-    EXPECT_EQ(outcome.status, 500);
+    EXPECT_EQ(outcome.result, ChangeResult::failed);
     EXPECT_EQ(outcome.debug, "no lock on the reference");
     EXPECT_EQ(active(0), before);
     EXPECT_EQ(version(0), "1000:0");
@@ -79,7 +79,7 @@ TEST_F(InstrumentTest, AScheduledActivationThatFails)
     const nlohmann::json before = active(0);
     const ChangeOutcome outcome =
         instrument_.change(receiver_, activation(ActivationMode::scheduled_relative, {5, 0}));
-    EXPECT_EQ(outcome.status, 202);
+    EXPECT_EQ(outcome.result, ChangeResult::accepted);
     EXPECT_EQ(instrument_.next_due(), (TaiTime{1005, 0}));
     hardware_fails_ = true;
     now_ = {1005, 1};
@@ -135,11 +135,11 @@ TEST_F(InstrumentTest, ListenersHearWhatTheyNeed)
     EXPECT_EQ((std::pair{changes, schedules}), (std::pair{1, 0}));
     ConnectionPatch refused;
     refused.legs[0].interface_ip = "203.0.113.1";
-    EXPECT_EQ(instrument_.change(receiver_, refused).status, 400);
+    EXPECT_EQ(instrument_.change(receiver_, refused).result, ChangeResult::invalid);
     EXPECT_EQ(changes, 1);
     instrument_.change(receiver_, activation(ActivationMode::scheduled_relative, {5, 0}));
     EXPECT_EQ((std::pair{changes, schedules}), (std::pair{2, 1}));
-    EXPECT_EQ(instrument_.change(receiver_, {}).status, 423);
+    EXPECT_EQ(instrument_.change(receiver_, {}).result, ChangeResult::locked);
     EXPECT_EQ(changes, 2);
     now_ = {1006, 0};
     instrument_.activate_due();

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "time/activation_time.h"
 #include "time/tai_clock.h"
+#include "time/tai_time.h"
 
 namespace nmos_instrument::host {
 namespace {

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "time/activation_time.h"
+#include "time/tai_time.h"
 
+#include <algorithm>
 #include <charconv>
-#include <cstdint>
 
 namespace nmos_instrument::host {
 namespace {
 
 constexpr std::int32_t nanoseconds_per_second = 1'000'000'000;
 
-/// Digits alone: from_chars takes no sign for an unsigned number and no blank.
+/// Digits alone: from_chars takes no sign for an unsigned number and no space.
 std::optional<std::uint64_t> parse_digits(std::string_view digits)
 {
     std::uint64_t value = 0;
@@ -22,6 +22,11 @@ std::optional<std::uint64_t> parse_digits(std::string_view digits)
 }
 
 } // namespace
+
+std::string to_text(const TaiTime& time)
+{
+    return std::to_string(time.seconds) + ':' + std::to_string(time.nanoseconds);
+}
 
 std::optional<TaiTime> parse_tai_time(std::string_view text)
 {
@@ -55,6 +60,26 @@ std::optional<TaiTime> sum_of(const TaiTime& time, const TaiTime& span)
     if (sum.seconds > last_tai_second)
         return std::nullopt;
     return sum;
+}
+
+TaiTime later_than(const TaiTime& previous, const TaiTime& now)
+{
+    if (now > previous)
+        return now;
+    if (previous.nanoseconds == nanoseconds_per_second - 1)
+        return {previous.seconds + 1, 0};
+    return {previous.seconds, previous.nanoseconds + 1};
+}
+
+std::chrono::nanoseconds span_between(const TaiTime& from, const TaiTime& to)
+{
+    constexpr std::int64_t bound = std::int64_t{100} * 365 * 24 * 3600;
+    // Both are at most 48 bits wide.
+    const std::int64_t seconds =
+        std::clamp(static_cast<std::int64_t>(to.seconds) - static_cast<std::int64_t>(from.seconds),
+                   -bound, bound);
+    return std::chrono::seconds(seconds) +
+           std::chrono::nanoseconds(to.nanoseconds - from.nanoseconds);
 }
 
 } // namespace nmos_instrument::host

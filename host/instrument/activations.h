@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATIONS_H
+#define NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATIONS_H
+
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "connection/connection_patch.h"
+#include "time/tai_time.h"
+
+namespace nmos_instrument::host {
+
+struct ScheduledActivation
+{
+    ConnectionKey key;
+    ActivationMode mode = ActivationMode::none;
+    TaiTime due;
+};
+
+/// An activation that took place, or failed.
+struct ActivationReport
+{
+    std::string resource; ///< "receivers/<id>"
+    std::string mode;
+    TaiTime due;     ///< when it was to happen; of one that was not scheduled when it was asked for
+    TaiTime done;    ///< when it happened
+    std::string why; ///< of a failure
+};
+
+/// The activations that are scheduled, one for a sender or receiver at most, and reports of the last
+/// ones that took place. Its owner locks.
+class Activations
+{
+public:
+    void schedule(const ScheduledActivation& activation);
+    /// False when none was scheduled.
+    bool cancel(const ConnectionKey& key);
+
+    /// Null: none is scheduled.
+    const ScheduledActivation* find(const ConnectionKey& key) const;
+    const std::map<ConnectionKey, ScheduledActivation>& scheduled() const { return scheduled_; }
+
+    /// When the next one is due.
+    std::optional<TaiTime> next_due() const;
+
+    /// Takes one that is due out of the schedule.
+    std::optional<ScheduledActivation> take_due(const TaiTime& now);
+
+    void report_done(ActivationReport report) { remember(done_, std::move(report)); }
+    void report_failed(ActivationReport report) { remember(failed_, std::move(report)); }
+
+    /// The last ones, newest first.
+    const std::deque<ActivationReport>& done() const { return done_; }
+    const std::deque<ActivationReport>& failed() const { return failed_; }
+
+private:
+    static void remember(std::deque<ActivationReport>& list, ActivationReport report);
+
+    std::map<ConnectionKey, ScheduledActivation> scheduled_;
+    std::deque<ActivationReport> done_;
+    std::deque<ActivationReport> failed_;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

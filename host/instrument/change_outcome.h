@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_CHANGE_OUTCOME_H
+#define NMOS_INSTRUMENT_HOST_INSTRUMENT_CHANGE_OUTCOME_H
+
+#include <string>
+#include <utility>
+
+namespace nmos_instrument::host {
+
+enum class ChangeResult
+{
+    done,     ///< staged, cancelled, or activated at once as asked for
+    accepted, ///< asked for at a time: scheduled, or activated where that time has passed
+    invalid,  ///< the parameters cannot be taken
+    locked,   ///< an activation is scheduled
+    failed    ///< the hardware could not do it
+};
+
+/// How a change of a connection ended. Of a refusal nothing has changed.
+struct ChangeOutcome
+{
+    ChangeResult result = ChangeResult::done;
+    std::string body;  ///< done and accepted: the whole staged parameters
+    std::string error; ///< else: what is wrong
+    std::string debug; ///< else: where, what was found, and what is allowed
+
+    bool is_refusal() const
+    {
+        return result != ChangeResult::done && result != ChangeResult::accepted;
+    }
+};
+
+inline ChangeOutcome invalid_parameters(std::string findings)
+{
+    return {ChangeResult::invalid, "", "The parameters cannot be taken", std::move(findings)};
+}
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What a change of a connection looks like in HTTP.
+
+#ifndef NMOS_INSTRUMENT_HOST_ROUTES_CHANGE_RESPONSE_H
+#define NMOS_INSTRUMENT_HOST_ROUTES_CHANGE_RESPONSE_H
+
+#include "connection/connection_patch.h"
+#include "connection/findings.h"
+#include "http/message.h"
+#include "instrument/change_outcome.h"
+#include "instrument/instrument.h"
+
+namespace nmos_instrument::host {
+
+/// IS-05 v1.0, ConnectionAPI.raml: 200, 202, 400, 423 or 500.
+int http_status(ChangeResult result);
+
+/// Has the instrument make the change, unless `findings` already refuse it; a refusal stands in the
+/// log, a line each.
+ChangeOutcome change(Instrument& instrument, const ConnectionKey& key, const ConnectionPatch& patch,
+                     const Findings& findings);
+
+/// A refusal as the body of an error.
+HttpResponse refusal_response(const ChangeOutcome& outcome);
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// One row of the URL space: what answers a method on a path.
+//
+//     {"GET", "/x-nmos/node/v1.2/self",
+//      [](Records& records, int) { return NodeApi().make_self(&records.node); }},
+
+#ifndef NMOS_INSTRUMENT_HOST_ROUTES_ROUTE_H
+#define NMOS_INSTRUMENT_HOST_ROUTES_ROUTE_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "http/message.h"
+#include "http/server.h"
+#include "records/fill_records.h"
+#include "routes/services.h"
+
+namespace nmos_instrument::host {
+
+/// A text of the library, made from the records under the instrument's lock; it is served unchanged,
+/// as JSON. `index` is the position that the id in the path stands for, 0 without one.
+using MakeText = std::string (*)(Records& records, int index);
+
+/// An answer that is more than such a text.
+using MakeResponse = HttpResponse (*)(const Services& services, std::size_t index);
+
+struct JsonRequest
+{
+    const HttpRequest& http;
+    std::size_t index;
+    const nlohmann::json& document; ///< the body
+};
+
+/// Does what a JSON document asks for, and answers now or later.
+using TakeJson = void (*)(const Services& services, const JsonRequest& request,
+                          const HttpReply& reply);
+
+struct Route
+{
+    std::string_view method; ///< "GET" answers HEAD too
+    std::string_view path;   ///< without slash at its end; may hold one of route_table.cpp's ids
+    std::variant<MakeText, MakeResponse, TakeJson> function;
+};
+
+/// An answer in JSON.
+inline HttpResponse json_response(std::string body, int status = 200)
+{
+    HttpResponse response;
+    response.status = status;
+    response.body = std::move(body);
+    return response;
+}
+
+} // namespace nmos_instrument::host
+
+#endif

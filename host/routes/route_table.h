@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_ROUTES_ROUTE_TABLE_H
+#define NMOS_INSTRUMENT_HOST_ROUTES_ROUTE_TABLE_H
+
+#include <cstddef>
+#include <initializer_list>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "records/resource_index.h"
+#include "routes/route.h"
+
+namespace nmos_instrument::host {
+
+/// The routes by path.
+class RouteTable
+{
+public:
+    /// The tables must outlive it.
+    RouteTable(std::initializer_list<std::span<const Route>> tables);
+
+    /// The routes of one path, a method each.
+    struct Path
+    {
+        std::vector<std::string_view> segments;
+        std::vector<const Route*> routes;
+
+        /// Null: the path has no such method.
+        const Route* find(std::string_view method) const;
+    };
+
+    struct Match
+    {
+        const Path& path;
+        std::size_t index; ///< the position that the id in the path stands for, 0 without one
+    };
+
+    /// Nothing: there is no such path, or no resource with the id that it names.
+    std::optional<Match> find(std::string_view path, const ResourceIndex& resources) const;
+
+private:
+    void add(const Route& route);
+
+    std::vector<Path> paths_;
+};
+
+} // namespace nmos_instrument::host
+
+#endif

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "text/utf8.h"
+
+#include <nlohmann/json.hpp>
+
+namespace nmos_instrument::host {
+
+/// The JSON library's own judgement, because in JSON the text must stand.
+bool is_utf8(const std::string& text)
+{
+    try {
+        nlohmann::json(text).dump();
+        return true;
+    } catch (const nlohmann::json::exception&) {
+        return false;
+    }
+}
+
+} // namespace nmos_instrument::host
