@@ -10,9 +10,9 @@
 #include <nmos_instrument/version.h>
 
 #include "commands/check_sdp.h"
+#include "commands/exit_status.h"
 #include "commands/print.h"
 #include "commands/serve.h"
-#include "exit_status.h"
 
 namespace {
 
@@ -25,6 +25,22 @@ std::string version_text()
            std::to_string(NMOS_INSTRUMENT_VERSION_PATCH);
 }
 
+/// CLI11 would call it an argument that was not expected, and name no command.
+bool is_unknown_command(const CLI::App& program, int argc, char** argv)
+{
+    if (argc < 2 || argv[1][0] == '-' || argv[1][0] == '\0')
+        return false;
+    const auto commands = program.get_subcommands([](const CLI::App*) { return true; });
+    std::string names;
+    for (const CLI::App* const command : commands) {
+        if (command->get_name() == argv[1])
+            return false;
+        names += (names.empty() ? "" : ", ") + command->get_name();
+    }
+    std::cerr << "no command \"" << argv[1] << "\"; there are " << names << '\n';
+    return true;
+}
+
 ExitStatus run(int argc, char** argv)
 {
     ExitStatus status = done;
@@ -35,6 +51,8 @@ ExitStatus run(int argc, char** argv)
     add_print_command(program, status);
     add_check_sdp_command(program, status);
     add_serve_command(program, status);
+    if (is_unknown_command(program, argc, argv))
+        return wrong_use;
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -62,7 +80,7 @@ int main(int argc, char** argv)
         }
         return status;
     } catch (const std::exception& error) {
-        std::cerr << "internal trouble: " << error.what() << '\n';
+        std::cerr << "internal error: " << error.what() << '\n';
         return unreadable;
     }
 }

@@ -3,10 +3,11 @@
 #include "commands/check_sdp.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "commands/sdp_report.h"
@@ -64,6 +65,24 @@ ExitStatus check_sdp(const CheckSdpOptions& options)
     return worst;
 }
 
+/// The code of a video format as the library takes it; only its class matters.
+short format_code(const std::string& word)
+{
+    for (const auto& [name, code] : {std::pair{"2k", 0}, {"4k", 9}, {"any", 3}}) {
+        if (word == name)
+            return static_cast<short>(code);
+    }
+    short code = 0;
+    const char* const end = word.data() + word.size();
+    const auto [rest, error] = std::from_chars(word.data(), end, code);
+    if (error != std::errc() || rest != end)
+        throw CLI::ValidationError("--current-format",
+                                   "found \"" + word +
+                                       "\", allowed: 2k, 4k, any, or a number from -32768 to "
+                                       "32767");
+    return code;
+}
+
 /// "--NAME" and "--no-NAME" for something that is so unless told otherwise.
 void add_switch(CLI::App& command, const std::string& name, bool& value, const std::string& help)
 {
@@ -91,12 +110,15 @@ void add_check_sdp_command(CLI::App& program, ExitStatus& status)
     add_switch(*command, "switch-allowed", instrument.switch_allowed,
                "its settings permit the switch");
     command
-        ->add_option("--current-format", instrument.current_format,
-                     "its video format code: 9 and 10 are set to 4K; 0, 1, 2, 7 and 8 stay at 2K; "
-                     "others, as 3, may change")
-        ->capture_default_str()
-        ->check(CLI::Range(std::numeric_limits<short>::min(), std::numeric_limits<short>::max()))
-        ->type_name("N");
+        ->add_option_function<std::string>(
+            "--current-format",
+            [&instrument](const std::string& word) {
+                instrument.current_format = format_code(word);
+            },
+            "the video format that it is set to: 2k (stays at 2K), 4k or any (may change), or "
+            "its code as a number")
+        ->default_str("any")
+        ->type_name("2k|4k|any|N");
     command->add_flag("--json", options->json, "report as JSON");
     command->callback([options, &status] { status = check_sdp(*options); });
 }

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <charconv>
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -55,14 +54,22 @@ void list_texts(const host::Records& records, std::ostream& out)
     }
 }
 
+/// The number that `word` says.
+std::optional<int> parse_number(const std::string& word)
+{
+    int number = 0;
+    const char* const end = word.data() + word.size();
+    const auto [rest, error] = std::from_chars(word.data(), end, number);
+    if (error != std::errc() || rest != end)
+        return std::nullopt;
+    return number;
+}
+
 /// The index that `word` says, when it is one of `count`.
 std::optional<int> parse_index(const std::string& word, std::size_t count)
 {
-    int index = -1;
-    const char* const end = word.data() + word.size();
-    const auto [rest, error] = std::from_chars(word.data(), end, index);
-    if (error != std::errc() || rest != end || index < 0 ||
-        static_cast<std::size_t>(index) >= count)
+    const std::optional<int> index = parse_number(word);
+    if (!index || *index < 0 || static_cast<std::size_t>(*index) >= count)
         return std::nullopt;
     return index;
 }
@@ -75,7 +82,7 @@ ExitStatus print_text(const PrintOptions& options, const TextInput& input)
     if (!second_word_is_name)
         text = find_text(options.text);
     if (text == nullptr) {
-        std::cerr << "TEXT: there is no text \"" << options.text << '"' << hint << '\n';
+        std::cerr << "print: no text \"" << options.text << '"' << hint << '\n';
         return wrong_use;
     }
 
@@ -84,13 +91,15 @@ ExitStatus print_text(const PrintOptions& options, const TextInput& input)
         const std::size_t count = text->count(input.records);
         const std::optional<int> found = parse_index(options.index, count);
         if (!found) {
-            std::cerr << "INDEX: " << text->name << " needs one, found \"" << options.index
-                      << "\", allowed: " << range_of(count) << '\n';
+            std::cerr << "print " << text->name << ": INDEX "
+                      << (options.index.empty() ? "is missing"
+                                                : "cannot be \"" + options.index + '"')
+                      << " (" << range_of(count) << ")\n";
             return wrong_use;
         }
         index = *found;
     } else if (!options.index.empty() && !second_word_is_name) {
-        std::cerr << "INDEX: " << text->name << " takes none, found \"" << options.index << '"'
+        std::cerr << "print " << text->name << ": takes no INDEX, found \"" << options.index << '"'
                   << hint << '\n';
         return wrong_use;
     }
@@ -100,17 +109,20 @@ ExitStatus print_text(const PrintOptions& options, const TextInput& input)
     return done;
 }
 
-/// Says what is allowed when it refuses, which the conversion alone does not.
-CLI::Range any_int()
+/// Any whole number that an int holds; `values` says what they mean.
+CLI::Validator one_of(const std::string& values)
 {
-    return {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
+    return {[values](const std::string& word) {
+                return parse_number(word) ? "" : "found \"" + word + "\", allowed: " + values;
+            },
+            ""};
 }
 
 ExitStatus print(const PrintOptions& options)
 {
     if (options.text.empty() && !options.list &&
         !options.configuration.asks_about_configuration()) {
-        std::cerr << "TEXT is required" << hint << '\n';
+        std::cerr << "print: TEXT is missing" << hint << '\n';
         return wrong_use;
     }
     ExitStatus status = done;
@@ -153,21 +165,16 @@ void add_print_command(CLI::App& program, ExitStatus& status)
     command->add_flag("--list", options->list, "name every text");
     command->add_flag("--pretty", options->pretty,
                       "indent JSON for reading; without it the bytes are the library's");
-    command
-        ->add_option("--receiver-filter", options->receiver_filter,
-                     "0: all kinds of receivers; else video only")
-        ->check(any_int())
-        ->type_name("N");
-    command
-        ->add_option("--audio-group-filter", options->audio_group_filter,
-                     "0: group G1; 1: G1 and G2; else all four")
-        ->check(any_int())
-        ->type_name("N");
-    command
-        ->add_option("--sender-filter", options->sender_filter,
-                     "0: without the video senders of streams 2 to 4; else all")
-        ->check(any_int())
-        ->type_name("N");
+    const auto add_filter = [command](const char* name, std::optional<int>& filter,
+                                      const char* values) {
+        command->add_option(name, filter, values)->check(one_of(values))->type_name("N");
+    };
+    add_filter("--receiver-filter", options->receiver_filter,
+               "0: all kinds of receivers; another number: video only");
+    add_filter("--audio-group-filter", options->audio_group_filter,
+               "0: group G1; 1: G1 and G2; another number: all four");
+    add_filter("--sender-filter", options->sender_filter,
+               "0: without the video senders of streams 2 to 4; another number: all");
     options->configuration.add_to(*command);
     command->callback([options, &status] { status = print(*options); });
 }

@@ -152,6 +152,11 @@ TEST(CheckSdp, OptionsDescribeTheInstrument)
     EXPECT_EQ(status({"--current-format", "9", "--no-switch-allowed"}, hd), 1);
     EXPECT_EQ(status({"--current-format", "1"}, uhd), 1);
     EXPECT_EQ(status({"--current-format", "-1"}, uhd), 0);
+    EXPECT_EQ(status({"--current-format", "4k", "--no-switch-allowed"}, uhd), 0);
+    EXPECT_EQ(status({"--current-format", "4k", "--no-switch-allowed"}, hd), 1);
+    EXPECT_EQ(status({"--current-format", "2k"}, uhd), 1);
+    EXPECT_EQ(status({"--current-format", "2k"}, hd), 0);
+    EXPECT_EQ(status({"--current-format", "any"}, uhd), 0);
 }
 
 // What a file says may be meant for the terminal that it is shown on.

@@ -14,6 +14,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 TEST(CommandLine, HelpIsNoWrongUse)
 {
@@ -24,6 +25,14 @@ TEST(CommandLine, HelpIsNoWrongUse)
         EXPECT_THAT(run.out, HasSubstr("Usage: nmos-instrument"));
         EXPECT_THAT(run.errors, IsEmpty());
     }
+}
+
+TEST(CommandLine, HelpNamesValuesInWords)
+{
+    EXPECT_THAT(run_program({"print", "--help"}).out, Not(HasSubstr("2147483648")));
+    EXPECT_THAT(run_program({"print", "--help"}).out,
+                HasSubstr("0: group G1; 1: G1 and G2; another number: all four"));
+    EXPECT_THAT(run_program({"check-sdp", "--help"}).out, HasSubstr("2k|4k|any|N"));
 }
 
 TEST(CommandLine, NamesItsVersion)
@@ -43,29 +52,32 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
 {
     const WrongUse cases[] = {
         {{}, "A command is required"},
-        {{"show"}, "The following argument was not expected: show"},
+        {{"prnt"}, "no command \"prnt\"; there are print, check-sdp, serve\n"},
         {{"--list"}, "--list"},
-        {{"print"}, "TEXT is required; nmos-instrument print --list names all texts"},
-        {{"print", ""}, "TEXT is required"},
-        {{"print", "nodes"}, "TEXT: there is no text \"nodes\"; nmos-instrument print --list"},
-        {{"print", "root", "nodes"}, "INDEX: root takes none, found \"nodes\""},
-        {{"print", "self", "0"}, "INDEX: self takes none, found \"0\""},
-        {{"print", "sdp"}, "INDEX: sdp needs one, found \"\", allowed: 0 to 5"},
-        {{"print", "sdp", "6"}, "INDEX: sdp needs one, found \"6\", allowed: 0 to 5"},
+        {{"print"}, "print: TEXT is missing; nmos-instrument print --list names all texts"},
+        {{"print", ""}, "print: TEXT is missing"},
+        {{"print", "nodes"}, "print: no text \"nodes\"; nmos-instrument print --list"},
+        {{"print", "root", "nodes"}, "print root: takes no INDEX, found \"nodes\""},
+        {{"print", "self", "0"}, "print self: takes no INDEX, found \"0\""},
+        {{"print", "sdp"}, "print sdp: INDEX is missing (0 to 5)\n"},
+        {{"print", "receiver"}, "print receiver: INDEX is missing (0 to 23)\n"},
+        {{"print", "sdp", "6"}, "print sdp: INDEX cannot be \"6\" (0 to 5)\n"},
         {{"print", "sdp", "-1"}, "-1"},
-        {{"print", "sdp", "1x"}, "INDEX: sdp needs one, found \"1x\", allowed: 0 to 5"},
-        {{"print", "sdp", "4294967296"}, "found \"4294967296\", allowed: 0 to 5"},
-        {{"print", "device", "1"}, "found \"1\", allowed: 0\n"},
+        {{"print", "sdp", "1x"}, "print sdp: INDEX cannot be \"1x\" (0 to 5)\n"},
+        {{"print", "sdp", "4294967296"}, "INDEX cannot be \"4294967296\" (0 to 5)\n"},
+        {{"print", "device", "1"}, "print device: INDEX cannot be \"1\" (0)\n"},
         {{"print", "self", "0", "0"}, "0"},
         {{"print", "self", "--nicely"}, "--nicely"},
         {{"print", "self", "--sender-filter", "all"},
-         "--sender-filter: Value all not in range -2147483648 to 2147483647"},
+         "--sender-filter: found \"all\", allowed: 0: without the video senders of streams 2 to 4; "
+         "another number: all"},
         {{"print", "self", "--config"}, "--config"},
         {{"print", "--print-config", "--check-config"}, "--print-config"},
         {{"check-sdp"}, "FILE is required"},
         {{"check-sdp", "-", "-"}, "FILE: standard input (\"-\") can be read once"},
         {{"check-sdp", "-", "--current-format", "32768"},
-         "--current-format: Value 32768 not in range -32768 to 32767"},
+         "--current-format: found \"32768\", allowed: 2k, 4k, any, or a number from -32768 to "
+         "32767"},
         {{"check-sdp", "-", "--switch-capable", "--no-switch-capable"}, "--switch-capable"},
     };
     for (const WrongUse& wrong : cases) {

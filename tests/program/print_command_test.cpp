@@ -264,7 +264,7 @@ TEST(Print, TheIndexEndsWithWhatTheConfigurationHas)
     const std::string example = EXAMPLES_DIRECTORY "/video-senders-only.json";
     const ProgramRun run = run_program({"print", "sdp", "4", "--config", example});
     EXPECT_EQ(run.status, 3);
-    EXPECT_THAT(run.errors, HasSubstr("allowed: 0 to 3"));
+    EXPECT_THAT(run.errors, HasSubstr("(0 to 3)"));
 }
 
 TEST(Print, ARefusedConfigurationIsStatus1)
