@@ -8,6 +8,9 @@
 
 namespace nmos_instrument::host {
 
+/// Visible ASCII as it is, other bytes as \xHH: text of a stranger cannot move a terminal's cursor.
+std::string printable(std::string_view text);
+
 /// `text` in quotes, for a message or the log: one line of visible ASCII, other bytes as \xHH, and
 /// cut when it is longer than it helps. What clients send can so never forge a line of the log.
 std::string in_quotes(std::string_view text);

@@ -7,28 +7,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "text/quoted_text.h"
+
 namespace nmos_instrument::program {
 namespace {
 
+using host::printable;
 using nlohmann::ordered_json;
-
-/// A file's bytes as visible ASCII, others as \xHH.
-std::string printable(std::string_view text)
-{
-    constexpr char digits[] = "0123456789abcdef";
-    std::string shown;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte > 0x7e) {
-            shown += "\\x";
-            shown += digits[byte >> 4];
-            shown += digits[byte & 15];
-        } else {
-            shown += c;
-        }
-    }
-    return shown;
-}
 
 constexpr const char* leg_names[2] = {"primary", "secondary"};
 
