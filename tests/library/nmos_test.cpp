@@ -12,6 +12,8 @@
 #include "nmos_instrument/NetworkControlApi.h"
 #include "nmos_instrument/NodeApi.h"
 #include "nmos_instrument/RegistrationApi.h"
+#include "support/service_text.h"
+#include "support/varied.h"
 
 namespace {
 
@@ -236,26 +238,7 @@ TEST(NmosCounters, RestoredToAnythingHaveADefinedNextValue)
 
 TEST(NmosServiceText, OfAFreshObject)
 {
-    EXPECT_EQ(Nmos().make_node_service_text(1),
-              "<?xml version=\"1.0\" standalone='no'?>\n"
-              "<!DOCTYPE service-group SYSTEM \"avahi-service.dtd\">\n"
-              "\n"
-              "<service-group>\n"
-              "  <name replace-wildcards=\"yes\">%h</name>\n"
-              "\n"
-              "  <service>\n"
-              "    <type>_nmos-node._tcp</type>\n"
-              "    <port>3000</port>\n"
-              "    <txt-record>api_proto=http</txt-record>\n"
-              "    <txt-record>api_ver=v1.2</txt-record>\n"
-              "    <txt-record>ver_slf=0</txt-record>\n"
-              "    <txt-record>ver_src=0</txt-record>\n"
-              "    <txt-record>ver_flw=0</txt-record>\n"
-              "    <txt-record>ver_dvc=0</txt-record>\n"
-              "    <txt-record>ver_snd=0</txt-record>\n"
-              "    <txt-record>ver_rcv=0</txt-record>\n"
-              "  </service>\n"
-              "</service-group>\n");
+    EXPECT_EQ(Nmos().make_node_service_text(1), fresh_service);
 }
 
 TEST(NmosServiceText, ShowsEveryMemberButTheText)
@@ -271,25 +254,14 @@ TEST(NmosServiceText, ShowsEveryMemberButTheText)
     nmos.ver_snd = 55;
     nmos.ver_rcv = 254;
     EXPECT_EQ(nmos.make_node_service_text(1),
-              "<?xml version=\"1.0\" standalone='no'?>\n"
-              "<!DOCTYPE service-group SYSTEM \"avahi-service.dtd\">\n"
-              "\n"
-              "<service-group>\n"
-              "  <name replace-wildcards=\"yes\">%h</name>\n"
-              "\n"
-              "  <service>\n"
-              "    <type>_nmos-node._tcp</type>\n"
-              "    <port>8080</port>\n"
-              "    <txt-record>api_proto=https</txt-record>\n"
-              "    <txt-record>api_ver=v1.2</txt-record>\n"
-              "    <txt-record>ver_slf=11</txt-record>\n"
-              "    <txt-record>ver_src=22</txt-record>\n"
-              "    <txt-record>ver_flw=33</txt-record>\n"
-              "    <txt-record>ver_dvc=44</txt-record>\n"
-              "    <txt-record>ver_snd=55</txt-record>\n"
-              "    <txt-record>ver_rcv=254</txt-record>\n"
-              "  </service>\n"
-              "</service-group>\n");
+              varied(fresh_service, {{"<port>3000<", "<port>8080<"},
+                                     {"=http<", "=https<"},
+                                     {"ver_slf=0", "ver_slf=11"},
+                                     {"ver_src=0", "ver_src=22"},
+                                     {"ver_flw=0", "ver_flw=33"},
+                                     {"ver_dvc=0", "ver_dvc=44"},
+                                     {"ver_snd=0", "ver_snd=55"},
+                                     {"ver_rcv=0", "ver_rcv=254"}}));
 }
 
 TEST(NmosServiceText, WritesNumbersWithTheirSignWhateverTheyAre)
@@ -303,25 +275,13 @@ TEST(NmosServiceText, WritesNumbersWithTheirSignWhateverTheyAre)
     nmos.ver_snd = 1000000;
     nmos.ver_rcv = -40;
     EXPECT_EQ(nmos.make_node_service_text(1),
-              "<?xml version=\"1.0\" standalone='no'?>\n"
-              "<!DOCTYPE service-group SYSTEM \"avahi-service.dtd\">\n"
-              "\n"
-              "<service-group>\n"
-              "  <name replace-wildcards=\"yes\">%h</name>\n"
-              "\n"
-              "  <service>\n"
-              "    <type>_nmos-node._tcp</type>\n"
-              "    <port>-2147483648</port>\n"
-              "    <txt-record>api_proto=http</txt-record>\n"
-              "    <txt-record>api_ver=v1.2</txt-record>\n"
-              "    <txt-record>ver_slf=-1</txt-record>\n"
-              "    <txt-record>ver_src=2147483647</txt-record>\n"
-              "    <txt-record>ver_flw=-2147483648</txt-record>\n"
-              "    <txt-record>ver_dvc=255</txt-record>\n"
-              "    <txt-record>ver_snd=1000000</txt-record>\n"
-              "    <txt-record>ver_rcv=-40</txt-record>\n"
-              "  </service>\n"
-              "</service-group>\n");
+              varied(fresh_service, {{"<port>3000<", "<port>-2147483648<"},
+                                     {"ver_slf=0", "ver_slf=-1"},
+                                     {"ver_src=0", "ver_src=2147483647"},
+                                     {"ver_flw=0", "ver_flw=-2147483648"},
+                                     {"ver_dvc=0", "ver_dvc=255"},
+                                     {"ver_snd=0", "ver_snd=1000000"},
+                                     {"ver_rcv=0", "ver_rcv=-40"}}));
 }
 
 TEST(NmosServiceText, TakesAnUnknownProtocolForHttp)

@@ -20,6 +20,8 @@
 #include "support/body_parts.h"
 #include "support/same_bytes.h"
 #include "support/set_text.h"
+#include "support/two_leg_sdp.h"
+#include "support/varied.h"
 
 namespace {
 
@@ -96,101 +98,28 @@ std::string write_sdp(NMOS_IS05_ST& state, int index)
     return ConnectionApi().make_single_senderid_sdp(&state, index, &sys);
 }
 
-constexpr const char* video_st2110 =
-    "v=0\r\n"
-    "o=HALDEN 1234567890 1234567891 IN IP4 192.168.10.1\r\n"
-    "s=QX3100 OPT21/22\r\n"
-    "t=0 0\r\n"
-    "a=group:DUP primary secondary\r\n"
-    "m=video 5004 RTP/AVP 96\r\n"
-    "c=IN IP4 239.10.0.1/64\r\n"
-    "a=rtpmap:96 raw/90000\r\n"
+const std::string video_format =
     "a=fmtp:96 sampling=YCbCr-4:2:2; width=1920; height=1080; depth=10; "
     "exactframerate=60000/1001; colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; "
-    "TP=2110TPN; PM=2110BPM; \r\n"
-    "a=source-filter: incl IN IP4 239.10.0.1 192.168.10.1\r\n"
-    "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-    "a=mediaclk:direct=0\r\n"
-    "a=mid:primary\r\n"
-    "m=video 5014 RTP/AVP 96\r\n"
-    "c=IN IP4 239.20.0.1/64\r\n"
-    "a=fmtp:96 sampling=YCbCr-4:2:2; width=1920; height=1080; depth=10; "
-    "exactframerate=60000/1001; colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; "
-    "TP=2110TPN; PM=2110BPM; \r\n"
-    "a=rtpmap:96 raw/90000\r\n"
-    "a=source-filter: incl IN IP4 239.20.0.1 192.168.20.1\r\n"
-    "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-    "a=mediaclk:direct=0\r\n"
-    "a=mid:secondary\r\n";
+    "TP=2110TPN; PM=2110BPM; \r\n";
 
-constexpr const char* video_st2022_6 =
-    "v=0\r\n"
-    "o=HALDEN 1234567890 1234567891 IN IP4 192.168.10.1\r\n"
-    "s=QX3100 OPT21/22\r\n"
-    "t=0 0\r\n"
-    "a=group:DUP primary secondary\r\n"
-    "m=video 5004 RTP/AVP 98\r\n"
-    "c=IN IP4 239.10.0.1/64\r\n"
-    "a=rtpmap:98 raw/90000\r\n"
-    "a=fmtp:98 sampling=YCbCr-4:2:2; width=1920; height=1080; depth=10; "
-    "exactframerate=60000/1001; colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; "
-    "TP=2110TPN; PM=2022-6; \r\n"
-    "a=source-filter: incl IN IP4 239.10.0.1 192.168.10.1\r\n"
-    "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-    "a=mediaclk:direct=0\r\n"
-    "a=mid:primary\r\n"
-    "m=video 5014 RTP/AVP 98\r\n"
-    "c=IN IP4 239.20.0.1/64\r\n"
-    "a=fmtp:98 sampling=YCbCr-4:2:2; width=1920; height=1080; depth=10; "
-    "exactframerate=60000/1001; colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; "
-    "TP=2110TPN; PM=2022-6; \r\n"
-    "a=rtpmap:98 raw/90000\r\n"
-    "a=source-filter: incl IN IP4 239.20.0.1 192.168.20.1\r\n"
-    "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-    "a=mediaclk:direct=0\r\n"
-    "a=mid:secondary\r\n";
+const std::string& video_st2110 = two_leg_video;
 
-constexpr const char* audio_1_ms = "v=0\r\n"
-                                   "o=HALDEN 1234567890 1234567891 IN IP4 192.168.10.1\r\n"
-                                   "s=QX3100 OPT21/22\r\n"
-                                   "t=0 0\r\n"
-                                   "a=group:DUP primary secondary\r\n"
-                                   "m=audio 5004 RTP/AVP 97\r\n"
-                                   "c=IN IP4 239.10.0.1/64\r\n"
-                                   "a=rtpmap:97 L24/48000/16\r\n"
-                                   "a=ptime:1\r\n"
-                                   "a=source-filter: incl IN IP4 239.10.0.1 192.168.10.1\r\n"
-                                   "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-                                   "a=mediaclk:direct=0\r\n"
-                                   "a=mid:primary\r\n"
-                                   "m=audio 5014 RTP/AVP 97\r\n"
-                                   "c=IN IP4 239.20.0.1/64\r\n"
-                                   "a=rtpmap:97 L24/48000/16\r\n"
-                                   "a=ptime:1\r\n"
-                                   "a=source-filter: incl IN IP4 239.20.0.1 192.168.20.1\r\n"
-                                   "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-                                   "a=mediaclk:direct=0\r\n"
-                                   "a=mid:secondary\r\n";
+const std::string video_st2022_6 = varied(two_leg_video, {{" RTP/AVP 96\r\n", " RTP/AVP 98\r\n"},
+                                                          {"a=rtpmap:96 ", "a=rtpmap:98 "},
+                                                          {"a=fmtp:96 ", "a=fmtp:98 "},
+                                                          {"PM=2110BPM", "PM=2022-6"}});
 
-constexpr const char* ancillary = "v=0\r\n"
-                                  "o=HALDEN 1234567890 1234567891 IN IP4 192.168.10.1\r\n"
-                                  "s=QX3100 OPT21/22\r\n"
-                                  "t=0 0\r\n"
-                                  "a=group:DUP primary secondary\r\n"
-                                  "m=video 5004 RTP/AVP 100\r\n"
-                                  "c=IN IP4 239.10.0.1/64\r\n"
-                                  "a=rtpmap:100 smpte291/90000\r\n"
-                                  "a=source-filter: incl IN IP4 239.10.0.1 192.168.10.1\r\n"
-                                  "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-                                  "a=mediaclk:direct=0\r\n"
-                                  "a=mid:primary\r\n"
-                                  "m=video 5014 RTP/AVP 100\r\n"
-                                  "c=IN IP4 239.20.0.1/64\r\n"
-                                  "a=rtpmap:100 smpte291/90000\r\n"
-                                  "a=source-filter: incl IN IP4 239.20.0.1 192.168.20.1\r\n"
-                                  "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-                                  "a=mediaclk:direct=0\r\n"
-                                  "a=mid:secondary\r\n";
+const std::string audio_1_ms = varied(
+    two_leg_video, {{"m=video ", "m=audio "},
+                    {" RTP/AVP 96\r\n", " RTP/AVP 97\r\n"},
+                    {"a=rtpmap:96 raw/90000\r\n", "a=rtpmap:97 L24/48000/16\r\na=ptime:1\r\n"},
+                    {video_format, ""}});
+
+const std::string ancillary =
+    varied(two_leg_video, {{" RTP/AVP 96\r\n", " RTP/AVP 100\r\n"},
+                           {"a=rtpmap:96 raw/90000\r\n", "a=rtpmap:100 smpte291/90000\r\n"},
+                           {video_format, ""}});
 
 // --- Whole files --------------------------------------------------------------------------------
 
@@ -229,74 +158,27 @@ TEST(SdpWriterFiles, OfAClearedRecordHaveEmptyFieldsAndTwoLegs)
 {
     const auto state = std::make_unique<NMOS_IS05_ST>();
     const st_param_sys sys = st_param_sys();
-    EXPECT_EQ(ConnectionApi().make_single_senderid_sdp(state.get(), 0, &sys),
-              "v=0\r\n"
-              "o=HALDEN   IN IP4 \r\n"
-              "s=QX3100 OPT21/22\r\n"
-              "t=0 0\r\n"
-              "a=group:DUP primary secondary\r\n"
-              "m=video 0 RTP/AVP 98\r\n"
-              "c=IN IP4 /64\r\n"
-              "a=rtpmap:98 raw/90000\r\n"
-              "a=fmtp:98 sampling=YCbCr-4:2:2; width=3840; height=2160; depth=10; "
-              "exactframerate=60; colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; "
-              "TP=2110TPN; PM=2022-6; \r\n"
-              "a=source-filter: incl IN IP4  \r\n"
-              "a=ts-refclk:ptp=IEEE1588-2008::127\r\n"
-              "a=mediaclk:direct=0\r\n"
-              "a=mid:primary\r\n"
-              "m=video 0 RTP/AVP 98\r\n"
-              "c=IN IP4 /64\r\n"
-              "a=fmtp:98 sampling=YCbCr-4:2:2; width=3840; height=2160; depth=10; "
-              "exactframerate=60; colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; "
-              "TP=2110TPN; PM=2022-6; \r\n"
-              "a=rtpmap:98 raw/90000\r\n"
-              "a=source-filter: incl IN IP4  \r\n"
-              "a=ts-refclk:ptp=IEEE1588-2008::127\r\n"
-              "a=mediaclk:direct=0\r\n"
-              "a=mid:secondary\r\n");
+    const auto cleared = [](const std::string& file) {
+        return varied(file, {{" 1234567890 1234567891 ", "   "},
+                             {"192.168.10.1", ""},
+                             {"192.168.20.1", ""},
+                             {"239.10.0.1", ""},
+                             {"239.20.0.1", ""},
+                             {" 5004 ", " 0 "},
+                             {" 5014 ", " 0 "},
+                             {"00-1D-C1-FF-FE-12-34-56", ""}});
+    };
+    EXPECT_EQ(
+        ConnectionApi().make_single_senderid_sdp(state.get(), 0, &sys),
+        varied(cleared(video_st2022_6), {{"width=1920; height=1080;", "width=3840; height=2160;"},
+                                         {"exactframerate=60000/1001;", "exactframerate=60;"}}));
     EXPECT_EQ(ConnectionApi().make_single_senderid_sdp(state.get(), 4, &sys),
-              "v=0\r\n"
-              "o=HALDEN   IN IP4 \r\n"
-              "s=QX3100 OPT21/22\r\n"
-              "t=0 0\r\n"
-              "a=group:DUP primary secondary\r\n"
-              "m=audio 0 RTP/AVP 0\r\n"
-              "c=IN IP4 /64\r\n"
-              "a=rtpmap:0 L24/48000/16\r\n"
-              "a=ptime:8\r\n"
-              "a=source-filter: incl IN IP4  \r\n"
-              "a=ts-refclk:ptp=IEEE1588-2008::127\r\n"
-              "a=mediaclk:direct=0\r\n"
-              "a=mid:primary\r\n"
-              "m=audio 0 RTP/AVP 0\r\n"
-              "c=IN IP4 /64\r\n"
-              "a=rtpmap:0 L24/48000/16\r\n"
-              "a=ptime:8\r\n"
-              "a=source-filter: incl IN IP4  \r\n"
-              "a=ts-refclk:ptp=IEEE1588-2008::127\r\n"
-              "a=mediaclk:direct=0\r\n"
-              "a=mid:secondary\r\n");
+              varied(cleared(audio_1_ms), {{" RTP/AVP 97\r\n", " RTP/AVP 0\r\n"},
+                                           {"a=rtpmap:97 ", "a=rtpmap:0 "},
+                                           {"a=ptime:1\r\n", "a=ptime:8\r\n"}}));
     EXPECT_EQ(ConnectionApi().make_single_senderid_sdp(state.get(), 5, &sys),
-              "v=0\r\n"
-              "o=HALDEN   IN IP4 \r\n"
-              "s=QX3100 OPT21/22\r\n"
-              "t=0 0\r\n"
-              "a=group:DUP primary secondary\r\n"
-              "m=video 0 RTP/AVP 0\r\n"
-              "c=IN IP4 /64\r\n"
-              "a=rtpmap:0 smpte291/90000\r\n"
-              "a=source-filter: incl IN IP4  \r\n"
-              "a=ts-refclk:ptp=IEEE1588-2008::127\r\n"
-              "a=mediaclk:direct=0\r\n"
-              "a=mid:primary\r\n"
-              "m=video 0 RTP/AVP 0\r\n"
-              "c=IN IP4 /64\r\n"
-              "a=rtpmap:0 smpte291/90000\r\n"
-              "a=source-filter: incl IN IP4  \r\n"
-              "a=ts-refclk:ptp=IEEE1588-2008::127\r\n"
-              "a=mediaclk:direct=0\r\n"
-              "a=mid:secondary\r\n");
+              varied(cleared(ancillary),
+                     {{" RTP/AVP 100\r\n", " RTP/AVP 0\r\n"}, {"a=rtpmap:100 ", "a=rtpmap:0 "}}));
 }
 
 TEST(SdpWriterFiles, TakeTheSecondLegFromWhateverItHoldsWhenOneLegIsInUse)
@@ -305,27 +187,8 @@ TEST(SdpWriterFiles, TakeTheSecondLegFromWhateverItHoldsWhenOneLegIsInUse)
     auto& active = state->senders[4].active;
     active.leg_count = 1;
     active.transport_params[1] = CONNECTION_LEG_IS05_ST();
-    EXPECT_EQ(write_sdp(*state, 4), "v=0\r\n"
-                                    "o=HALDEN 1234567890 1234567891 IN IP4 192.168.10.1\r\n"
-                                    "s=QX3100 OPT21/22\r\n"
-                                    "t=0 0\r\n"
-                                    "a=group:DUP primary secondary\r\n"
-                                    "m=audio 5004 RTP/AVP 97\r\n"
-                                    "c=IN IP4 239.10.0.1/64\r\n"
-                                    "a=rtpmap:97 L24/48000/16\r\n"
-                                    "a=ptime:1\r\n"
-                                    "a=source-filter: incl IN IP4 239.10.0.1 192.168.10.1\r\n"
-                                    "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-                                    "a=mediaclk:direct=0\r\n"
-                                    "a=mid:primary\r\n"
-                                    "m=audio 0 RTP/AVP 97\r\n"
-                                    "c=IN IP4 /64\r\n"
-                                    "a=rtpmap:97 L24/48000/16\r\n"
-                                    "a=ptime:1\r\n"
-                                    "a=source-filter: incl IN IP4  \r\n"
-                                    "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-                                    "a=mediaclk:direct=0\r\n"
-                                    "a=mid:secondary\r\n");
+    EXPECT_EQ(write_sdp(*state, 4),
+              varied(audio_1_ms, {{" 5014 ", " 0 "}, {"239.20.0.1", ""}, {"192.168.20.1", ""}}));
 }
 
 TEST(SdpWriterFiles, DoNotDependOnLegCountAndFlags)
@@ -575,28 +438,7 @@ TEST(SdpWriterPorts, AreRoundedAndPrintedInFull)
         const auto state = state_of(5);
         auto& legs = state->senders[5].active.transport_params;
         legs[0].destination_port = row.port;
-        EXPECT_EQ(write_sdp(*state, 5),
-                  "v=0\r\n"
-                  "o=HALDEN 1234567890 1234567891 IN IP4 192.168.10.1\r\n"
-                  "s=QX3100 OPT21/22\r\n"
-                  "t=0 0\r\n"
-                  "a=group:DUP primary secondary\r\n"
-                  "m=video " +
-                      port +
-                      " RTP/AVP 100\r\n"
-                      "c=IN IP4 239.10.0.1/64\r\n"
-                      "a=rtpmap:100 smpte291/90000\r\n"
-                      "a=source-filter: incl IN IP4 239.10.0.1 192.168.10.1\r\n"
-                      "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-                      "a=mediaclk:direct=0\r\n"
-                      "a=mid:primary\r\n"
-                      "m=video 5014 RTP/AVP 100\r\n"
-                      "c=IN IP4 239.20.0.1/64\r\n"
-                      "a=rtpmap:100 smpte291/90000\r\n"
-                      "a=source-filter: incl IN IP4 239.20.0.1 192.168.20.1\r\n"
-                      "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:127\r\n"
-                      "a=mediaclk:direct=0\r\n"
-                      "a=mid:secondary\r\n");
+        EXPECT_EQ(write_sdp(*state, 5), varied(ancillary, {{" 5004 ", " " + port + " "}}));
         for (const int index : {0, 4}) {
             const auto other = state_of(index);
             other->senders[index].active.transport_params[1].destination_port = row.port;
@@ -622,25 +464,13 @@ TEST(SdpWriterTexts, AreInsertedAsTheyAre)
     set_text(legs[0].destination_ip, "%s%d");
     set_text(legs[1].source_ip, "x\r\ny");
     set_text(legs[1].destination_ip, "auto");
-    EXPECT_EQ(write_sdp(*state, 5), "v=0\r\n"
-                                    "o=HALDEN null \xC3\xA9\t IN IP4 null\r\n"
-                                    "s=QX3100 OPT21/22\r\n"
-                                    "t=0 0\r\n"
-                                    "a=group:DUP primary secondary\r\n"
-                                    "m=video 5004 RTP/AVP 100\r\n"
-                                    "c=IN IP4 %s%d/64\r\n"
-                                    "a=rtpmap:100 smpte291/90000\r\n"
-                                    "a=source-filter: incl IN IP4 %s%d null\r\n"
-                                    "a=ts-refclk:ptp=IEEE1588-2008:a/b\\\":127\r\n"
-                                    "a=mediaclk:direct=0\r\n"
-                                    "a=mid:primary\r\n"
-                                    "m=video 5014 RTP/AVP 100\r\n"
-                                    "c=IN IP4 auto/64\r\n"
-                                    "a=rtpmap:100 smpte291/90000\r\n"
-                                    "a=source-filter: incl IN IP4 auto x\r\ny\r\n"
-                                    "a=ts-refclk:ptp=IEEE1588-2008:a/b\\\":127\r\n"
-                                    "a=mediaclk:direct=0\r\n"
-                                    "a=mid:secondary\r\n");
+    EXPECT_EQ(write_sdp(*state, 5),
+              varied(ancillary, {{" 1234567890 1234567891 ", " null \xC3\xA9\t "},
+                                 {"192.168.10.1", "null"},
+                                 {"239.10.0.1", "%s%d"},
+                                 {"192.168.20.1", "x\r\ny"},
+                                 {"239.20.0.1", "auto"},
+                                 {"00-1D-C1-FF-FE-12-34-56", "a/b\\\""}}));
 }
 
 TEST(SdpWriterTexts, WithoutNulAreTheirWholeWidth)
@@ -657,28 +487,13 @@ TEST(SdpWriterTexts, WithoutNulAreTheirWholeWidth)
     fill_whole(legs[1].destination_ip, 'D');
     fill_whole(legs[1].interface_ip, 'x');
     EXPECT_EQ(write_sdp(*state, 5),
-              "v=0\r\n"
-              "o=HALDEN iiiiiiiiiiiiiiiiiiiiiiiiiiiiiiii vvvvvvvvvvvvvvvvvvvvvvvvvvvvvvvv "
-              "IN IP4 ssssssssssssssssssssssssssssssss\r\n"
-              "s=QX3100 OPT21/22\r\n"
-              "t=0 0\r\n"
-              "a=group:DUP primary secondary\r\n"
-              "m=video 5004 RTP/AVP 100\r\n"
-              "c=IN IP4 dddddddddddddddddddddddddddddddd/64\r\n"
-              "a=rtpmap:100 smpte291/90000\r\n"
-              "a=source-filter: incl IN IP4 dddddddddddddddddddddddddddddddd "
-              "ssssssssssssssssssssssssssssssss\r\n"
-              "a=ts-refclk:ptp=IEEE1588-2008:gggggggggggggggggggggggggggggggg:127\r\n"
-              "a=mediaclk:direct=0\r\n"
-              "a=mid:primary\r\n"
-              "m=video 5014 RTP/AVP 100\r\n"
-              "c=IN IP4 DDDDDDDDDDDDDDDDDDDDDDDDDDDDDDDD/64\r\n"
-              "a=rtpmap:100 smpte291/90000\r\n"
-              "a=source-filter: incl IN IP4 DDDDDDDDDDDDDDDDDDDDDDDDDDDDDDDD "
-              "SSSSSSSSSSSSSSSSSSSSSSSSSSSSSSSS\r\n"
-              "a=ts-refclk:ptp=IEEE1588-2008:gggggggggggggggggggggggggggggggg:127\r\n"
-              "a=mediaclk:direct=0\r\n"
-              "a=mid:secondary\r\n");
+              varied(ancillary, {{"1234567890", "iiiiiiiiiiiiiiiiiiiiiiiiiiiiiiii"},
+                                 {"1234567891", "vvvvvvvvvvvvvvvvvvvvvvvvvvvvvvvv"},
+                                 {"192.168.10.1", "ssssssssssssssssssssssssssssssss"},
+                                 {"239.10.0.1", "dddddddddddddddddddddddddddddddd"},
+                                 {"192.168.20.1", "SSSSSSSSSSSSSSSSSSSSSSSSSSSSSSSS"},
+                                 {"239.20.0.1", "DDDDDDDDDDDDDDDDDDDDDDDDDDDDDDDD"},
+                                 {"00-1D-C1-FF-FE-12-34-56", "gggggggggggggggggggggggggggggggg"}}));
 }
 
 TEST(SdpWriterTexts, EndAtTheirNul)
