@@ -330,7 +330,7 @@ const NodeCase node_fields[] = {
      {"href is \"192.0.2.10:3212/\", it must be a URL that begins with http:// or https://"}},
     {"HrefOfTheScheme", [](NMOS_IS04_ST& r) { set_text(r.href, "https://"); },
      {"href is \"https://\", it must be a URL that begins with http:// or https://"}},
-    {"HrefWithBlank", [](NMOS_IS04_ST& r) { set_text(r.href, "http://a b/"); },
+    {"HrefWithSpace", [](NMOS_IS04_ST& r) { set_text(r.href, "http://a b/"); },
      {"href is \"http://a b/\", it must be a URL that begins with http:// or https://"}},
     {"HostnameWithoutEnd", [](NMOS_IS04_ST& r) { fill_whole(r.hostname, 'h'); },
      {"hostname is \"hhhhhhhhhhhhhhhhhhhhhhhhhhhhhhhh\", there is no NUL in its 32 bytes"}},
@@ -383,7 +383,7 @@ const NodeCase node_fields[] = {
     {"ControlOfAnyScheme", [](NMOS_IS04_ST& r) {
          set_text(r.devices[0].controls[0].type, "x-a+b.c2:control");
      }, {}},
-    {"MediaTypeWithBlank", [](NMOS_IS04_ST& r) {
+    {"MediaTypeWithSpace", [](NMOS_IS04_ST& r) {
          set_text(r.receivers[0].media_types[0], "video/ raw");
      }, {"receivers[0].media_types[0] is \"video/ raw\", it must be a media type that begins with "
          "video/"}},

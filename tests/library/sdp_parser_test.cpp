@@ -30,6 +30,23 @@ std::string repeated(const std::string& text, int times)
     return all;
 }
 
+// Hosts were built with these numbers.
+static_assert(sdp_found_source_ip_leg0 == 0x1);
+static_assert(sdp_found_source_ip_leg1 == 0x2);
+static_assert(sdp_found_multicast_ip_leg0 == 0x4);
+static_assert(sdp_found_multicast_ip_leg1 == 0x8);
+static_assert(sdp_found_destination_port_leg0 == 0x10);
+static_assert(sdp_found_destination_port_leg1 == 0x20);
+static_assert(sdp_found_rtp_payload_type == 0x40);
+static_assert(sdp_found_sampling_and_depth == 0x80);
+static_assert(sdp_found_size == 0x100);
+static_assert(sdp_found_exactframerate == 0x200);
+static_assert(sdp_found_colorimetry == 0x400);
+static_assert(sdp_found_packing_mode == 0x800);
+static_assert(sdp_found_tcs == 0x1000);
+
+constexpr std::uint32_t every_found_flag = 0x1FFF;
+
 // --- Whole files --------------------------------------------------------------------------------
 
 TEST(SdpParserFiles, AnEmptyFileIsFine)
@@ -39,7 +56,7 @@ TEST(SdpParserFiles, AnEmptyFileIsFine)
 
 TEST(SdpParserFiles, TwoLegVideoIsTakenWhole)
 {
-    expect_sdp(two_leg_video, 0x1FFF,
+    expect_sdp(two_leg_video, every_found_flag,
                {{"source_ip[0]", "192.168.10.1"},
                 {"source_ip[1]", "192.168.20.1"},
                 {"multicast_ip[0]", "239.10.0.1"},
@@ -77,7 +94,10 @@ TEST(SdpParserFiles, OneLegInterlacedVideoIsTakenWhole)
                    "\n"
                    "a=ts-refclk:ptp=IEEE1588-2008:39-A7-94-FF-FE-07-CB-D0:37\n"
                    "a=mediaclk:direct=0\n",
-               0x1 | 0x4 | 0x10 | 0x40 | 0x80 | 0x100 | 0x200 | 0x400 | 0x800 | 0x1000,
+               sdp_found_source_ip_leg0 | sdp_found_multicast_ip_leg0 |
+                   sdp_found_destination_port_leg0 | sdp_found_rtp_payload_type |
+                   sdp_found_sampling_and_depth | sdp_found_size | sdp_found_exactframerate |
+                   sdp_found_colorimetry | sdp_found_packing_mode | sdp_found_tcs,
                {{"source_ip[0]", "192.168.1.2"},
                 {"multicast_ip[0]", "239.1.1.1"},
                 {"destination_port[0]", "20000"},
@@ -106,7 +126,8 @@ TEST(SdpParserFiles, AudioIsTaken)
                "a=rtpmap:97 L24/48000/16\r\n"
                "a=ptime:0.125\r\n"
                "a=mediaclk:direct=0\r\n",
-               0x1 | 0x4 | 0x10 | 0x40,
+               sdp_found_source_ip_leg0 | sdp_found_multicast_ip_leg0 |
+                   sdp_found_destination_port_leg0 | sdp_found_rtp_payload_type,
                {{"source_ip[0]", "10.0.0.1"},
                 {"multicast_ip[0]", "239.0.0.1"},
                 {"destination_port[0]", "5004"},
@@ -175,7 +196,7 @@ TEST(SdpParserFiles, AMessageDoesNotKeepOtherValuesFromBeingStored)
         "m=video 65536 RTP/AVP 96\n"
         "c=IN IP4 239.0.0.1/64\n"
         "a=TCS=bad; colorimetry=BT709;\n",
-        0x4 | 0x40 | 0x400,
+        sdp_found_multicast_ip_leg0 | sdp_found_rtp_payload_type | sdp_found_colorimetry,
         {{"multicast_ip[0]", "239.0.0.1"}, {"rtp_payload_type", "96"}, {"colorimetry", "BT709"}},
         "Destination Port 65536 is range over.\n"
         "TCS= bad is no support parameter.\n");
@@ -198,11 +219,11 @@ TEST(SdpParserCalls, ClearTheFlagsAndKeepTheFieldsOfTheCallBefore)
                                    true, &errors, &found),
               400);
     EXPECT_EQ(errors, "Destination Port 70000 is range over.\n");
-    EXPECT_EQ(found.found_flags, 0x1004U);
+    EXPECT_EQ(found.found_flags, sdp_found_multicast_ip_leg0 | sdp_found_tcs);
 
     EXPECT_EQ(api.analyze_sdp_file("a=TCS=PQ\n", true, 4, true, &errors, &found), 200);
     EXPECT_EQ(errors, "");
-    EXPECT_EQ(found.found_flags, 0x1000U);
+    EXPECT_EQ(found.found_flags, sdp_found_tcs);
     EXPECT_EQ(stored_fields(found), (Fields{{"multicast_ip[0]", "239.0.0.1"}, {"tcs", "PQ"}}));
 
     EXPECT_EQ(api.analyze_sdp_file("", true, 4, true, &errors, &found), 200);
@@ -220,7 +241,7 @@ TEST(SdpParserCalls, BeginAtLeg0WithoutNames)
     EXPECT_EQ(api.analyze_sdp_file("c=IN IP4 239.0.0.1/64\na=mid:x\nc=IN IP4 239.0.0.2/64\n", true,
                                    4, true, &errors, &found),
               200);
-    EXPECT_EQ(found.found_flags, 0xCU);
+    EXPECT_EQ(found.found_flags, sdp_found_multicast_ip_leg0 | sdp_found_multicast_ip_leg1);
     EXPECT_EQ(stored_fields(found),
               (Fields{{"multicast_ip[0]", "239.0.0.1"}, {"multicast_ip[1]", "239.0.0.2"}}));
 }
@@ -240,7 +261,8 @@ void expect_four_lines(const std::string& end)
 {
     expect_sdp("o=IN IP4 10.0.0.1" + end + "c=IN IP4 239.0.0.1/64" + end + "a=rtpmap:96" + end +
                    "a=TCS=SDR" + end,
-               0x1 | 0x4 | 0x40 | 0x1000,
+               sdp_found_source_ip_leg0 | sdp_found_multicast_ip_leg0 | sdp_found_rtp_payload_type |
+                   sdp_found_tcs,
                {{"source_ip[0]", "10.0.0.1"},
                 {"multicast_ip[0]", "239.0.0.1"},
                 {"rtp_payload_type", "96"},
@@ -261,7 +283,8 @@ TEST(SdpParserLineBreaks, MayDifferFromLineToLine)
                "c=IN IP4 239.0.0.1/64\n\r"
                "a=rtpmap:96\r\n"
                "a=TCS=SDR\n",
-               0x1 | 0x4 | 0x40 | 0x1000,
+               sdp_found_source_ip_leg0 | sdp_found_multicast_ip_leg0 | sdp_found_rtp_payload_type |
+                   sdp_found_tcs,
                {{"source_ip[0]", "10.0.0.1"},
                 {"multicast_ip[0]", "239.0.0.1"},
                 {"rtp_payload_type", "96"},
@@ -271,7 +294,8 @@ TEST(SdpParserLineBreaks, MayDifferFromLineToLine)
 
 TEST(SdpParserLineBreaks, NoOtherByteEndsALine)
 {
-    expect_sdp("o=IN IP4 10.0.0.1\v\f\x85\0x\nc=IN IP4 239.0.0.1\n"s, 0x1 | 0x4,
+    expect_sdp("o=IN IP4 10.0.0.1\v\f\x85\0x\nc=IN IP4 239.0.0.1\n"s,
+               sdp_found_source_ip_leg0 | sdp_found_multicast_ip_leg0,
                {{"source_ip[0]", "10.0.0.1\v\f\x85\0x"s}, {"multicast_ip[0]", "239.0.0.1"}}, "");
     expect_sdp("a=TCS=SDR\\n;\n", 0, {}, "TCS= SDR\\n is no support parameter.\n");
 }
@@ -282,9 +306,10 @@ TEST(SdpParserLineBreaks, TheLastLineWithoutOneBecomesANumberAndSaysNothing)
          {"m=video 70000 RTP/AVP 1", "c=IN IP4 bad", "a=TCS=bad", "a=fmtp:1", "a=group:DUP one",
           "a=source-filter: incl IN IP4 239.0.0.1", "c=IN IP4 239.0.0.1/64", "96", "-1", "x"}) {
         expect_sdp(line, 0, {}, "");
-        expect_sdp(std::string("a=TCS=PQ\n") + line, 0x1000, {{"tcs", "PQ"}}, "");
+        expect_sdp(std::string("a=TCS=PQ\n") + line, sdp_found_tcs, {{"tcs", "PQ"}}, "");
     }
-    expect_sdp("m=video 5004 RTP/AVP 96\r\nc=IN IP4 239.0.0.1/64", 0x10 | 0x40,
+    expect_sdp("m=video 5004 RTP/AVP 96\r\nc=IN IP4 239.0.0.1/64",
+               sdp_found_destination_port_leg0 | sdp_found_rtp_payload_type,
                {{"destination_port[0]", "5004"}, {"rtp_payload_type", "96"}}, "");
 }
 
@@ -301,8 +326,8 @@ TEST(SdpParserLimit, Line100IsExaminedAndLine101IsNot)
     expect_sdp(repeated("b=x\n", 1000) + bad, 0, {}, "");
     expect_sdp(repeated("\r\n", 99) + bad, 0, {}, message);
     expect_sdp(repeated("\r\n", 100) + bad, 0, {}, "");
-    expect_sdp(repeated("b=x\n", 99) + "a=TCS=SDR\na=TCS=PQ\na=TCS=bad\n", 0x1000, {{"tcs", "SDR"}},
-               "");
+    expect_sdp(repeated("b=x\n", 99) + "a=TCS=SDR\na=TCS=PQ\na=TCS=bad\n", sdp_found_tcs,
+               {{"tcs", "SDR"}}, "");
 }
 
 TEST(SdpParserLimit, EveryOneOf100LinesIsExamined)
@@ -331,7 +356,7 @@ TEST(SdpParserLimit, ARestWithoutALineBreakIsNotExaminedAtTheLimitEither)
     expect_sdp(repeated("b=x\n", 98) + rest, 0, {}, "");
     expect_sdp(repeated("b=x\n", 99) + rest, 0, {}, "");
     expect_sdp(repeated("b=x\n", 100) + rest, 0, {}, "");
-    expect_sdp(repeated("b=x\n", 99) + "a=TCS=PQ\n" + rest, 0x1000, {{"tcs", "PQ"}}, "");
+    expect_sdp(repeated("b=x\n", 99) + "a=TCS=PQ\n" + rest, sdp_found_tcs, {{"tcs", "PQ"}}, "");
 }
 
 TEST(SdpParserLimit, NothingBehindItThrows)
@@ -402,7 +427,7 @@ TEST(SdpParserMessages, OfTwoValuesAreCutWhereverThe254thByteFalls)
                    ") is no support parameter\n");
     expect_sdp("a=sampling=" + std::string(240, 's') + ";depth=1;\n", 0, {},
                "(sampling= " + std::string(240, 's') + ", d\n");
-    // "(width= " is 8 bytes, ", height= " 10; the progressive text ends with a blank.
+    // "(width= " is 8 bytes, ", height= " 10; the progressive text ends with a space.
     expect_sdp("a=width=" + std::string(100, 'w') + ";height=" + std::string(109, 'h') + ";\n", 0,
                {},
                "(width= " + std::string(100, 'w') + ", height= " + std::string(109, 'h') +
@@ -438,8 +463,10 @@ TEST(SdpParserMessages, AreCutOneByOne)
 TEST(SdpParserFiles, LongValuesAreStoredWhole)
 {
     const std::string junk(100000, 'x');
-    expect_sdp("o=IN IP4 10.0.0.1 " + junk + "\n", 0x1, {{"source_ip[0]", "10.0.0.1 " + junk}}, "");
-    expect_sdp("m=video 5004" + junk + " RTP/AVP 96" + junk + "\n", 0x10 | 0x40,
+    expect_sdp("o=IN IP4 10.0.0.1 " + junk + "\n", sdp_found_source_ip_leg0,
+               {{"source_ip[0]", "10.0.0.1 " + junk}}, "");
+    expect_sdp("m=video 5004" + junk + " RTP/AVP 96" + junk + "\n",
+               sdp_found_destination_port_leg0 | sdp_found_rtp_payload_type,
                {{"destination_port[0]", "5004" + junk}, {"rtp_payload_type", "96" + junk}}, "");
 }
 
@@ -473,16 +500,17 @@ TEST(SdpParserThrows, WhenAGroupHasOneName)
 
 TEST(SdpParserThrows, WhenASourceFilterHasOneAddress)
 {
-    expect_thrown("a=source-filter: incl IN IP4 239.0.0.1\n", 0x10,
+    expect_thrown("a=source-filter: incl IN IP4 239.0.0.1\n", sdp_found_destination_port_leg0,
                   {{"multicast_ip[0]", "239.0.0.1"}}, "");
-    expect_thrown("a=mid:\na=source-filter: incl IN IP4 239.0.0.1\n", 0x20,
-                  {{"multicast_ip[1]", "239.0.0.1"}}, "");
+    expect_thrown("a=mid:\na=source-filter: incl IN IP4 239.0.0.1\n",
+                  sdp_found_destination_port_leg1, {{"multicast_ip[1]", "239.0.0.1"}}, "");
     expect_thrown("a=source-filter: incl IN IP4 bad\n", 0, {},
                   "incl IN IP4 bad is invalid multicast address.\n");
     expect_thrown("a=source-filter: incl IN IP4 \n", 0, {},
                   "incl IN IP4  is invalid multicast address.\n");
-    expect_thrown("a=source-filter:incl IN IP4 239.0.0.1\t10.0.0.1\n", 0x10,
-                  {{"multicast_ip[0]", "239.0.0.1\t10.0.0.1"}}, "");
+    expect_thrown("a=source-filter:incl IN IP4 239.0.0.1\t10.0.0.1\n",
+                  sdp_found_destination_port_leg0, {{"multicast_ip[0]", "239.0.0.1\t10.0.0.1"}},
+                  "");
 }
 
 TEST(SdpParserThrows, WithTheMessagesAndValuesSoFar)
@@ -493,14 +521,17 @@ TEST(SdpParserThrows, WithTheMessagesAndValuesSoFar)
                   "a=group:DUP primary\n"
                   "a=TCS=SDR;\n"
                   "m=video 70001 RTP/AVP 97\n",
-                  0x4 | 0x40, {{"multicast_ip[0]", "239.0.0.1"}, {"rtp_payload_type", "96"}},
+                  sdp_found_multicast_ip_leg0 | sdp_found_rtp_payload_type,
+                  {{"multicast_ip[0]", "239.0.0.1"}, {"rtp_payload_type", "96"}},
                   "Destination Port 70000 is range over.\n"
                   "TCS= bad is no support parameter.\n");
     // What stands in the same line and is checked before counts too, what is checked after does
     // not.
-    expect_thrown("m=video 70000 a=rtpmap:1 TCS=bad; source-filter: incl IN IP4 239.0.0.1\n", 0x10,
-                  {{"multicast_ip[0]", "239.0.0.1"}}, "Destination Port 70000 is range over.\n");
-    expect_thrown("m=video 5004 RTP/AVP 96 a=rtpmap:97 mid: group:DUP primary\n", 0x10 | 0x40,
+    expect_thrown("m=video 70000 a=rtpmap:1 TCS=bad; source-filter: incl IN IP4 239.0.0.1\n",
+                  sdp_found_destination_port_leg0, {{"multicast_ip[0]", "239.0.0.1"}},
+                  "Destination Port 70000 is range over.\n");
+    expect_thrown("m=video 5004 RTP/AVP 96 a=rtpmap:97 mid: group:DUP primary\n",
+                  sdp_found_destination_port_leg0 | sdp_found_rtp_payload_type,
                   {{"destination_port[0]", "5004"},
                    {"rtp_payload_type", "96 a=rtpmap:97 mid: group:DUP primary"}},
                   "");
@@ -518,7 +549,7 @@ TEST(SdpParserThrows, AndTheNextCallStartsAfresh)
         api.analyze_sdp_file("a=mid:x\nc=IN IP4 239.0.0.1/64\n", true, 4, true, &errors, &found),
         200);
     EXPECT_EQ(errors, "");
-    EXPECT_EQ(found.found_flags, 0x8U);
+    EXPECT_EQ(found.found_flags, sdp_found_multicast_ip_leg1);
     EXPECT_EQ(stored_fields(found), (Fields{{"multicast_ip[1]", "239.0.0.1"}}));
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <ostream>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -99,15 +100,63 @@ inline void expect_sdp(const std::string& sdp, std::uint32_t flags, const Fields
     EXPECT_EQ(stored_fields(found), stored);
 }
 
-/// What one line does. Most do the same on both legs, but for bits and fields.
+/// The bits of one thing that was found, on leg 0 and on leg 1. Most are the same on both.
+struct LegFlags
+{
+    std::uint32_t leg0 = 0;
+    std::uint32_t leg1 = 0;
+};
+
+constexpr LegFlags operator|(const LegFlags& one, const LegFlags& other)
+{
+    return {one.leg0 | other.leg0, one.leg1 | other.leg1};
+}
+
+namespace found {
+
+constexpr LegFlags source_ip = {sdp_found_source_ip_leg0, sdp_found_source_ip_leg1};
+constexpr LegFlags multicast_ip = {sdp_found_multicast_ip_leg0, sdp_found_multicast_ip_leg1};
+constexpr LegFlags port = {sdp_found_destination_port_leg0, sdp_found_destination_port_leg1};
+constexpr LegFlags payload_type = {sdp_found_rtp_payload_type, sdp_found_rtp_payload_type};
+constexpr LegFlags sampling_and_depth = {sdp_found_sampling_and_depth,
+                                         sdp_found_sampling_and_depth};
+constexpr LegFlags size = {sdp_found_size, sdp_found_size};
+constexpr LegFlags exactframerate = {sdp_found_exactframerate, sdp_found_exactframerate};
+constexpr LegFlags colorimetry = {sdp_found_colorimetry, sdp_found_colorimetry};
+constexpr LegFlags packing_mode = {sdp_found_packing_mode, sdp_found_packing_mode};
+constexpr LegFlags tcs = {sdp_found_tcs, sdp_found_tcs};
+
+} // namespace found
+
+/// What one line does, on either leg.
 struct LineCase
 {
     std::string line;
-    std::uint32_t flags_on_leg_0;
-    std::uint32_t flags_on_leg_1;
+    LegFlags found;
     Fields stored;
     std::string errors;
 };
+
+inline LineCase taken(const std::string& line, const LegFlags& found, const Fields& stored)
+{
+    return {line, found, stored, ""};
+}
+
+inline LineCase taken_in_part(const std::string& line, const LegFlags& found, const Fields& stored,
+                              const std::string& errors)
+{
+    return {line, found, stored, errors};
+}
+
+inline LineCase refused(const std::string& line, const std::string& errors)
+{
+    return {line, {}, {}, errors};
+}
+
+inline LineCase ignored(const std::string& line)
+{
+    return {line, {}, {}, ""};
+}
 
 inline void expect_line(const LineCase& row)
 {
@@ -121,8 +170,14 @@ inline void expect_line(const LineCase& row)
         }
         // Without a DUP group the first "mid:" line ends leg 0.
         expect_sdp((second ? "a=mid:\n" : "") + row.line + "\n",
-                   second ? row.flags_on_leg_1 : row.flags_on_leg_0, stored, row.errors);
+                   second ? row.found.leg1 : row.found.leg0, stored, row.errors);
     }
+}
+
+inline void expect_lines(std::span<const LineCase> rows)
+{
+    for (const LineCase& row : rows)
+        expect_line(row);
 }
 
 #endif
