@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <memory>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "support/set_text.h"
+#include "support/varied.h"
 
 namespace {
 
@@ -195,73 +197,35 @@ struct ReceiverListing
     const char* text;
 };
 
-constexpr const char* all_24_receivers = "[\n"
-                                         "  \"R0/\",\n"
-                                         "  \"R1/\",\n"
-                                         "  \"R2/\",\n"
-                                         "  \"R3/\",\n"
-                                         "  \"R4/\",\n"
-                                         "  \"R5/\",\n"
-                                         "  \"R6/\",\n"
-                                         "  \"R7/\",\n"
-                                         "  \"R8/\",\n"
-                                         "  \"R9/\",\n"
-                                         "  \"R10/\",\n"
-                                         "  \"R11/\",\n"
-                                         "  \"R12/\",\n"
-                                         "  \"R13/\",\n"
-                                         "  \"R14/\",\n"
-                                         "  \"R15/\",\n"
-                                         "  \"R16/\",\n"
-                                         "  \"R17/\",\n"
-                                         "  \"R18/\",\n"
-                                         "  \"R19/\",\n"
-                                         "  \"R20/\",\n"
-                                         "  \"R21/\",\n"
-                                         "  \"R22/\",\n"
-                                         "  \"R23/\"\n"
-                                         "]\n";
+void expect_listings(std::span<const ReceiverListing> rows)
+{
+    const auto node = full_node();
+    for (const ReceiverListing& row : rows) {
+        node->receivers_count = row.count;
+        EXPECT_EQ(ConnectionApi().make_single_receivers(node.get(), row.restricted, row.audio_mode),
+                  row.text)
+            << "count " << row.count << ", restricted " << row.restricted << ", audio_mode "
+            << row.audio_mode;
+    }
+}
 
-constexpr const char* receivers_of_group_1 = "[\n"
-                                             "  \"R0/\",\n"
-                                             "  \"R1/\",\n"
-                                             "  \"R2/\",\n"
-                                             "  \"R3/\",\n"
-                                             "  \"R4/\",\n"
-                                             "  \"R8/\",\n"
-                                             "  \"R12/\",\n"
-                                             "  \"R16/\",\n"
-                                             "  \"R20/\",\n"
-                                             "  \"R21/\",\n"
-                                             "  \"R22/\",\n"
-                                             "  \"R23/\"\n"
-                                             "]\n";
+constexpr const char* all_24_receivers =
+    "[\n  \"R0/\",\n  \"R1/\",\n  \"R2/\",\n  \"R3/\",\n  \"R4/\",\n  \"R5/\",\n"
+    "  \"R6/\",\n  \"R7/\",\n  \"R8/\",\n  \"R9/\",\n  \"R10/\",\n  \"R11/\",\n"
+    "  \"R12/\",\n  \"R13/\",\n  \"R14/\",\n  \"R15/\",\n  \"R16/\",\n  \"R17/\",\n"
+    "  \"R18/\",\n  \"R19/\",\n  \"R20/\",\n  \"R21/\",\n  \"R22/\",\n  \"R23/\"\n]\n";
 
-constexpr const char* receivers_of_groups_1_and_2 = "[\n"
-                                                    "  \"R0/\",\n"
-                                                    "  \"R1/\",\n"
-                                                    "  \"R2/\",\n"
-                                                    "  \"R3/\",\n"
-                                                    "  \"R4/\",\n"
-                                                    "  \"R5/\",\n"
-                                                    "  \"R8/\",\n"
-                                                    "  \"R9/\",\n"
-                                                    "  \"R12/\",\n"
-                                                    "  \"R13/\",\n"
-                                                    "  \"R16/\",\n"
-                                                    "  \"R17/\",\n"
-                                                    "  \"R20/\",\n"
-                                                    "  \"R21/\",\n"
-                                                    "  \"R22/\",\n"
-                                                    "  \"R23/\"\n"
-                                                    "]\n";
+constexpr const char* receivers_of_group_1 =
+    "[\n  \"R0/\",\n  \"R1/\",\n  \"R2/\",\n  \"R3/\",\n  \"R4/\",\n  \"R8/\",\n"
+    "  \"R12/\",\n  \"R16/\",\n  \"R20/\",\n  \"R21/\",\n  \"R22/\",\n  \"R23/\"\n]\n";
 
-constexpr const char* four_receivers_and_a_comma = "[\n"
-                                                   "  \"R0/\",\n"
-                                                   "  \"R1/\",\n"
-                                                   "  \"R2/\",\n"
-                                                   "  \"R3/\",\n"
-                                                   "]\n";
+constexpr const char* receivers_of_groups_1_and_2 =
+    "[\n  \"R0/\",\n  \"R1/\",\n  \"R2/\",\n  \"R3/\",\n  \"R4/\",\n  \"R5/\",\n"
+    "  \"R8/\",\n  \"R9/\",\n  \"R12/\",\n  \"R13/\",\n  \"R16/\",\n  \"R17/\",\n"
+    "  \"R20/\",\n  \"R21/\",\n  \"R22/\",\n  \"R23/\"\n]\n";
+
+constexpr const char* four_receivers_and_a_comma =
+    "[\n  \"R0/\",\n  \"R1/\",\n  \"R2/\",\n  \"R3/\",\n]\n";
 
 TEST(ConnectionApiReceiverListing, FollowsTheSelectors)
 {
@@ -287,14 +251,7 @@ TEST(ConnectionApiReceiverListing, FollowsTheSelectors)
         {INT_MAX, 0, 2, all_24_receivers},
         {INT_MAX, 1, 0, four_receivers_and_a_comma},
     };
-    const auto node = full_node();
-    for (const ReceiverListing& row : rows) {
-        node->receivers_count = row.count;
-        EXPECT_EQ(ConnectionApi().make_single_receivers(node.get(), row.restricted, row.audio_mode),
-                  row.text)
-            << "count " << row.count << ", restricted " << row.restricted << ", audio_mode "
-            << row.audio_mode;
-    }
+    expect_listings(rows);
 }
 
 TEST(ConnectionApiReceiverListing, FollowsTheCount)
@@ -330,14 +287,7 @@ TEST(ConnectionApiReceiverListing, FollowsTheCount)
          "  \"R8/\",\n  \"R9/\",\n  \"R12/\",\n  \"R13/\",\n  \"R16/\",\n  \"R17/\",\n"
          "  \"R20/\",\n  \"R21/\",\n  \"R22/\"\n]\n"},
     };
-    const auto node = full_node();
-    for (const ReceiverListing& row : rows) {
-        node->receivers_count = row.count;
-        EXPECT_EQ(ConnectionApi().make_single_receivers(node.get(), row.restricted, row.audio_mode),
-                  row.text)
-            << "count " << row.count << ", restricted " << row.restricted << ", audio_mode "
-            << row.audio_mode;
-    }
+    expect_listings(rows);
 }
 
 TEST(ConnectionApiReceiverListing, InsertsIdsAsTheyAre)
@@ -357,35 +307,37 @@ TEST(ConnectionApiReceiverListing, InsertsIdsAsTheyAre)
 
 // --- Constraints --------------------------------------------------------------------------------
 
+const std::string sender_constraints = "[\n"
+                                       "  {\n"
+                                       "    \"destination_port\": {},\n"
+                                       "    \"destination_ip\": {},\n"
+                                       "    \"rtp_enabled\": {},\n"
+                                       "    \"source_ip\": {\n"
+                                       "      \"enum\": [\n"
+                                       "        \"192.168.10.1\"\n"
+                                       "       ]\n"
+                                       "     },\n"
+                                       "    \"source_port\": {}\n"
+                                       "  },\n"
+                                       "  {\n"
+                                       "    \"destination_port\": {},\n"
+                                       "    \"destination_ip\": {},\n"
+                                       "    \"rtp_enabled\": {},\n"
+                                       "    \"source_ip\": {\n"
+                                       "      \"enum\": [\n"
+                                       "        \"192.168.20.1\"\n"
+                                       "       ]\n"
+                                       "     },\n"
+                                       "    \"source_port\": {}\n"
+                                       "  }\n"
+                                       "]\n";
+
 TEST(ConnectionApiSenderConstraints, HoldOneSourceAddressPerLeg)
 {
     std::string leg1 = "192.168.10.1";
     std::string leg2 = "192.168.20.1";
     EXPECT_EQ(ConnectionApi().make_single_senderid_constraints(nullptr, 0, &leg1, &leg2),
-              "[\n"
-              "  {\n"
-              "    \"destination_port\": {},\n"
-              "    \"destination_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n"
-              "    \"source_ip\": {\n"
-              "      \"enum\": [\n"
-              "        \"192.168.10.1\"\n"
-              "       ]\n"
-              "     },\n"
-              "    \"source_port\": {}\n"
-              "  },\n"
-              "  {\n"
-              "    \"destination_port\": {},\n"
-              "    \"destination_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n"
-              "    \"source_ip\": {\n"
-              "      \"enum\": [\n"
-              "        \"192.168.20.1\"\n"
-              "       ]\n"
-              "     },\n"
-              "    \"source_port\": {}\n"
-              "  }\n"
-              "]\n");
+              sender_constraints);
     EXPECT_EQ(leg1, "192.168.10.1");
     EXPECT_EQ(leg2, "192.168.20.1");
 }
@@ -395,63 +347,42 @@ TEST(ConnectionApiSenderConstraints, InsertEmptyAndOddTextsAsTheyAre)
     std::string leg1;
     std::string leg2 = "a\"b\\c/d\n";
     EXPECT_EQ(ConnectionApi().make_single_senderid_constraints(nullptr, 5, &leg1, &leg2),
-              "[\n"
-              "  {\n"
-              "    \"destination_port\": {},\n"
-              "    \"destination_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n"
-              "    \"source_ip\": {\n"
-              "      \"enum\": [\n"
-              "        \"\"\n"
-              "       ]\n"
-              "     },\n"
-              "    \"source_port\": {}\n"
-              "  },\n"
-              "  {\n"
-              "    \"destination_port\": {},\n"
-              "    \"destination_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n"
-              "    \"source_ip\": {\n"
-              "      \"enum\": [\n"
-              "        \"a\"b\\c/d\n\"\n"
-              "       ]\n"
-              "     },\n"
-              "    \"source_port\": {}\n"
-              "  }\n"
-              "]\n");
+              varied(sender_constraints, {{"192.168.10.1", ""}, {"192.168.20.1", "a\"b\\c/d\n"}}));
 }
+
+const std::string receiver_constraints = "[\n"
+                                         "  {\n"
+                                         "    \"destination_port\": {},\n"
+                                         "    \"interface_ip\": {\n"
+                                         "      \"enum\": [\n"
+                                         "        \"192.168.10.1\",\n"
+                                         "        \"auto\"\n"
+                                         "       ]\n"
+                                         "     },\n"
+                                         "    \"multicast_ip\": {},\n"
+                                         "    \"rtp_enabled\": {},\n"
+                                         "    \"source_ip\": {}\n"
+                                         "  },\n"
+                                         "  {\n"
+                                         "    \"destination_port\": {},\n"
+                                         "    \"interface_ip\": {\n"
+                                         "      \"enum\": [\n"
+                                         "        \"192.168.20.1\",\n"
+                                         "        \"auto\"\n"
+                                         "       ]\n"
+                                         "     },\n"
+                                         "    \"multicast_ip\": {},\n"
+                                         "    \"rtp_enabled\": {},\n"
+                                         "    \"source_ip\": {}\n"
+                                         "  }\n"
+                                         "]\n";
 
 TEST(ConnectionApiReceiverConstraints, HoldOneInterfaceAddressPerLegAndAuto)
 {
     std::string leg1 = "192.168.10.1";
     std::string leg2 = "192.168.20.1";
     EXPECT_EQ(ConnectionApi().make_single_receiverid_constraints(nullptr, 0, &leg1, &leg2),
-              "[\n"
-              "  {\n"
-              "    \"destination_port\": {},\n"
-              "    \"interface_ip\": {\n"
-              "      \"enum\": [\n"
-              "        \"192.168.10.1\",\n"
-              "        \"auto\"\n"
-              "       ]\n"
-              "     },\n"
-              "    \"multicast_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n"
-              "    \"source_ip\": {}\n"
-              "  },\n"
-              "  {\n"
-              "    \"destination_port\": {},\n"
-              "    \"interface_ip\": {\n"
-              "      \"enum\": [\n"
-              "        \"192.168.20.1\",\n"
-              "        \"auto\"\n"
-              "       ]\n"
-              "     },\n"
-              "    \"multicast_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n"
-              "    \"source_ip\": {}\n"
-              "  }\n"
-              "]\n");
+              receiver_constraints);
     EXPECT_EQ(leg1, "192.168.10.1");
     EXPECT_EQ(leg2, "192.168.20.1");
 }
@@ -460,33 +391,9 @@ TEST(ConnectionApiReceiverConstraints, InsertEmptyAndOddTextsAsTheyAre)
 {
     std::string leg1 = "a\"b\\c/d\n";
     std::string leg2;
-    EXPECT_EQ(ConnectionApi().make_single_receiverid_constraints(nullptr, 23, &leg1, &leg2),
-              "[\n"
-              "  {\n"
-              "    \"destination_port\": {},\n"
-              "    \"interface_ip\": {\n"
-              "      \"enum\": [\n"
-              "        \"a\"b\\c/d\n\",\n"
-              "        \"auto\"\n"
-              "       ]\n"
-              "     },\n"
-              "    \"multicast_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n"
-              "    \"source_ip\": {}\n"
-              "  },\n"
-              "  {\n"
-              "    \"destination_port\": {},\n"
-              "    \"interface_ip\": {\n"
-              "      \"enum\": [\n"
-              "        \"\",\n"
-              "        \"auto\"\n"
-              "       ]\n"
-              "     },\n"
-              "    \"multicast_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n"
-              "    \"source_ip\": {}\n"
-              "  }\n"
-              "]\n");
+    EXPECT_EQ(
+        ConnectionApi().make_single_receiverid_constraints(nullptr, 23, &leg1, &leg2),
+        varied(receiver_constraints, {{"192.168.10.1", "a\"b\\c/d\n"}, {"192.168.20.1", ""}}));
 }
 
 TEST(ConnectionApiConstraints, ReadNeitherRecordNorIndex)
@@ -510,20 +417,9 @@ TEST(ConnectionApiConstraints, MayHaveOneTextForBothLegs)
 {
     std::string address = "A";
     EXPECT_EQ(ConnectionApi().make_single_senderid_constraints(nullptr, 0, &address, &address),
-              "[\n  {\n    \"destination_port\": {},\n    \"destination_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n    \"source_ip\": {\n      \"enum\": [\n"
-              "        \"A\"\n       ]\n     },\n    \"source_port\": {}\n  },\n"
-              "  {\n    \"destination_port\": {},\n    \"destination_ip\": {},\n"
-              "    \"rtp_enabled\": {},\n    \"source_ip\": {\n      \"enum\": [\n"
-              "        \"A\"\n       ]\n     },\n    \"source_port\": {}\n  }\n]\n");
+              varied(sender_constraints, {{"192.168.10.1", "A"}, {"192.168.20.1", "A"}}));
     EXPECT_EQ(ConnectionApi().make_single_receiverid_constraints(nullptr, 0, &address, &address),
-              "[\n  {\n    \"destination_port\": {},\n    \"interface_ip\": {\n"
-              "      \"enum\": [\n        \"A\",\n        \"auto\"\n       ]\n     },\n"
-              "    \"multicast_ip\": {},\n    \"rtp_enabled\": {},\n    \"source_ip\": {}\n  },\n"
-              "  {\n    \"destination_port\": {},\n    \"interface_ip\": {\n"
-              "      \"enum\": [\n        \"A\",\n        \"auto\"\n       ]\n     },\n"
-              "    \"multicast_ip\": {},\n    \"rtp_enabled\": {},\n    \"source_ip\": {}\n  }\n"
-              "]\n");
+              varied(receiver_constraints, {{"192.168.10.1", "A"}, {"192.168.20.1", "A"}}));
 }
 
 } // namespace

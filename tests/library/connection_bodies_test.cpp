@@ -23,6 +23,7 @@
 #include "support/body_parts.h"
 #include "support/same_bytes.h"
 #include "support/set_text.h"
+#include "support/varied.h"
 
 namespace {
 
@@ -31,7 +32,6 @@ using ::testing::HasSubstr;
 
 constexpr double nan_value = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double not_finite[] = {nan_value, -nan_value, infinity, -infinity};
 
 /// An empty record: no legs, every text empty, every flag off.
 std::unique_ptr<NMOS_IS05_ST> empty_state()
@@ -116,6 +116,52 @@ void fill_nearly_null(CONNECTION_HALF_IS05_ST& half)
     set_text(half.transport_params[0].interface_ip, "\"null\"");
 }
 
+/// `body` without legs, with these.
+std::string with_legs(const std::string& body, const std::string& legs)
+{
+    return varied(body, {{R"("transport_params":[])", R"("transport_params":[)" + legs + "]"}});
+}
+
+const std::string cleared_receiver =
+    R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
+    R"("master_enable":false,"sender_id":"","transport_file":{"data":"","type":""},)"
+    R"("transport_params":[]})";
+const std::string cleared_receiver_leg =
+    R"({"destination_port":0,"interface_ip":"","multicast_ip":"",)"
+    R"("rtp_enabled":false,"source_ip":""})";
+
+/// What fill_active makes of a receiver.
+const std::string active_receiver =
+    R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
+    R"("requested_time":"1700000001:1"},"master_enable":false,)"
+    R"("sender_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
+    R"("transport_file":{"data":"v=0\r\n","type":"text\/plain"},"transport_params":[]})";
+const std::string active_receiver_leg_0 =
+    R"({"destination_port":5006,"interface_ip":"10.1.0.9",)"
+    R"("multicast_ip":"232.1.0.1","rtp_enabled":false,"source_ip":"10.1.0.1"})";
+const std::string active_receiver_leg_1 =
+    R"({"destination_port":5016,"interface_ip":"10.2.0.9",)"
+    R"("multicast_ip":"232.2.0.1","rtp_enabled":true,"source_ip":"10.2.0.1"})";
+
+const std::string cleared_sender =
+    R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
+    R"("master_enable":false,"receiver_id":"","transport_params":[]})";
+const std::string cleared_sender_leg =
+    R"({"destination_ip":"","destination_port":0,"rtp_enabled":false,)"
+    R"("source_ip":"","source_port":0})";
+
+/// What fill_active makes of a sender in both halves.
+const std::string active_sender =
+    R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
+    R"("requested_time":"1700000001:1"},"master_enable":false,)"
+    R"("receiver_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002","transport_params":[]})";
+const std::string active_sender_leg_0 =
+    R"({"destination_ip":"232.1.0.1","destination_port":5006,)"
+    R"("rtp_enabled":false,"source_ip":"10.1.0.1","source_port":5006})";
+const std::string active_sender_leg_1 =
+    R"({"destination_ip":"232.2.0.1","destination_port":5016,)"
+    R"("rtp_enabled":true,"source_ip":"10.2.0.1","source_port":5016})";
+
 // --- Receivers ----------------------------------------------------------------------------------
 
 TEST(ReceiverBodies, StagedReadsTheStagedHalf)
@@ -142,14 +188,7 @@ TEST(ReceiverBodies, ActiveReadsTheActiveHalf)
     fill_staged(state->receivers[7].staged);
     fill_active(state->receivers[7].active);
     EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.get(), 7),
-              R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-              R"("requested_time":"1700000001:1"},"master_enable":false,)"
-              R"("sender_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-              R"("transport_file":{"data":"v=0\r\n","type":"text\/plain"},)"
-              R"("transport_params":[{"destination_port":5006,"interface_ip":"10.1.0.9",)"
-              R"("multicast_ip":"232.1.0.1","rtp_enabled":false,"source_ip":"10.1.0.1"},)"
-              R"({"destination_port":5016,"interface_ip":"10.2.0.9",)"
-              R"("multicast_ip":"232.2.0.1","rtp_enabled":true,"source_ip":"10.2.0.1"}]})");
+              with_legs(active_receiver, active_receiver_leg_0 + "," + active_receiver_leg_1));
 }
 
 TEST(ReceiverBodies, OfEqualHalvesAreEqual)
@@ -169,12 +208,8 @@ TEST(ReceiverBodies, OfEqualHalvesAreEqual)
 TEST(ReceiverBodies, OfAClearedRecordHaveEmptyTextsAndNoLegs)
 {
     const auto state = empty_state();
-    constexpr const char* body =
-        R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-        R"("master_enable":false,"sender_id":"","transport_file":{"data":"","type":""},)"
-        R"("transport_params":[]})";
-    EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0), body);
-    EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.get(), 0), body);
+    EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0), cleared_receiver);
+    EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.get(), 0), cleared_receiver);
 }
 
 TEST(ReceiverBodies, NullTextsBecomeNull)
@@ -203,12 +238,13 @@ TEST(ReceiverBodies, OneNullTextLeavesTheOthersAlone)
     set_text(half.mode, "null");
     set_text(half.transport_file_data, "null");
     set_text(half.transport_params[0].destination_ip, "null");
-    EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
-              R"({"activation":{"activation_time":"1700000002:2","mode":null,)"
-              R"("requested_time":"1700000001:1"},"master_enable":false,"sender_id":null,)"
-              R"("transport_file":{"data":null,"type":"text\/plain"},)"
-              R"("transport_params":[{"destination_port":5006,"interface_ip":"10.1.0.9",)"
-              R"("multicast_ip":null,"rtp_enabled":false,"source_ip":"10.1.0.1"}]})");
+    EXPECT_EQ(
+        ConnectionApi().make_single_receiverid_staged(state.get(), 0),
+        varied(with_legs(active_receiver, active_receiver_leg_0),
+               {{R"("sender_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002")", R"("sender_id":null)"},
+                {R"("mode":"activate_immediate")", R"("mode":null)"},
+                {R"("data":"v=0\r\n")", R"("data":null)"},
+                {R"("multicast_ip":"232.1.0.1")", R"("multicast_ip":null)"}}));
 }
 
 TEST(ReceiverBodies, NearlyNullTextsAreStrings)
@@ -237,40 +273,21 @@ TEST(ReceiverBodies, BytesBehindTheNulDoNotCount)
     fill_whole(half.requested_time, 'x');
     half.requested_time[0] = '\0';
     EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
-              R"({"activation":{"activation_time":"","mode":"ab","requested_time":""},)"
-              R"("master_enable":false,"sender_id":null,"transport_file":{"data":"","type":""},)"
-              R"("transport_params":[]})");
+              varied(cleared_receiver, {{R"("mode":"")", R"("mode":"ab")"},
+                                        {R"("sender_id":"")", R"("sender_id":null)"}}));
 }
 
 TEST(ReceiverBodies, FollowTheLegCount)
 {
-    constexpr const char* no_leg =
-        R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-        R"("requested_time":"1700000001:1"},"master_enable":false,)"
-        R"("sender_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-        R"("transport_file":{"data":"v=0\r\n","type":"text\/plain"},)"
-        R"("transport_params":[]})";
-    constexpr const char* one_leg =
-        R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-        R"("requested_time":"1700000001:1"},"master_enable":false,)"
-        R"("sender_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-        R"("transport_file":{"data":"v=0\r\n","type":"text\/plain"},)"
-        R"("transport_params":[{"destination_port":5006,"interface_ip":"10.1.0.9",)"
-        R"("multicast_ip":"232.1.0.1","rtp_enabled":false,"source_ip":"10.1.0.1"}]})";
-    constexpr const char* two_legs =
-        R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-        R"("requested_time":"1700000001:1"},"master_enable":false,)"
-        R"("sender_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-        R"("transport_file":{"data":"v=0\r\n","type":"text\/plain"},)"
-        R"("transport_params":[{"destination_port":5006,"interface_ip":"10.1.0.9",)"
-        R"("multicast_ip":"232.1.0.1","rtp_enabled":false,"source_ip":"10.1.0.1"},)"
-        R"({"destination_port":5016,"interface_ip":"10.2.0.9",)"
-        R"("multicast_ip":"232.2.0.1","rtp_enabled":true,"source_ip":"10.2.0.1"}]})";
-    struct
+    const std::string& no_leg = active_receiver;
+    const std::string one_leg = with_legs(no_leg, active_receiver_leg_0);
+    const std::string two_legs =
+        with_legs(no_leg, active_receiver_leg_0 + "," + active_receiver_leg_1);
+    const struct
     {
         int leg_count;
-        const char* body;
-    } const rows[] = {
+        const std::string& body;
+    } rows[] = {
         {INT_MIN, no_leg}, {-1, no_leg},  {0, no_leg},         {1, one_leg},
         {2, two_legs},     {3, two_legs}, {INT_MAX, two_legs},
     };
@@ -298,10 +315,9 @@ TEST(ReceiverBodies, AnyFlagByteButZeroIsTrue)
         half.master_enable = flag;
         half.transport_params[0].rtp_enabled = flag;
         EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
-                  R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                  R"("master_enable":true,"sender_id":"","transport_file":{"data":"","type":""},)"
-                  R"("transport_params":[{"destination_port":0,"interface_ip":"",)"
-                  R"("multicast_ip":"","rtp_enabled":true,"source_ip":""}]})")
+                  varied(with_legs(cleared_receiver, cleared_receiver_leg),
+                         {{R"("master_enable":false)", R"("master_enable":true)"},
+                          {R"("rtp_enabled":false)", R"("rtp_enabled":true)"}}))
             << int{flag};
     }
 }
@@ -340,10 +356,9 @@ TEST(ReceiverBodies, HoldLongTextsThatNeedEscapesEverywhere)
         }
         set_text(half.transport_file_data, data);
         EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
-                  R"({"activation":{"activation_time":"","mode":")" + std::string(shift, 'm') +
-                      R"(","requested_time":""},"master_enable":false,"sender_id":"",)"
-                      R"("transport_file":{"data":")" +
-                      escaped + R"(","type":""},"transport_params":[]})");
+                  varied(cleared_receiver,
+                         {{R"("mode":"")", R"("mode":")" + std::string(shift, 'm') + '"'},
+                          {R"("data":"")", R"("data":")" + escaped + '"'}}));
     }
 
     set_text(half.mode, "");
@@ -352,9 +367,7 @@ TEST(ReceiverBodies, HoldLongTextsThatNeedEscapesEverywhere)
     for (int i = 0; i < 4096; ++i)
         escaped += "\\u001f";
     EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
-              R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-              R"("master_enable":false,"sender_id":"","transport_file":{"data":")" +
-                  escaped + R"(","type":""},"transport_params":[]})");
+              varied(cleared_receiver, {{R"("data":"")", R"("data":")" + escaped + '"'}}));
 }
 
 TEST(ReceiverBodies, EscapeEachByteThatNeedsItAndNoOther)
@@ -368,14 +381,16 @@ TEST(ReceiverBodies, EscapeEachByteThatNeedsItAndNoOther)
     for (int byte = 128; byte <= 255; ++byte)
         high += static_cast<char>(byte);
     set_text(half.transport_file_data, data);
-    EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.get(), 0),
-              R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-              R"("master_enable":false,"sender_id":"","transport_file":{"data":")"
-              R"(\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e\u000f)"
-              R"(\u0010\u0011\u0012\u0013\u0014\u0015\u0016\u0017\u0018\u0019\u001a\u001b)"
-              R"(\u001c\u001d\u001e\u001f !\"#$%&'()*+,-.\/0123456789:;<=>?@ABCDEFGHIJKLMNO)"
-              R"(PQRSTUVWXYZ[\\]^_`abcdefghijklmnopqrstuvwxyz{|}~\u007f)" +
-                  high + R"(","type":""},"transport_params":[]})");
+    EXPECT_EQ(
+        ConnectionApi().make_single_receiverid_active(state.get(), 0),
+        varied(cleared_receiver,
+               {{R"("data":"")",
+                 R"("data":")"
+                 R"(\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e\u000f)"
+                 R"(\u0010\u0011\u0012\u0013\u0014\u0015\u0016\u0017\u0018\u0019\u001a\u001b)"
+                 R"(\u001c\u001d\u001e\u001f !\"#$%&'()*+,-.\/0123456789:;<=>?@ABCDEFGHIJKLMNO)"
+                 R"(PQRSTUVWXYZ[\\]^_`abcdefghijklmnopqrstuvwxyz{|}~\u007f)" +
+                     high + '"'}}));
 }
 
 TEST(ReceiverBodies, FieldsWithoutNulAreTheirWholeWidth)
@@ -441,16 +456,11 @@ TEST(ReceiverBodies, PrintAnyFinitePort)
     for (const auto& [port, text] : port_texts) {
         half.transport_params[0].destination_port = 1;
         half.transport_params[1].destination_port = port;
-        EXPECT_EQ(
-            ConnectionApi().make_single_receiverid_active(state.get(), 0),
-            std::string(R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                        R"("master_enable":false,"sender_id":"",)"
-                        R"("transport_file":{"data":"","type":""},"transport_params":[)"
-                        R"({"destination_port":1,"interface_ip":"","multicast_ip":"",)"
-                        R"("rtp_enabled":false,"source_ip":""},{"destination_port":)") +
-                text +
-                R"(,"interface_ip":"","multicast_ip":"","rtp_enabled":false,)"
-                R"("source_ip":""}]})");
+        EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.get(), 0),
+                  with_legs(cleared_receiver,
+                            varied(cleared_receiver_leg, {{R"(port":0)", R"(port":1)"}}) + "," +
+                                varied(cleared_receiver_leg,
+                                       {{R"(port":0)", std::string(R"(port":)") + text}})));
     }
 }
 
@@ -489,17 +499,12 @@ TEST(ReceiverBodies, DoNotLookAtThePortOfALegThatIsNotInUse)
     half.transport_params[0].destination_port = 1;
     half.transport_params[1].destination_port = nan_value;
     half.leg_count = 1;
-    EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
-              R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-              R"("master_enable":false,"sender_id":"","transport_file":{"data":"","type":""},)"
-              R"("transport_params":[{"destination_port":1,"interface_ip":"","multicast_ip":"",)"
-              R"("rtp_enabled":false,"source_ip":""}]})");
+    EXPECT_EQ(
+        ConnectionApi().make_single_receiverid_staged(state.get(), 0),
+        with_legs(cleared_receiver, varied(cleared_receiver_leg, {{R"(port":0)", R"(port":1)"}})));
     half.transport_params[0].destination_port = infinity;
     half.leg_count = 0;
-    EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
-              R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-              R"("master_enable":false,"sender_id":"","transport_file":{"data":"","type":""},)"
-              R"("transport_params":[]})");
+    EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0), cleared_receiver);
 }
 
 TEST(ReceiverBodies, ReadTheReceiverOfTheIndex)
@@ -511,15 +516,11 @@ TEST(ReceiverBodies, ReadTheReceiverOfTheIndex)
     }
     for (int i = 0; i < 24; ++i) {
         EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), i),
-                  R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                  R"("master_enable":false,"sender_id":"staged )" +
-                      std::to_string(i) +
-                      R"(","transport_file":{"data":"","type":""},"transport_params":[]})");
+                  varied(cleared_receiver, {{R"("sender_id":"")", R"("sender_id":"staged )" +
+                                                                      std::to_string(i) + '"'}}));
         EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.get(), i),
-                  R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                  R"("master_enable":false,"sender_id":"active )" +
-                      std::to_string(i) +
-                      R"(","transport_file":{"data":"","type":""},"transport_params":[]})");
+                  varied(cleared_receiver, {{R"("sender_id":"")", R"("sender_id":"active )" +
+                                                                      std::to_string(i) + '"'}}));
     }
 }
 
@@ -561,20 +562,17 @@ TEST(ReceiverBodies, ReachEveryReceiverOfALargerRecord)
         receiver.staged.leg_count = receiver.active.leg_count = 1;
         set_text(receiver.staged.peer_id, "staged " + std::to_string(index));
         set_text(receiver.active.peer_id, "active " + std::to_string(index));
+        const std::string body =
+            R"({"activation":{"activation_time":null,"mode":null,"requested_time":null},)"
+            R"("master_enable":false,"sender_id":"HALF )" +
+            std::to_string(index) +
+            R"(","transport_file":{"data":null,"type":null},)"
+            R"("transport_params":[{"destination_port":5004,"interface_ip":null,)"
+            R"("multicast_ip":null,"rtp_enabled":false,"source_ip":null}]})";
         EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.record(), index),
-                  R"({"activation":{"activation_time":null,"mode":null,"requested_time":null},)"
-                  R"("master_enable":false,"sender_id":"staged )" +
-                      std::to_string(index) +
-                      R"(","transport_file":{"data":null,"type":null},)"
-                      R"("transport_params":[{"destination_port":5004,"interface_ip":null,)"
-                      R"("multicast_ip":null,"rtp_enabled":false,"source_ip":null}]})");
+                  varied(body, {{"HALF", "staged"}}));
         EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.record(), index),
-                  R"({"activation":{"activation_time":null,"mode":null,"requested_time":null},)"
-                  R"("master_enable":false,"sender_id":"active )" +
-                      std::to_string(index) +
-                      R"(","transport_file":{"data":null,"type":null},)"
-                      R"("transport_params":[{"destination_port":5004,"interface_ip":null,)"
-                      R"("multicast_ip":null,"rtp_enabled":false,"source_ip":null}]})");
+                  varied(body, {{"HALF", "active"}}));
     }
 }
 
@@ -583,9 +581,8 @@ TEST(ReceiverBodies, NeedNoMoreReceiversThanTheOneAskedFor)
     StateOfOtherSize state(1);
     fill_whole(state.receiver(0).active.transport_file_type, 't');
     EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.record(), 0),
-              R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-              R"("master_enable":false,"sender_id":"","transport_file":{"data":"",)"
-              R"("type":"ttttttttttttttttttttttttttttttttttttttt"},"transport_params":[]})");
+              varied(cleared_receiver,
+                     {{R"("type":"")", R"("type":"ttttttttttttttttttttttttttttttttttttttt")"}}));
 }
 
 TEST(ReceiverBodies, RefuseANegativeIndexBeforeTheyRead)
@@ -629,14 +626,11 @@ TEST(SenderBodies, ActiveShowsTheStagedDestinationPortAsSourcePort)
     const auto state = empty_state();
     fill_staged(state->senders[2].staged);
     fill_active(state->senders[2].active);
-    EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 2),
-              R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-              R"("requested_time":"1700000001:1"},"master_enable":false,)"
-              R"("receiver_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-              R"("transport_params":[{"destination_ip":"232.1.0.1","destination_port":5006,)"
-              R"("rtp_enabled":false,"source_ip":"10.1.0.1","source_port":5004},)"
-              R"({"destination_ip":"232.2.0.1","destination_port":5016,)"
-              R"("rtp_enabled":true,"source_ip":"10.2.0.1","source_port":5014}]})");
+    EXPECT_EQ(
+        ConnectionApi().make_single_senderid_active(state.get(), 2),
+        with_legs(active_sender, varied(active_sender_leg_0 + "," + active_sender_leg_1,
+                                        {{R"("source_port":5006)", R"("source_port":5004)"},
+                                         {R"("source_port":5016)", R"("source_port":5014)"}})));
 }
 
 TEST(SenderBodies, ActiveShowsTheStagedPortsAlsoOfLegsThatAreNotStaged)
@@ -645,24 +639,18 @@ TEST(SenderBodies, ActiveShowsTheStagedPortsAlsoOfLegsThatAreNotStaged)
     fill_staged(state->senders[0].staged);
     fill_active(state->senders[0].active);
     state->senders[0].staged.leg_count = 0;
-    EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0),
-              R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-              R"("requested_time":"1700000001:1"},"master_enable":false,)"
-              R"("receiver_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-              R"("transport_params":[{"destination_ip":"232.1.0.1","destination_port":5006,)"
-              R"("rtp_enabled":false,"source_ip":"10.1.0.1","source_port":5004},)"
-              R"({"destination_ip":"232.2.0.1","destination_port":5016,)"
-              R"("rtp_enabled":true,"source_ip":"10.2.0.1","source_port":5014}]})");
+    EXPECT_EQ(
+        ConnectionApi().make_single_senderid_active(state.get(), 0),
+        with_legs(active_sender, varied(active_sender_leg_0 + "," + active_sender_leg_1,
+                                        {{R"("source_port":5006)", R"("source_port":5004)"},
+                                         {R"("source_port":5016)", R"("source_port":5014)"}})));
 }
 
 TEST(SenderBodies, OfAClearedRecordHaveEmptyTextsAndNoLegs)
 {
     const auto state = empty_state();
-    constexpr const char* body =
-        R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-        R"("master_enable":false,"receiver_id":"","transport_params":[]})";
-    EXPECT_EQ(ConnectionApi().make_single_senderid_staged(state.get(), 0), body);
-    EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0), body);
+    EXPECT_EQ(ConnectionApi().make_single_senderid_staged(state.get(), 0), cleared_sender);
+    EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0), cleared_sender);
 }
 
 TEST(SenderBodies, StagedNullAddressesAreAuto)
@@ -702,21 +690,13 @@ TEST(SenderBodies, OneNullAddressLeavesTheOtherAlone)
     set_text(sender.active.transport_params[0].source_ip, "null");
     set_text(sender.active.transport_params[1].destination_ip, "null");
     EXPECT_EQ(ConnectionApi().make_single_senderid_staged(state.get(), 0),
-              R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-              R"("requested_time":"1700000001:1"},"master_enable":false,)"
-              R"("receiver_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-              R"("transport_params":[{"destination_ip":"auto","destination_port":5006,)"
-              R"("rtp_enabled":false,"source_ip":"10.1.0.1","source_port":5006},)"
-              R"({"destination_ip":"232.2.0.1","destination_port":5016,)"
-              R"("rtp_enabled":true,"source_ip":"auto","source_port":5016}]})");
+              varied(with_legs(active_sender, active_sender_leg_0 + "," + active_sender_leg_1),
+                     {{R"("destination_ip":"232.1.0.1")", R"("destination_ip":"auto")"},
+                      {R"("source_ip":"10.2.0.1")", R"("source_ip":"auto")"}}));
     EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0),
-              R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-              R"("requested_time":"1700000001:1"},"master_enable":false,)"
-              R"("receiver_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-              R"("transport_params":[{"destination_ip":"232.1.0.1","destination_port":5006,)"
-              R"("rtp_enabled":false,"source_ip":null,"source_port":5006},)"
-              R"({"destination_ip":null,"destination_port":5016,)"
-              R"("rtp_enabled":true,"source_ip":"10.2.0.1","source_port":5016}]})");
+              varied(with_legs(active_sender, active_sender_leg_0 + "," + active_sender_leg_1),
+                     {{R"("source_ip":"10.1.0.1")", R"("source_ip":null)"},
+                      {R"("destination_ip":"232.2.0.1")", R"("destination_ip":null)"}}));
 }
 
 TEST(SenderBodies, NearlyNullTextsAreStrings)
@@ -735,29 +715,14 @@ TEST(SenderBodies, NearlyNullTextsAreStrings)
 
 TEST(SenderBodies, FollowTheLegCount)
 {
-    constexpr const char* no_leg =
-        R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-        R"("requested_time":"1700000001:1"},"master_enable":false,)"
-        R"("receiver_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002","transport_params":[]})";
-    constexpr const char* one_leg =
-        R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-        R"("requested_time":"1700000001:1"},"master_enable":false,)"
-        R"("receiver_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-        R"("transport_params":[{"destination_ip":"232.1.0.1","destination_port":5006,)"
-        R"("rtp_enabled":false,"source_ip":"10.1.0.1","source_port":5006}]})";
-    constexpr const char* two_legs =
-        R"({"activation":{"activation_time":"1700000002:2","mode":"activate_immediate",)"
-        R"("requested_time":"1700000001:1"},"master_enable":false,)"
-        R"("receiver_id":"9d8ab0e4-6c0d-5ec1-a8b0-5f3c4e7a0002",)"
-        R"("transport_params":[{"destination_ip":"232.1.0.1","destination_port":5006,)"
-        R"("rtp_enabled":false,"source_ip":"10.1.0.1","source_port":5006},)"
-        R"({"destination_ip":"232.2.0.1","destination_port":5016,)"
-        R"("rtp_enabled":true,"source_ip":"10.2.0.1","source_port":5016}]})";
-    struct
+    const std::string& no_leg = active_sender;
+    const std::string one_leg = with_legs(no_leg, active_sender_leg_0);
+    const std::string two_legs = with_legs(no_leg, active_sender_leg_0 + "," + active_sender_leg_1);
+    const struct
     {
         int leg_count;
-        const char* body;
-    } const rows[] = {
+        const std::string& body;
+    } rows[] = {
         {INT_MIN, no_leg}, {-1, no_leg},  {0, no_leg},         {1, one_leg},
         {2, two_legs},     {3, two_legs}, {INT_MAX, two_legs},
     };
@@ -785,10 +750,9 @@ TEST(SenderBodies, AnyFlagByteButZeroIsTrue)
         half.master_enable = flag;
         half.transport_params[0].rtp_enabled = flag;
         EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0),
-                  R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                  R"("master_enable":true,"receiver_id":"","transport_params":[)"
-                  R"({"destination_ip":"","destination_port":0,"rtp_enabled":true,)"
-                  R"("source_ip":"","source_port":0}]})")
+                  varied(with_legs(cleared_sender, cleared_sender_leg),
+                         {{R"("master_enable":false)", R"("master_enable":true)"},
+                          {R"("rtp_enabled":false)", R"("rtp_enabled":true)"}}))
             << int{flag};
     }
 }
@@ -841,30 +805,24 @@ TEST(SenderBodies, PrintAnyFinitePort)
     const auto state = empty_state();
     auto& sender = state->senders[0];
     sender.staged.leg_count = sender.active.leg_count = 1;
+    const auto with_ports = [](const std::string& destination, const std::string& source) {
+        return with_legs(
+            cleared_sender,
+            varied(cleared_sender_leg,
+                   {{R"("destination_port":0)", R"("destination_port":)" + destination},
+                    {R"("source_port":0)", R"("source_port":)" + source}}));
+    };
     for (const auto& [port, text] : port_texts) {
         sender.staged.transport_params[0].destination_port = port;
         sender.active.transport_params[0].destination_port = 1;
-        EXPECT_EQ(
-            ConnectionApi().make_single_senderid_staged(state.get(), 0),
-            std::string(R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                        R"("master_enable":false,"receiver_id":"","transport_params":[)"
-                        R"({"destination_ip":"","destination_port":)") +
-                text + R"(,"rtp_enabled":false,"source_ip":"","source_port":)" + text + "}]}");
-        EXPECT_EQ(
-            ConnectionApi().make_single_senderid_active(state.get(), 0),
-            std::string(R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                        R"("master_enable":false,"receiver_id":"","transport_params":[)"
-                        R"({"destination_ip":"","destination_port":1,"rtp_enabled":false,)"
-                        R"("source_ip":"","source_port":)") +
-                text + "}]}");
+        EXPECT_EQ(ConnectionApi().make_single_senderid_staged(state.get(), 0),
+                  with_ports(text, text));
+        EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0),
+                  with_ports("1", text));
         sender.staged.transport_params[0].destination_port = 1;
         sender.active.transport_params[0].destination_port = port;
-        EXPECT_EQ(
-            ConnectionApi().make_single_senderid_active(state.get(), 0),
-            std::string(R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                        R"("master_enable":false,"receiver_id":"","transport_params":[)"
-                        R"({"destination_ip":"","destination_port":)") +
-                text + R"(,"rtp_enabled":false,"source_ip":"","source_port":1}]})");
+        EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0),
+                  with_ports(text, "1"));
     }
 }
 
@@ -902,10 +860,7 @@ TEST(SenderBodies, DoNotLookAtThePortOfALegThatIsNotInUse)
     sender.staged.leg_count = sender.active.leg_count = 1;
     sender.staged.transport_params[1].destination_port = nan_value;
     sender.active.transport_params[1].destination_port = infinity;
-    constexpr const char* body =
-        R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-        R"("master_enable":false,"receiver_id":"","transport_params":[{"destination_ip":"",)"
-        R"("destination_port":0,"rtp_enabled":false,"source_ip":"","source_port":0}]})";
+    const std::string body = with_legs(cleared_sender, cleared_sender_leg);
     EXPECT_EQ(ConnectionApi().make_single_senderid_staged(state.get(), 0), body);
     EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0), body);
 }
@@ -920,13 +875,11 @@ TEST(SenderBodies, ReadTheSenderOfTheIndex)
     }
     for (int i = 0; i < 6; ++i) {
         EXPECT_EQ(ConnectionApi().make_single_senderid_staged(state.record(), i),
-                  R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                  R"("master_enable":false,"receiver_id":"staged )" +
-                      std::to_string(i) + R"(","transport_params":[]})");
+                  varied(cleared_sender, {{R"("receiver_id":"")", R"("receiver_id":"staged )" +
+                                                                      std::to_string(i) + '"'}}));
         EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.record(), i),
-                  R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-                  R"("master_enable":false,"receiver_id":"active )" +
-                      std::to_string(i) + R"(","transport_params":[]})");
+                  varied(cleared_sender, {{R"("receiver_id":"")", R"("receiver_id":"active )" +
+                                                                      std::to_string(i) + '"'}}));
     }
 }
 
@@ -985,17 +938,11 @@ TEST(ConnectionBodies, DoNotReadWhatTheyDoNotName)
         fill_whole(half->transport_file_type, 'x');
         fill_whole(half->transport_params[0].interface_ip, 'x');
     }
-    constexpr const char* sender_body =
-        R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-        R"("master_enable":false,"receiver_id":"","transport_params":[{"destination_ip":"",)"
-        R"("destination_port":0,"rtp_enabled":false,"source_ip":"","source_port":0}]})";
+    const std::string sender_body = with_legs(cleared_sender, cleared_sender_leg);
     EXPECT_EQ(ConnectionApi().make_single_senderid_staged(state.get(), 0), sender_body);
     EXPECT_EQ(ConnectionApi().make_single_senderid_active(state.get(), 0), sender_body);
     EXPECT_EQ(ConnectionApi().make_single_receiverid_staged(state.get(), 0),
-              R"({"activation":{"activation_time":"","mode":"","requested_time":""},)"
-              R"("master_enable":false,"sender_id":"","transport_file":{"data":"","type":""},)"
-              R"("transport_params":[{"destination_port":0,"interface_ip":"","multicast_ip":"",)"
-              R"("rtp_enabled":false,"source_ip":""}]})");
+              with_legs(cleared_receiver, cleared_receiver_leg));
 }
 
 } // namespace
