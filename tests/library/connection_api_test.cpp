@@ -9,7 +9,6 @@
 #include <span>
 #include <string>
 #include <type_traits>
-#include <vector>
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,6 @@
 
 #include <cfloat>
 #include <climits>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -6,7 +6,6 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <locale>
 #include <memory>
@@ -21,10 +20,10 @@
 #include "nmos_instrument/nmos_instrument.h"
 #include "support/example_node.h"
 #include "support/set_text.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::AllOf;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
@@ -222,31 +221,6 @@ TEST_F(AnyLocale, AStreamLocaleWithCommaAndGroupsChangesNothing)
     EXPECT_EQ(texts, classic);
     expect_points_and_no_groups(texts);
 }
-
-/// A folder that is gone with the test.
-class TemporaryFolder
-{
-public:
-    TemporaryFolder()
-    {
-        std::string pattern = fs::temp_directory_path() / "nmos-instrument-locale-XXXXXX";
-        if (mkdtemp(pattern.data()) == nullptr)
-            throw std::runtime_error("cannot create " + pattern);
-        path_ = pattern;
-    }
-    ~TemporaryFolder()
-    {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_;
-};
 
 TEST_F(AnyLocale, ASystemLocaleWithCommaChangesNothing)
 {

@@ -16,15 +16,11 @@
 #include "support/body_parts.h"
 #include "support/example_node.h"
 #include "support/example_node_texts.h"
+#include "support/node_operations.h"
 
 namespace {
 
-using ::testing::AllOf;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
-
-constexpr int no_entries[] = {0, -1, -25, INT_MIN};
 
 // --- Counts --------------------------------------------------------------------------------------
 
@@ -172,13 +168,6 @@ TEST(NodeApiCounts, AboveTheCapacityShowEveryEntryOnce)
 
 // --- Indexes -------------------------------------------------------------------------------------
 
-struct IndexedOperation
-{
-    const char* name;
-    int last;
-    std::string (*call)(NMOS_IS04_ST* rec, int index);
-};
-
 const IndexedOperation indexed_operations[] = {
     {"make_sourceid", 3, [](NMOS_IS04_ST* r, int i) { return NodeApi().make_sourceid(r, i); }},
     {"make_flowid", 3, [](NMOS_IS04_ST* r, int i) { return NodeApi().make_flowid(r, i); }},
@@ -190,24 +179,12 @@ const IndexedOperation indexed_operations[] = {
 
 TEST(NodeApiIndexes, OutsideTheArrayThrowWithOperationIndexAndRange)
 {
-    const auto rec = example_node();
-    for (const IndexedOperation& operation : indexed_operations) {
-        const int last = operation.last;
-        for (const int index : {INT_MIN, -1, last + 1, last + 100, INT_MAX}) {
-            const std::string text = out_of_range_text([&] { operation.call(rec.get(), index); });
-            EXPECT_THAT(text, AllOf(HasSubstr(operation.name), HasSubstr(std::to_string(index)),
-                                    HasSubstr("0 to " + std::to_string(last))));
-        }
-    }
+    expect_indexes_outside_throw(indexed_operations);
 }
 
 TEST(NodeApiIndexes, ThatEndTheArrayAreFine)
 {
-    const auto rec = example_node();
-    for (const auto& [name, last, call] : indexed_operations) {
-        EXPECT_THAT(call(rec.get(), 0), StartsWith("{")) << name;
-        EXPECT_THAT(call(rec.get(), last), StartsWith("{")) << name;
-    }
+    expect_first_and_last_index(indexed_operations, "{");
 }
 
 TEST(NodeApiIndexes, AreNotComparedWithTheCount)

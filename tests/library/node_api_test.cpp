@@ -2,7 +2,6 @@
 
 #include "nmos_instrument/NodeApi.h"
 
-#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -16,6 +15,7 @@
 #include "support/body_parts.h"
 #include "support/example_node.h"
 #include "support/example_node_texts.h"
+#include "support/node_operations.h"
 #include "support/same_bytes.h"
 #include "support/set_text.h"
 
@@ -25,8 +25,6 @@ using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
-
-constexpr int no_entries[] = {0, -1, -25, INT_MIN};
 
 // --- Listings ------------------------------------------------------------------------------------
 
@@ -220,19 +218,6 @@ TEST(NodeApi, KnowsOnlyCompactJson)
 
 // --- Slashes -------------------------------------------------------------------------------------
 
-/// Every operation on a record whose labels all hold the same text.
-struct LabelledOperation
-{
-    const char* name;
-    bool plain_slashes;
-    std::string (*call)(NMOS_IS04_ST* rec);
-};
-
-std::ostream& operator<<(std::ostream& out, const LabelledOperation& operation)
-{
-    return out << operation.name;
-}
-
 class NodeApiSlashes : public ::testing::TestWithParam<LabelledOperation>
 {};
 
@@ -258,18 +243,12 @@ INSTANTIATE_TEST_SUITE_P(Each, NodeApiSlashes, ::testing::ValuesIn(labelled_oper
 
 TEST_P(NodeApiSlashes, AreWrittenAsTheOperationSays)
 {
-    const auto rec = labelled_node("a/b//");
-    EXPECT_THAT(
-        GetParam().call(rec.get()),
-        HasSubstr(GetParam().plain_slashes ? R"("label":"a/b//",)" : R"("label":"a\/b\/\/",)"));
+    expect_slashes(GetParam());
 }
 
 TEST_P(NodeApiSlashes, BehindBackslashesLoseOnlyTheirOwnEscape)
 {
-    const auto rec = labelled_node(R"(a\/b\\/c\)");
-    EXPECT_THAT(GetParam().call(rec.get()),
-                HasSubstr(GetParam().plain_slashes ? R"("label":"a\\/b\\\\/c\\",)"
-                                                   : R"("label":"a\\\/b\\\\\/c\\",)"));
+    expect_slashes_behind_backslashes(GetParam());
 }
 
 // --- Node ----------------------------------------------------------------------------------------

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "support/example_node.h"
+#include "support/repeated.h"
 #include "support/set_text.h"
 
 namespace {
@@ -128,12 +129,9 @@ TEST(NodeApiUnterminatedFields, OfTheNodeAreTheirWholeWidth)
     EXPECT_EQ(NodeApi().make_self(rec.get()),
               R"({"api":{"endpoints":[{"host":")" + std::string(16, 'h') +
                   R"(","port":80,"protocol":")" + std::string(16, 'i') + R"("}],"versions":[)" +
-                  version + "," + version + "," + version + "," + version + "," + version + "," +
-                  version + "," + version + "," + version + "," + version + "," + version + "," +
-                  version + "," + version + "," + version + "," + version + "," + version + "," +
-                  version + R"(]},"caps":{},"clocks":[],"description":")" + std::string(128, 'd') +
-                  R"(","hostname":")" + std::string(32, 'f') + R"(","href":")" +
-                  std::string(64, 'e') + R"(","id":")" + std::string(48, 'a') +
+                  repeated(version, 16, ",") + R"(]},"caps":{},"clocks":[],"description":")" +
+                  std::string(128, 'd') + R"(","hostname":")" + std::string(32, 'f') +
+                  R"(","href":")" + std::string(64, 'e') + R"(","id":")" + std::string(48, 'a') +
                   R"(","interfaces":[],"label":")" + std::string(64, 'c') +
                   R"(","services":[],"tags":{},"version":")" + std::string(48, 'b') + R"("})");
 }
@@ -255,14 +253,12 @@ TEST(NodeApiUnterminatedFields, OfADeviceAreTheirWholeWidth)
     const std::string receiver = '"' + std::string(48, 'h') + '"';
     const std::string sender = '"' + std::string(48, 'g') + '"';
     EXPECT_EQ(NodeApi().make_deviceid(rec.get(), 3, 1, 2, 0),
-              R"({"controls":[)" + control + "," + control + "," + control + "," + control + "," +
-                  control + "," + control + "," + control + "," + control + R"(],"description":")" +
+              R"({"controls":[)" + repeated(control, 8, ",") + R"(],"description":")" +
                   std::string(128, 'd') + R"(","id":")" + std::string(48, 'a') + R"(","label":")" +
                   std::string(64, 'c') + R"(","node_id":")" + std::string(48, 'f') +
-                  R"(","receivers":[)" + receiver + "," + receiver + "," + receiver + "," +
-                  receiver + R"(],"senders":[)" + sender + "," + sender + "," + sender +
-                  R"(],"tags":{},"type":")" + std::string(32, 'e') + R"(","version":")" +
-                  std::string(48, 'b') + R"("})");
+                  R"(","receivers":[)" + repeated(receiver, 4, ",") + R"(],"senders":[)" +
+                  repeated(sender, 3, ",") + R"(],"tags":{},"type":")" + std::string(32, 'e') +
+                  R"(","version":")" + std::string(48, 'b') + R"("})");
 }
 
 TEST(NodeApiUnterminatedFields, OfASenderAreTheirWholeWidth)
@@ -318,16 +314,14 @@ TEST(NodeApiUnterminatedFields, OfAReceiverAreTheirWholeWidth)
         fill_whole(media_type, 'j');
     const std::string media_type = '"' + std::string(16, 'j') + '"';
     EXPECT_EQ(NodeApi().make_receiverid(rec.get(), 23),
-              R"({"caps":{"media_types":[)" + media_type + "," + media_type + "," + media_type +
-                  "," + media_type + "," + media_type + "," + media_type + "," + media_type + "," +
-                  media_type + "," + media_type + "," + media_type + "," + media_type + "," +
-                  media_type + R"(]},"description":")" + std::string(128, 'd') +
-                  R"(","device_id":")" + std::string(48, 'e') + R"(","format":")" +
-                  std::string(32, 'g') + R"(","id":")" + std::string(48, 'a') +
-                  R"(","interface_bindings":[")" + std::string(64, 'h') + R"("],"label":")" +
-                  std::string(64, 'c') + R"(","subscription":{"active":true,"sender_id":")" +
-                  std::string(48, 'i') + R"("},"tags":{},"transport":")" + std::string(32, 'f') +
-                  R"(","version":")" + std::string(48, 'b') + R"("})");
+              R"({"caps":{"media_types":[)" + repeated(media_type, 12, ",") +
+                  R"(]},"description":")" + std::string(128, 'd') + R"(","device_id":")" +
+                  std::string(48, 'e') + R"(","format":")" + std::string(32, 'g') + R"(","id":")" +
+                  std::string(48, 'a') + R"(","interface_bindings":[")" + std::string(64, 'h') +
+                  R"("],"label":")" + std::string(64, 'c') +
+                  R"(","subscription":{"active":true,"sender_id":")" + std::string(48, 'i') +
+                  R"("},"tags":{},"transport":")" + std::string(32, 'f') + R"(","version":")" +
+                  std::string(48, 'b') + R"("})");
 }
 
 // --- Long texts ----------------------------------------------------------------------------------
@@ -386,22 +380,15 @@ std::string fill_receiver(RECEIVER_IS04_ST& receiver)
     for (auto& media_type : receiver.media_types)
         fill_whole(media_type, '\x01');
 
-    std::string two;
-    for (int i = 0; i < 2; ++i)
-        two += R"(\u0001)";
-    const std::string eight = two + two + two + two;
-    const std::string w16 = eight + eight;
+    const std::string w16 = repeated(R"(\u0001)", 16);
     const std::string w32 = w16 + w16;
     const std::string w48 = w32 + w16;
     const std::string w64 = w32 + w32;
     const std::string type = '"' + w16 + '"';
     const std::string binding = '"' + w64 + '"';
-    return R"({"caps":{"media_types":[)" + type + "," + type + "," + type + "," + type + "," +
-           type + "," + type + "," + type + "," + type + "," + type + "," + type + "," + type +
-           "," + type + R"(]},"description":")" + w64 + w64 + R"(","device_id":")" + w48 +
-           R"(","format":")" + w32 + R"(","id":")" + w48 + R"(","interface_bindings":[)" + binding +
-           "," + binding + "," + binding + "," + binding + "," + binding + "," + binding + "," +
-           binding + "," + binding + "," + binding + "," + binding + R"(],"label":")" + w64 +
+    return R"({"caps":{"media_types":[)" + repeated(type, 12, ",") + R"(]},"description":")" + w64 +
+           w64 + R"(","device_id":")" + w48 + R"(","format":")" + w32 + R"(","id":")" + w48 +
+           R"(","interface_bindings":[)" + repeated(binding, 10, ",") + R"(],"label":")" + w64 +
            R"(","subscription":{"active":false,"sender_id":")" + w48 +
            R"("},"tags":{},"transport":")" + w32 + R"(","version":")" + w48 + R"("})";
 }

@@ -14,39 +14,20 @@
 #include "support/body_parts.h"
 #include "support/example_node.h"
 #include "support/example_node_texts.h"
+#include "support/node_operations.h"
 #include "support/same_bytes.h"
 #include "support/set_text.h"
 
 namespace {
 
-using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-std::string device_registration(const std::string& device)
+/// A resource in its envelope.
+std::string registered(const std::string& type, const std::string& resource)
 {
-    return R"({"data":)" + device + R"(,"type":"device"})";
-}
-
-std::string source_registration(const std::string& source)
-{
-    return R"({"data":)" + source + R"(,"type":"source"})";
-}
-
-std::string flow_registration(const std::string& flow)
-{
-    return R"({"data":)" + flow + R"(,"type":"flow"})";
-}
-
-std::string sender_registration(const std::string& sender)
-{
-    return R"({"data":)" + sender + R"(,"type":"sender"})";
-}
-
-std::string receiver_registration(const std::string& receiver)
-{
-    return R"({"data":)" + receiver + R"(,"type":"receiver"})";
+    return R"({"data":)" + resource + R"(,"type":")" + type + R"("})";
 }
 
 // --- Listings and heartbeat ---------------------------------------------------------------------
@@ -112,7 +93,7 @@ TEST_P(RegistrationApiBodies, DevicesAreAListWithoutTagsAndEnvelopes)
 TEST_P(RegistrationApiBodies, DeviceById)
 {
     EXPECT_EQ(api.make_resource_deviceid(rec.get(), 0, 0, 2, 1),
-              device_registration(example_texts::device_0));
+              registered("device", example_texts::device_0));
     EXPECT_EQ(api.make_resource_deviceid(rec.get(), 1, 0, 2, 1),
               R"({"data":{"controls":[],"description":"device/1/description","id":"device/1/id",)"
               R"("label":"device/1/label","node_id":"device/1/node","receivers":[],"senders":[],)"
@@ -124,71 +105,71 @@ TEST_P(RegistrationApiBodies, Sources)
 {
     using namespace example_texts;
     EXPECT_EQ(api.make_resource_sources(rec.get()),
-              "[" + source_registration(source_0_escaped) + "," +
-                  source_registration(source_1_escaped) + "," +
-                  source_registration(source_2_escaped) + "," +
-                  source_registration(source_3_escaped) + "]");
+              "[" + registered("source", source_0_escaped) + "," +
+                  registered("source", source_1_escaped) + "," +
+                  registered("source", source_2_escaped) + "," +
+                  registered("source", source_3_escaped) + "]");
 }
 
 TEST_P(RegistrationApiBodies, SourceById)
 {
     using namespace example_texts;
-    EXPECT_EQ(api.make_resource_sourceid(rec.get(), 0), source_registration(source_0_escaped));
+    EXPECT_EQ(api.make_resource_sourceid(rec.get(), 0), registered("source", source_0_escaped));
     EXPECT_EQ(api.make_resource_sourceid(rec.get(), 1),
               R"({"data":{"caps":{},"channels":[{"label":""}],"clock_name":"source\/1\/clock",)"
               R"("description":"source\/1\/description","device_id":"source\/1\/device",)"
               R"("format":"urn:x-nmos:format:video","id":"source\/1\/id",)"
               R"("label":"source\/1\/label","parents":[],"tags":{},)"
               R"("version":"source\/1\/version"},"type":"source"})");
-    EXPECT_EQ(api.make_resource_sourceid(rec.get(), 2), source_registration(source_2_escaped));
-    EXPECT_EQ(api.make_resource_sourceid(rec.get(), 3), source_registration(source_3_escaped));
+    EXPECT_EQ(api.make_resource_sourceid(rec.get(), 2), registered("source", source_2_escaped));
+    EXPECT_EQ(api.make_resource_sourceid(rec.get(), 3), registered("source", source_3_escaped));
 }
 
 TEST_P(RegistrationApiBodies, Flows)
 {
     using namespace example_texts;
-    EXPECT_EQ(api.make_resource_flows(rec.get()), "[" + flow_registration(flow_0_escaped) + "," +
-                                                      flow_registration(flow_1_escaped) + "," +
-                                                      flow_registration(flow_2_escaped) + "," +
-                                                      flow_registration(flow_3_escaped) + "]");
+    EXPECT_EQ(api.make_resource_flows(rec.get()), "[" + registered("flow", flow_0_escaped) + "," +
+                                                      registered("flow", flow_1_escaped) + "," +
+                                                      registered("flow", flow_2_escaped) + "," +
+                                                      registered("flow", flow_3_escaped) + "]");
 }
 
 TEST_P(RegistrationApiBodies, FlowById)
 {
     using namespace example_texts;
-    EXPECT_EQ(api.make_resource_flowid(rec.get(), 0), flow_registration(flow_0_escaped));
-    EXPECT_EQ(api.make_resource_flowid(rec.get(), 1), flow_registration(flow_1_escaped));
+    EXPECT_EQ(api.make_resource_flowid(rec.get(), 0), registered("flow", flow_0_escaped));
+    EXPECT_EQ(api.make_resource_flowid(rec.get(), 1), registered("flow", flow_1_escaped));
     EXPECT_EQ(api.make_resource_flowid(rec.get(), 2),
               R"({"data":{"description":"flow\/2\/description","device_id":"flow\/2\/device",)"
               R"("format":"urn:x-nmos:format:video","id":"flow\/2\/id","label":"flow\/2\/label",)"
               R"("media_type":"video\/raw","parents":[],"source_id":"flow\/2\/source","tags":{},)"
               R"("version":"flow\/2\/version"},"type":"flow"})");
-    EXPECT_EQ(api.make_resource_flowid(rec.get(), 3), flow_registration(flow_3_escaped));
+    EXPECT_EQ(api.make_resource_flowid(rec.get(), 3), registered("flow", flow_3_escaped));
 }
 
 TEST_P(RegistrationApiBodies, Senders)
 {
     using namespace example_texts;
     EXPECT_EQ(api.make_resource_senders(rec.get()),
-              "[" + sender_registration(sender_0) + "," + sender_registration(sender_1) + "," +
-                  sender_registration(sender_2) + "," + sender_registration(sender_3) + "," +
-                  sender_registration(sender_4) + "," + sender_registration(sender_5) + "]");
+              "[" + registered("sender", sender_0) + "," + registered("sender", sender_1) + "," +
+                  registered("sender", sender_2) + "," + registered("sender", sender_3) + "," +
+                  registered("sender", sender_4) + "," + registered("sender", sender_5) + "]");
 }
 
 TEST_P(RegistrationApiBodies, SenderById)
 {
     using namespace example_texts;
-    EXPECT_EQ(api.make_resource_senderid(rec.get(), 0), sender_registration(sender_0));
-    EXPECT_EQ(api.make_resource_senderid(rec.get(), 1), sender_registration(sender_1));
+    EXPECT_EQ(api.make_resource_senderid(rec.get(), 0), registered("sender", sender_0));
+    EXPECT_EQ(api.make_resource_senderid(rec.get(), 1), registered("sender", sender_1));
     EXPECT_EQ(api.make_resource_senderid(rec.get(), 2),
               R"({"data":{"description":"sender/2/description","device_id":"sender/2/device",)"
               R"("flow_id":"sender/2/flow","id":"sender/2/id","interface_bindings":[],)"
               R"("label":"sender/2/label","manifest_href":"http://192.0.2.10/sender/2/sdp",)"
               R"("subscription":{},"tags":{},"transport":"sender/2/transport",)"
               R"("version":"sender/2/version"},"type":"sender"})");
-    EXPECT_EQ(api.make_resource_senderid(rec.get(), 3), sender_registration(sender_3));
-    EXPECT_EQ(api.make_resource_senderid(rec.get(), 4), sender_registration(sender_4));
-    EXPECT_EQ(api.make_resource_senderid(rec.get(), 5), sender_registration(sender_5));
+    EXPECT_EQ(api.make_resource_senderid(rec.get(), 3), registered("sender", sender_3));
+    EXPECT_EQ(api.make_resource_senderid(rec.get(), 4), registered("sender", sender_4));
+    EXPECT_EQ(api.make_resource_senderid(rec.get(), 5), registered("sender", sender_5));
 }
 
 TEST_P(RegistrationApiBodies, Receivers)
@@ -196,22 +177,22 @@ TEST_P(RegistrationApiBodies, Receivers)
     using namespace example_texts;
     rec->receivers_count = 3;
     EXPECT_EQ(api.make_resource_receivers(rec.get()),
-              "[" + receiver_registration(receiver_0) + "," + receiver_registration(receiver_1) +
-                  "," + receiver_registration(receiver_2) + "]");
+              "[" + registered("receiver", receiver_0) + "," + registered("receiver", receiver_1) +
+                  "," + registered("receiver", receiver_2) + "]");
 }
 
 TEST_P(RegistrationApiBodies, ReceiverById)
 {
     using namespace example_texts;
-    EXPECT_EQ(api.make_resource_receiverid(rec.get(), 0), receiver_registration(receiver_0));
-    EXPECT_EQ(api.make_resource_receiverid(rec.get(), 1), receiver_registration(receiver_1));
+    EXPECT_EQ(api.make_resource_receiverid(rec.get(), 0), registered("receiver", receiver_0));
+    EXPECT_EQ(api.make_resource_receiverid(rec.get(), 1), registered("receiver", receiver_1));
     EXPECT_EQ(api.make_resource_receiverid(rec.get(), 2),
               R"({"data":{"caps":{"media_types":[]},"description":"receiver/2/description",)"
               R"("device_id":"receiver/2/device","format":"receiver/2/format",)"
               R"("id":"receiver/2/id","interface_bindings":[],"label":"receiver/2/label",)"
               R"("subscription":{},"tags":{},"transport":"receiver/2/transport",)"
               R"("version":"receiver/2/version"},"type":"receiver"})");
-    EXPECT_EQ(api.make_resource_receiverid(rec.get(), 23), receiver_registration(receiver_23));
+    EXPECT_EQ(api.make_resource_receiverid(rec.get(), 23), registered("receiver", receiver_23));
 }
 
 TEST(RegistrationApi, OnlyTheNodeBodyWritesIntoTheRecord)
@@ -243,18 +224,6 @@ TEST(RegistrationApi, OnlyTheNodeBodyWritesIntoTheRecord)
 }
 
 // --- Slashes ------------------------------------------------------------------------------------
-
-struct LabelledOperation
-{
-    const char* name;
-    bool plain_slashes;
-    std::string (*call)(NMOS_IS04_ST* rec);
-};
-
-std::ostream& operator<<(std::ostream& out, const LabelledOperation& operation)
-{
-    return out << operation.name;
-}
 
 class RegistrationApiSlashes : public ::testing::TestWithParam<LabelledOperation>
 {};
@@ -289,18 +258,12 @@ INSTANTIATE_TEST_SUITE_P(Each, RegistrationApiSlashes, ::testing::ValuesIn(label
 
 TEST_P(RegistrationApiSlashes, AreWrittenAsTheOperationSays)
 {
-    const auto rec = labelled_node("a/b//");
-    EXPECT_THAT(
-        GetParam().call(rec.get()),
-        HasSubstr(GetParam().plain_slashes ? R"("label":"a/b//",)" : R"("label":"a\/b\/\/",)"));
+    expect_slashes(GetParam());
 }
 
 TEST_P(RegistrationApiSlashes, BehindBackslashesLoseOnlyTheirOwnEscape)
 {
-    const auto rec = labelled_node(R"(a\/b\\/c\)");
-    EXPECT_THAT(GetParam().call(rec.get()),
-                HasSubstr(GetParam().plain_slashes ? R"("label":"a\\/b\\\\/c\\",)"
-                                                   : R"("label":"a\\\/b\\\\\/c\\",)"));
+    expect_slashes_behind_backslashes(GetParam());
 }
 
 // --- Counts and indexes -------------------------------------------------------------------------
@@ -385,20 +348,14 @@ TEST(RegistrationApiCounts, DoNotMatterToASingleResource)
         const auto rec = example_node();
         rec->sources_count = rec->flows_count = rec->devices_count = rec->senders_count =
             rec->receivers_count = count;
-        EXPECT_EQ(api.make_resource_sourceid(rec.get(), 3), source_registration(source_3_escaped));
-        EXPECT_EQ(api.make_resource_flowid(rec.get(), 3), flow_registration(flow_3_escaped));
-        EXPECT_EQ(api.make_resource_deviceid(rec.get(), 1, 0, 2, 1), device_registration(device_1));
-        EXPECT_EQ(api.make_resource_senderid(rec.get(), 5), sender_registration(sender_5));
-        EXPECT_EQ(api.make_resource_receiverid(rec.get(), 23), receiver_registration(receiver_23));
+        EXPECT_EQ(api.make_resource_sourceid(rec.get(), 3), registered("source", source_3_escaped));
+        EXPECT_EQ(api.make_resource_flowid(rec.get(), 3), registered("flow", flow_3_escaped));
+        EXPECT_EQ(api.make_resource_deviceid(rec.get(), 1, 0, 2, 1),
+                  registered("device", device_1));
+        EXPECT_EQ(api.make_resource_senderid(rec.get(), 5), registered("sender", sender_5));
+        EXPECT_EQ(api.make_resource_receiverid(rec.get(), 23), registered("receiver", receiver_23));
     }
 }
-
-struct IndexedOperation
-{
-    const char* name;
-    int last;
-    std::string (*call)(NMOS_IS04_ST* rec, int index);
-};
 
 const IndexedOperation indexed_operations[] = {
     {"make_resource_sourceid", 3,
@@ -417,24 +374,12 @@ const IndexedOperation indexed_operations[] = {
 
 TEST(RegistrationApiIndexes, OutsideTheArrayThrowWithOperationIndexAndRange)
 {
-    const auto rec = example_node();
-    for (const IndexedOperation& operation : indexed_operations) {
-        const int last = operation.last;
-        for (const int index : {INT_MIN, -1, last + 1, last + 100, INT_MAX}) {
-            const std::string text = out_of_range_text([&] { operation.call(rec.get(), index); });
-            EXPECT_THAT(text, AllOf(HasSubstr(operation.name), HasSubstr(std::to_string(index)),
-                                    HasSubstr("0 to " + std::to_string(last))));
-        }
-    }
+    expect_indexes_outside_throw(indexed_operations);
 }
 
 TEST(RegistrationApiIndexes, ThatEndTheArrayAreFine)
 {
-    const auto rec = example_node();
-    for (const auto& [name, last, call] : indexed_operations) {
-        EXPECT_THAT(call(rec.get(), 0), StartsWith(R"({"data":{)")) << name;
-        EXPECT_THAT(call(rec.get(), last), StartsWith(R"({"data":{)")) << name;
-    }
+    expect_first_and_last_index(indexed_operations, R"({"data":{)");
 }
 
 // --- Numbers ------------------------------------------------------------------------------------

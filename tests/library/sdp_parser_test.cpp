@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "support/body_parts.h"
+#include "support/repeated.h"
 #include "support/sdp_check.h"
 #include "support/two_leg_sdp.h"
 
@@ -21,14 +22,6 @@ namespace {
 using namespace std::string_literals;
 
 using ::testing::StartsWith;
-
-std::string repeated(const std::string& text, int times)
-{
-    std::string all;
-    for (int i = 0; i < times; ++i)
-        all += text;
-    return all;
-}
 
 // Hosts were built with these numbers.
 static_assert(sdp_found_source_ip_leg0 == 0x1);

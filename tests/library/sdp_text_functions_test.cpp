@@ -7,7 +7,6 @@
 #include <climits>
 #include <stdexcept>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include <gmock/gmock.h>

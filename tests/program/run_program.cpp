@@ -3,11 +3,8 @@
 #include "run_program.h"
 
 #include <cerrno>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 #include <system_error>
 
 #include <fcntl.h>
@@ -16,14 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-std::string make_folder()
-{
-    std::string pattern = (std::filesystem::temp_directory_path() / "program-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("no temporary folder");
-    return pattern;
-}
 
 int run_with_files(const std::vector<std::string>& arguments, const std::string& in,
                    const std::string& out, const std::string& errors)
@@ -55,16 +44,9 @@ int run_with_files(const std::vector<std::string>& arguments, const std::string&
 
 } // namespace
 
-TemporaryFile::TemporaryFile(std::string_view content)
-    : folder_(make_folder()), name_(folder_ + "/file")
+TemporaryFile::TemporaryFile(std::string_view content) : name_(folder_.path() / "file")
 {
     std::ofstream(name_, std::ios::binary) << content;
-}
-
-TemporaryFile::~TemporaryFile()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }
 
 std::string TemporaryFile::content() const

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "support/temporary_folder.h"
+
 struct ProgramRun
 {
     int status; ///< exit status; -1 when the program did not end by itself
@@ -26,15 +28,12 @@ class TemporaryFile
 {
 public:
     explicit TemporaryFile(std::string_view content = {});
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile();
 
     const std::string& name() const { return name_; }
     std::string content() const;
 
 private:
-    std::string folder_;
+    TemporaryFolder folder_;
     std::string name_;
 };
 

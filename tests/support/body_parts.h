@@ -3,6 +3,7 @@
 #ifndef NMOS_INSTRUMENT_TESTS_SUPPORT_BODY_PARTS_H
 #define NMOS_INSTRUMENT_TESTS_SUPPORT_BODY_PARTS_H
 
+#include <climits>
 #include <cstddef>
 #include <functional>
 #include <limits>
@@ -12,6 +13,9 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+/// Counts of arrays without entries.
+constexpr int no_entries[] = {0, -1, -25, INT_MIN};
 
 /// What no JSON number can hold.
 constexpr double not_finite[] = {

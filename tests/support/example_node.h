@@ -3,24 +3,13 @@
 #ifndef NMOS_INSTRUMENT_TESTS_SUPPORT_EXAMPLE_NODE_H
 #define NMOS_INSTRUMENT_TESTS_SUPPORT_EXAMPLE_NODE_H
 
-#include <cstddef>
 #include <cstring>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "nmos_instrument/node_state.h"
-
-/// Writes `text` and its NUL and nothing else: what stood behind them stays.
-template <std::size_t N>
-void write_text(char (&field)[N], std::string_view text)
-{
-    if (text.size() >= N)
-        throw std::length_error("the text does not fit its field");
-    std::memcpy(field, text.data(), text.size());
-    field[text.size()] = '\0';
-}
+#include "support/set_text.h"
 
 namespace example_parts {
 
@@ -77,12 +66,18 @@ inline void describe_node(NMOS_IS04_ST& rec)
     rec.version_nanoseconds = 25;
 }
 
+template <typename Resource>
+void describe_core(Resource& resource, const std::string& prefix)
+{
+    write_text(resource.id, prefix + "id");
+    write_text(resource.version, prefix + "version");
+    write_text(resource.label, prefix + "label");
+    write_text(resource.description, prefix + "description");
+}
+
 inline void describe_source(SOURCE_IS04_ST& source, const std::string& prefix)
 {
-    write_text(source.id, prefix + "id");
-    write_text(source.version, prefix + "version");
-    write_text(source.label, prefix + "label");
-    write_text(source.description, prefix + "description");
+    describe_core(source, prefix);
     write_text(source.device_id, prefix + "device");
     write_text(source.clock_name, prefix + "clock");
     write_text(source.format, prefix + "format");
@@ -102,10 +97,7 @@ inline void describe_sources(NMOS_IS04_ST& rec)
 
 inline void describe_flow(FLOW_IS04_ST& flow, const std::string& prefix)
 {
-    write_text(flow.id, prefix + "id");
-    write_text(flow.version, prefix + "version");
-    write_text(flow.label, prefix + "label");
-    write_text(flow.description, prefix + "description");
+    describe_core(flow, prefix);
     write_text(flow.format, prefix + "format");
     write_text(flow.source_id, prefix + "source");
     write_text(flow.device_id, prefix + "device");
@@ -146,10 +138,7 @@ inline void describe_flows(NMOS_IS04_ST& rec)
 
 inline void describe_device(DEVICE_IS04_ST& device, const std::string& prefix)
 {
-    write_text(device.id, prefix + "id");
-    write_text(device.version, prefix + "version");
-    write_text(device.label, prefix + "label");
-    write_text(device.description, prefix + "description");
+    describe_core(device, prefix);
     write_text(device.type, prefix + "type");
     write_text(device.node_id, prefix + "node");
     device.receiver_ids_count = 0;
@@ -177,12 +166,33 @@ inline void describe_devices(NMOS_IS04_ST& rec)
     describe_device(rec.devices[1], "device/1/");
 }
 
+/// The second subscription must not show.
+template <typename Resource>
+void bind_to_two_legs(Resource& resource, const char* second_peer)
+{
+    resource.interface_bindings_count = 2;
+    write_text(resource.interface_bindings[0], "eth/0");
+    write_text(resource.interface_bindings[1], "eth/1");
+    resource.subscription_count = 2;
+    write_text(resource.subscription[0].peer_id, "null");
+    resource.subscription[0].active = 0;
+    write_text(resource.subscription[1].peer_id, second_peer);
+    resource.subscription[1].active = 1;
+}
+
+template <typename Resource>
+void bind_to_one_leg(Resource& resource, const char* peer)
+{
+    resource.interface_bindings_count = 1;
+    write_text(resource.interface_bindings[0], "eth/1");
+    resource.subscription_count = 1;
+    write_text(resource.subscription[0].peer_id, peer);
+    resource.subscription[0].active = 1;
+}
+
 inline void describe_sender(SENDER_IS04_ST& sender, const std::string& prefix)
 {
-    write_text(sender.id, prefix + "id");
-    write_text(sender.version, prefix + "version");
-    write_text(sender.label, prefix + "label");
-    write_text(sender.description, prefix + "description");
+    describe_core(sender, prefix);
     write_text(sender.flow_id, prefix + "flow");
     write_text(sender.transport, prefix + "transport");
     write_text(sender.device_id, prefix + "device");
@@ -198,21 +208,10 @@ inline void describe_senders(NMOS_IS04_ST& rec)
         describe_sender(rec.senders[i], "sender/" + std::to_string(i) + "/");
 
     SENDER_IS04_ST& two_legs = rec.senders[0];
-    two_legs.interface_bindings_count = 2;
-    write_text(two_legs.interface_bindings[0], "eth/0");
-    write_text(two_legs.interface_bindings[1], "eth/1");
-    two_legs.subscription_count = 2;
-    write_text(two_legs.subscription[0].peer_id, "null");
-    two_legs.subscription[0].active = 0;
-    write_text(two_legs.subscription[1].peer_id, "sender/0/peer");
-    two_legs.subscription[1].active = 1;
+    bind_to_two_legs(two_legs, "sender/0/peer");
 
     SENDER_IS04_ST& one_leg = rec.senders[1];
-    one_leg.interface_bindings_count = 1;
-    write_text(one_leg.interface_bindings[0], "eth/1");
-    one_leg.subscription_count = 1;
-    write_text(one_leg.subscription[0].peer_id, "sender/1/peer");
-    one_leg.subscription[0].active = 1;
+    bind_to_one_leg(one_leg, "sender/1/peer");
 
     SENDER_IS04_ST& without_flow = rec.senders[3];
     write_text(without_flow.id, "null");
@@ -227,10 +226,7 @@ inline void describe_senders(NMOS_IS04_ST& rec)
 
 inline void describe_receiver(RECEIVER_IS04_ST& receiver, const std::string& prefix)
 {
-    write_text(receiver.id, prefix + "id");
-    write_text(receiver.version, prefix + "version");
-    write_text(receiver.label, prefix + "label");
-    write_text(receiver.description, prefix + "description");
+    describe_core(receiver, prefix);
     write_text(receiver.device_id, prefix + "device");
     write_text(receiver.transport, prefix + "transport");
     write_text(receiver.format, prefix + "format");
@@ -246,23 +242,12 @@ inline void describe_receivers(NMOS_IS04_ST& rec)
         describe_receiver(rec.receivers[i], "receiver/" + std::to_string(i) + "/");
 
     RECEIVER_IS04_ST& two_legs = rec.receivers[0];
-    two_legs.interface_bindings_count = 2;
-    write_text(two_legs.interface_bindings[0], "eth/0");
-    write_text(two_legs.interface_bindings[1], "eth/1");
-    two_legs.subscription_count = 2;
-    write_text(two_legs.subscription[0].peer_id, "null");
-    two_legs.subscription[0].active = 0;
-    write_text(two_legs.subscription[1].peer_id, "receiver/0/peer");
-    two_legs.subscription[1].active = 1;
+    bind_to_two_legs(two_legs, "receiver/0/peer");
     two_legs.media_types_count = 1;
     write_text(two_legs.media_types[0], "video/raw");
 
     RECEIVER_IS04_ST& one_leg = rec.receivers[1];
-    one_leg.interface_bindings_count = 1;
-    write_text(one_leg.interface_bindings[0], "eth/1");
-    one_leg.subscription_count = 1;
-    write_text(one_leg.subscription[0].peer_id, "receiver/1/peer");
-    one_leg.subscription[0].active = 1;
+    bind_to_one_leg(one_leg, "receiver/1/peer");
     one_leg.media_types_count = 3;
     write_text(one_leg.media_types[0], "audio/L24");
     write_text(one_leg.media_types[1], "audio/L16");

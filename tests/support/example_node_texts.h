@@ -9,7 +9,17 @@
 
 #include <string>
 
+#include "support/varied.h"
+
 namespace example_texts {
+
+/// No text of the example has an escape of its own.
+inline std::string escaped(const std::string& plain)
+{
+    return varied(plain, {{"/", R"(\/)"}});
+}
+
+inline const std::string no_tags = R"("tags":{},)";
 
 inline const std::string source_0_plain =
     R"({"caps":{},"clock_name":"source/0/clock","description":"source/0/description",)"
@@ -29,23 +39,10 @@ inline const std::string source_3_plain =
     R"("device_id":"source/3/device","format":"source/3/format","id":"source/3/id",)"
     R"("label":"source/3/label","parents":[],"tags":{},"version":"source/3/version"})";
 
-inline const std::string source_0_escaped =
-    R"({"caps":{},"clock_name":"source\/0\/clock","description":"source\/0\/description",)"
-    R"("device_id":"source\/0\/device","format":"urn:x-nmos:format:audio","id":"source\/0\/id",)"
-    R"("label":"source\/0\/label","parents":[],"tags":{},"version":"source\/0\/version"})";
-inline const std::string source_1_escaped =
-    R"({"caps":{},"channels":[{"label":""}],"clock_name":"source\/1\/clock",)"
-    R"("description":"source\/1\/description","device_id":"source\/1\/device",)"
-    R"("format":"urn:x-nmos:format:video","id":"source\/1\/id","label":"source\/1\/label",)"
-    R"("parents":[],"tags":{},"version":"source\/1\/version"})";
-inline const std::string source_2_escaped =
-    R"({"caps":{},"clock_name":"source\/2\/clock","description":"source\/2\/description",)"
-    R"("device_id":"source\/2\/device","format":"source\/2\/format","id":"source\/2\/id",)"
-    R"("label":"source\/2\/label","parents":[],"tags":{},"version":"source\/2\/version"})";
-inline const std::string source_3_escaped =
-    R"({"caps":{},"clock_name":"source\/3\/clock","description":"source\/3\/description",)"
-    R"("device_id":"source\/3\/device","format":"source\/3\/format","id":"source\/3\/id",)"
-    R"("label":"source\/3\/label","parents":[],"tags":{},"version":"source\/3\/version"})";
+inline const std::string source_0_escaped = escaped(source_0_plain);
+inline const std::string source_1_escaped = escaped(source_1_plain);
+inline const std::string source_2_escaped = escaped(source_2_plain);
+inline const std::string source_3_escaped = escaped(source_3_plain);
 
 inline const std::string flow_0_plain =
     R"({"colorspace":"flow/0/colorspace",)"
@@ -75,33 +72,10 @@ inline const std::string flow_3_plain =
     R"("media_type":"audio/L16","parents":[],"source_id":"flow/3/source","tags":{},)"
     R"("version":"flow/3/version"})";
 
-inline const std::string flow_0_escaped =
-    R"({"colorspace":"flow\/0\/colorspace",)"
-    R"("components":[{"bit_depth":10,"height":1080,"name":"Y","width":1920},)"
-    R"({"bit_depth":10,"height":1080,"name":"Cb","width":1920},)"
-    R"({"bit_depth":10,"height":1080,"name":"Cr","width":1920}],)"
-    R"("description":"flow\/0\/description","device_id":"flow\/0\/device",)"
-    R"("format":"flow\/0\/format","frame_height":1080,"frame_width":1920,)"
-    R"("grain_rate":{"denominator":1001,"numerator":60000},"id":"flow\/0\/id",)"
-    R"("interlace_mode":"flow\/0\/interlace","label":"flow\/0\/label",)"
-    R"("media_type":"video\/raw","parents":[],"source_id":"flow\/0\/source","tags":{},)"
-    R"("transfer_characteristic":"flow\/0\/transfer","version":"flow\/0\/version"})";
-inline const std::string flow_1_escaped =
-    R"({"bit_depth":24,"description":"flow\/1\/description","device_id":"flow\/1\/device",)"
-    R"("format":"flow\/1\/format","grain_rate":{"denominator":125,"numerator":6000},)"
-    R"("id":"flow\/1\/id","label":"flow\/1\/label","media_type":"audio\/L24","parents":[],)"
-    R"("sample_rate":{"denominator":1,"numerator":48000},"source_id":"flow\/1\/source",)"
-    R"("tags":{},"version":"flow\/1\/version"})";
-inline const std::string flow_2_escaped =
-    R"({"description":"flow\/2\/description","device_id":"flow\/2\/device",)"
-    R"("format":"urn:x-nmos:format:video","id":"flow\/2\/id","label":"flow\/2\/label",)"
-    R"("media_type":"video\/raw","parents":[],"source_id":"flow\/2\/source","tags":{},)"
-    R"("version":"flow\/2\/version"})";
-inline const std::string flow_3_escaped =
-    R"({"description":"flow\/3\/description","device_id":"flow\/3\/device",)"
-    R"("format":"urn:x-nmos:format:audio","id":"flow\/3\/id","label":"flow\/3\/label",)"
-    R"("media_type":"audio\/L16","parents":[],"source_id":"flow\/3\/source","tags":{},)"
-    R"("version":"flow\/3\/version"})";
+inline const std::string flow_0_escaped = escaped(flow_0_plain);
+inline const std::string flow_1_escaped = escaped(flow_1_plain);
+inline const std::string flow_2_escaped = escaped(flow_2_plain);
+inline const std::string flow_3_escaped = escaped(flow_3_plain);
 
 /// Devices with all of their ids.
 inline const std::string device_0 =
@@ -120,20 +94,8 @@ inline const std::string device_1 =
     R"("tags":{},"type":"device/1/type","version":"device/1/version"})";
 
 /// The same as the list of the Registration API has them: no tags.
-inline const std::string device_0_without_tags =
-    R"({"controls":[{"href":"http://192.0.2.10/x-nmos/connection/v1.0/",)"
-    R"("type":"urn:x-nmos:control:sr-ctrl/v1.0"},)"
-    R"({"href":"http://192.0.2.11/second","type":"control/1"}],)"
-    R"("description":"device/0/description","id":"device/0/id","label":"device/0/label",)"
-    R"("node_id":"device/0/node",)"
-    R"("receivers":["r/0","r/1","r/2","r/3","r/4","r/5","r/6","r/7","r/8","r/9","r/10","r/11",)"
-    R"("r/12","r/13","r/14","r/15","r/16","r/17","r/18","r/19","r/20","r/21","r/22","r/23"],)"
-    R"("senders":["s/0","s/1","s/2","s/3","s/4","s/5"],)"
-    R"("type":"device/0/type","version":"device/0/version"})";
-inline const std::string device_1_without_tags =
-    R"({"controls":[],"description":"device/1/description","id":"device/1/id",)"
-    R"("label":"device/1/label","node_id":"device/1/node","receivers":[],"senders":[],)"
-    R"("type":"device/1/type","version":"device/1/version"})";
+inline const std::string device_0_without_tags = varied(device_0, {{no_tags, ""}});
+inline const std::string device_1_without_tags = varied(device_1, {{no_tags, ""}});
 
 inline const std::string sender_0 =
     R"({"description":"sender/0/description","device_id":"sender/0/device",)"
