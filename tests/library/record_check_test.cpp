@@ -48,6 +48,39 @@ std::ostream& operator<<(std::ostream& out, const Case<Record>& test_case)
     return out << test_case.name;
 }
 
+/// One field set to a wrong value: the finding names its path and its value as they stand here.
+#define TEXT(name, field, text, rule)                                                              \
+    {                                                                                              \
+        name, [](auto& record) { set_text(record.field, text); },                                  \
+        {                                                                                          \
+            std::string(#field " is \"") + (text) + "\", " + (rule)                                \
+        }                                                                                          \
+    }
+#define NUMBER(name, field, number, rule)                                                          \
+    {                                                                                              \
+        name, [](auto& record) { record.field = number; },                                         \
+        {                                                                                          \
+            std::string(#field " is " #number ", ") + (rule)                                       \
+        }                                                                                          \
+    }
+
+// The rules that several fields have.
+constexpr const char* api_version = "it must be like v1.2";
+constexpr const char* clock_name = "it must be like clk0";
+constexpr const char* http_url = "it must be a URL that begins with http:// or https://";
+constexpr const char* ipv4 = "it must be an IPv4 address";
+constexpr const char* known_device = "no device of the record has this id";
+constexpr const char* nanoseconds = "it must be a whole number from 0 to 999999999";
+constexpr const char* not_negative = "it must not be negative";
+constexpr const char* one_needed = "at least 1 is needed";
+constexpr const char* port = "it must be a whole number from 1 to 65535";
+constexpr const char* protocols = "it must be one of: http, https";
+constexpr const char* time_stamp =
+    "it must be <seconds>:<nanoseconds> with nanoseconds from 0 to 999999999";
+constexpr const char* uri = "it must be a URI";
+constexpr const char* uuid = "it must be a UUID in lower case";
+constexpr const char* uuid_or_null = "it must be a UUID in lower case or \"null\"";
+
 /// Ends at a page that cannot be read and begins after another as closely as its size allows.
 template <typename Record>
 class GuardedRecord
@@ -145,14 +178,12 @@ const NodeCase node_counts[] = {
          r.versions_count = 17;
          for (auto& version : r.versions) set_text(version, "v1.2");
      }, {"versions_count is 17, at most 16 are allowed"}},
-    {"VersionsNegative", [](NMOS_IS04_ST& r) { r.versions_count = -1; },
-     {"versions_count is -1, it must not be negative"}},
+    NUMBER("VersionsNegative", versions_count, -1, not_negative),
     {"EndpointsAbove", [](NMOS_IS04_ST& r) {
          r.endpoints_count = 27;
          for (auto& endpoint : r.endpoints) endpoint = r.endpoints[0];
      }, {"endpoints_count is 27, at most 26 are allowed"}},
-    {"EndpointsNone", [](NMOS_IS04_ST& r) { r.endpoints_count = 0; },
-     {"endpoints_count is 0, at least 1 is needed"}},
+    NUMBER("EndpointsNone", endpoints_count, 0, one_needed),
     {"EndpointsNegative", [](NMOS_IS04_ST& r) { r.endpoints_count = -2147483647 - 1; },
      {"endpoints_count is -2147483648, at least 1 is needed"}},
     {"ClocksAbove", [](NMOS_IS04_ST& r) {
@@ -207,8 +238,7 @@ const NodeCase node_counts[] = {
      }, {"devices[0].receiver_ids_count is -3, it must not be negative",
          "devices[0].sender_ids_count is -2, it must not be negative",
          "devices[0].controls_count is -1, it must not be negative"}},
-    {"SendersAbove", [](NMOS_IS04_ST& r) { r.senders_count = 7; },
-     {"senders_count is 7, at most 6 are allowed"}},
+    NUMBER("SendersAbove", senders_count, 7, "at most 6 are allowed"),
     {"SenderListsAbove", [](NMOS_IS04_ST& r) {
          SENDER_IS04_ST& sender = r.senders[5];
          sender.interface_bindings_count = 11;
@@ -224,8 +254,7 @@ const NodeCase node_counts[] = {
          "senders[0].subscription_count is 0, at least 1 is needed"}},
     {"SenderWithoutInterfaces", [](NMOS_IS04_ST& r) { r.senders[0].interface_bindings_count = 0; },
      {}},
-    {"ReceiversAbove", [](NMOS_IS04_ST& r) { r.receivers_count = 25; },
-     {"receivers_count is 25, at most 24 are allowed"}},
+    NUMBER("ReceiversAbove", receivers_count, 25, "at most 24 are allowed"),
     {"ReceiverSubscriptionsAbove", [](NMOS_IS04_ST& r) {
          r.receivers[4].subscription_count = 12;
          for (auto& entry : r.receivers[4].subscription) set_text(entry.peer_id, "null");
@@ -293,24 +322,12 @@ const NodeCase node_fields[] = {
          set_text(r.flows[2].id, clean_parts::node_id());
          set_text(r.senders[5].flow_id, clean_parts::node_id());
      }, {"flows[2].id is \"10000000-0000-4000-8000-000000000000\", id is the same"}},
-    {"VersionWithoutColon", [](NMOS_IS04_ST& r) { set_text(r.version, "1700000123"); },
-     {"version is \"1700000123\", it must be <seconds>:<nanoseconds> with nanoseconds from 0 to "
-      "999999999"}},
-    {"VersionNanosecondsAbove", [](NMOS_IS04_ST& r) { set_text(r.flows[1].version, "1:1000000000"); },
-     {"flows[1].version is \"1:1000000000\", it must be <seconds>:<nanoseconds> with nanoseconds "
-      "from 0 to 999999999"}},
-    {"VersionNanosecondsNegative", [](NMOS_IS04_ST& r) { set_text(r.devices[0].version, "1:-1"); },
-     {"devices[0].version is \"1:-1\", it must be <seconds>:<nanoseconds> with nanoseconds from 0 "
-      "to 999999999"}},
-    {"VersionWithoutSeconds", [](NMOS_IS04_ST& r) { set_text(r.sources[0].version, ":5"); },
-     {"sources[0].version is \":5\", it must be <seconds>:<nanoseconds> with nanoseconds from 0 to "
-      "999999999"}},
-    {"VersionWithoutNanoseconds", [](NMOS_IS04_ST& r) { set_text(r.senders[2].version, "5:"); },
-     {"senders[2].version is \"5:\", it must be <seconds>:<nanoseconds> with nanoseconds from 0 to "
-      "999999999"}},
-    {"VersionWithMore", [](NMOS_IS04_ST& r) { set_text(r.receivers[2].version, "5:6 "); },
-     {"receivers[2].version is \"5:6 \", it must be <seconds>:<nanoseconds> with nanoseconds from 0 "
-      "to 999999999"}},
+    TEXT("VersionWithoutColon", version, "1700000123", time_stamp),
+    TEXT("VersionNanosecondsAbove", flows[1].version, "1:1000000000", time_stamp),
+    TEXT("VersionNanosecondsNegative", devices[0].version, "1:-1", time_stamp),
+    TEXT("VersionWithoutSeconds", sources[0].version, ":5", time_stamp),
+    TEXT("VersionWithoutNanoseconds", senders[2].version, "5:", time_stamp),
+    TEXT("VersionWithMore", receivers[2].version, "5:6 ", time_stamp),
     {"VersionsAtTheirBounds", [](NMOS_IS04_ST& r) {
          set_text(r.version, "0:0");
          set_text(r.devices[0].version, "18446744073709551615:999999999");
@@ -326,55 +343,35 @@ const NodeCase node_fields[] = {
       "\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a"
       "\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\\x0a\"... (128 bytes), "
       "there is no NUL in its 128 bytes"}},
-    {"HrefWithoutScheme", [](NMOS_IS04_ST& r) { set_text(r.href, "192.0.2.10:3212/"); },
-     {"href is \"192.0.2.10:3212/\", it must be a URL that begins with http:// or https://"}},
-    {"HrefOfTheScheme", [](NMOS_IS04_ST& r) { set_text(r.href, "https://"); },
-     {"href is \"https://\", it must be a URL that begins with http:// or https://"}},
-    {"HrefWithSpace", [](NMOS_IS04_ST& r) { set_text(r.href, "http://a b/"); },
-     {"href is \"http://a b/\", it must be a URL that begins with http:// or https://"}},
+    TEXT("HrefWithoutScheme", href, "192.0.2.10:3212/", http_url),
+    TEXT("HrefOfTheScheme", href, "https://", http_url),
+    TEXT("HrefWithSpace", href, "http://a b/", http_url),
     {"HostnameWithoutEnd", [](NMOS_IS04_ST& r) { fill_whole(r.hostname, 'h'); },
      {"hostname is \"hhhhhhhhhhhhhhhhhhhhhhhhhhhhhhhh\", there is no NUL in its 32 bytes"}},
-    {"ApiVersion", [](NMOS_IS04_ST& r) { set_text(r.versions[1], "v1."); },
-     {"versions[1] is \"v1.\", it must be like v1.2"}},
-    {"ApiVersionWithoutLetter", [](NMOS_IS04_ST& r) { set_text(r.versions[0], "1.2"); },
-     {"versions[0] is \"1.2\", it must be like v1.2"}},
-    {"ApiVersionWithMore", [](NMOS_IS04_ST& r) { set_text(r.versions[0], "v1.2/"); },
-     {"versions[0] is \"v1.2/\", it must be like v1.2"}},
-    {"EndpointHost", [](NMOS_IS04_ST& r) { set_text(r.endpoints[0].host, "192.0.2.256"); },
-     {"endpoints[0].host is \"192.0.2.256\", it must be an IPv4 address"}},
-    {"EndpointHostShort", [](NMOS_IS04_ST& r) { set_text(r.endpoints[0].host, "192.0.2"); },
-     {"endpoints[0].host is \"192.0.2\", it must be an IPv4 address"}},
-    {"EndpointHostLong", [](NMOS_IS04_ST& r) { set_text(r.endpoints[0].host, "192.0.2.1.1"); },
-     {"endpoints[0].host is \"192.0.2.1.1\", it must be an IPv4 address"}},
-    {"EndpointHostOctal", [](NMOS_IS04_ST& r) { set_text(r.endpoints[0].host, "192.0.2.010"); },
-     {"endpoints[0].host is \"192.0.2.010\", it must be an IPv4 address"}},
-    {"EndpointPortZero", [](NMOS_IS04_ST& r) { r.endpoints[0].port = 0; },
-     {"endpoints[0].port is 0, it must be a whole number from 1 to 65535"}},
-    {"EndpointPortAbove", [](NMOS_IS04_ST& r) { r.endpoints[1].port = 65536; },
-     {"endpoints[1].port is 65536, it must be a whole number from 1 to 65535"}},
-    {"EndpointPortWithFraction", [](NMOS_IS04_ST& r) { r.endpoints[0].port = 80.5; },
-     {"endpoints[0].port is 80.5, it must be a whole number from 1 to 65535"}},
+    TEXT("ApiVersion", versions[1], "v1.", api_version),
+    TEXT("ApiVersionWithoutLetter", versions[0], "1.2", api_version),
+    TEXT("ApiVersionWithMore", versions[0], "v1.2/", api_version),
+    TEXT("EndpointHost", endpoints[0].host, "192.0.2.256", ipv4),
+    TEXT("EndpointHostShort", endpoints[0].host, "192.0.2", ipv4),
+    TEXT("EndpointHostLong", endpoints[0].host, "192.0.2.1.1", ipv4),
+    TEXT("EndpointHostOctal", endpoints[0].host, "192.0.2.010", ipv4),
+    NUMBER("EndpointPortZero", endpoints[0].port, 0, port),
+    NUMBER("EndpointPortAbove", endpoints[1].port, 65536, port),
+    NUMBER("EndpointPortWithFraction", endpoints[0].port, 80.5, port),
     {"EndpointPortNan", [](NMOS_IS04_ST& r) {
          r.endpoints[1].port = std::numeric_limits<double>::quiet_NaN();
      }, {"endpoints[1].port is nan, it must be a whole number from 1 to 65535"}},
     {"EndpointPortInfinite", [](NMOS_IS04_ST& r) {
          r.endpoints[0].port = -std::numeric_limits<double>::infinity();
      }, {"endpoints[0].port is -inf, it must be a whole number from 1 to 65535"}},
-    {"EndpointProtocol", [](NMOS_IS04_ST& r) { set_text(r.endpoints[0].protocol, "HTTP"); },
-     {"endpoints[0].protocol is \"HTTP\", it must be one of: http, https"}},
-    {"EndpointProtocolList", [](NMOS_IS04_ST& r) { set_text(r.endpoints[0].protocol, "http, https"); },
-     {"endpoints[0].protocol is \"http, https\", it must be one of: http, https"}},
-    {"ClockName", [](NMOS_IS04_ST& r) { set_text(r.clocks[1].name, "clk"); },
-     {"clocks[1].name is \"clk\", it must be like clk0"}},
-    {"ClockNameTwice", [](NMOS_IS04_ST& r) { set_text(r.clocks[1].name, "clk0"); },
-     {"clocks[1].name is \"clk0\", clocks[0].name is the same"}},
-    {"ClockKind", [](NMOS_IS04_ST& r) { set_text(r.clocks[1].ref_type, "PTP"); },
-     {"clocks[1].ref_type is \"PTP\", it must be one of: internal, ptp"}},
-    {"PtpVersion", [](NMOS_IS04_ST& r) { set_text(r.clocks[0].version, "IEEE1588-2019"); },
-     {"clocks[0].version is \"IEEE1588-2019\", it must be one of: IEEE1588-2008"}},
-    {"PtpGrandmaster", [](NMOS_IS04_ST& r) { set_text(r.clocks[0].gmid, "00-00-5E-FF-FE-00-53-01"); },
-     {"clocks[0].gmid is \"00-00-5E-FF-FE-00-53-01\", it must be like 00-00-5e-ff-fe-00-53-01, in "
-      "lower case"}},
+    TEXT("EndpointProtocol", endpoints[0].protocol, "HTTP", protocols),
+    TEXT("EndpointProtocolList", endpoints[0].protocol, "http, https", protocols),
+    TEXT("ClockName", clocks[1].name, "clk", clock_name),
+    TEXT("ClockNameTwice", clocks[1].name, "clk0", "clocks[0].name is the same"),
+    TEXT("ClockKind", clocks[1].ref_type, "PTP", "it must be one of: internal, ptp"),
+    TEXT("PtpVersion", clocks[0].version, "IEEE1588-2019", "it must be one of: IEEE1588-2008"),
+    TEXT("PtpGrandmaster", clocks[0].gmid, "00-00-5E-FF-FE-00-53-01",
+         "it must be like 00-00-5e-ff-fe-00-53-01, in lower case"),
     {"OtherClockHasNoPtpMembers", [](NMOS_IS04_ST& r) {
          fill_whole(r.clocks[1].version, 'v');
          fill_whole(r.clocks[1].gmid, 'g');
@@ -383,30 +380,22 @@ const NodeCase node_fields[] = {
     {"ControlOfAnyScheme", [](NMOS_IS04_ST& r) {
          set_text(r.devices[0].controls[0].type, "x-a+b.c2:control");
      }, {}},
-    {"MediaTypeWithSpace", [](NMOS_IS04_ST& r) {
-         set_text(r.receivers[0].media_types[0], "video/ raw");
-     }, {"receivers[0].media_types[0] is \"video/ raw\", it must be a media type that begins with "
-         "video/"}},
-    {"ChassisId", [](NMOS_IS04_ST& r) { set_text(r.interfaces[0].chassis_id, ""); },
-     {"interfaces[0].chassis_id is \"\", it must be UTF-8 and not empty"}},
-    {"PortId", [](NMOS_IS04_ST& r) { set_text(r.interfaces[0].port_id, "00:00:5e:00:53:01"); },
-     {"interfaces[0].port_id is \"00:00:5e:00:53:01\", it must be like 00-00-5e-00-53-01, in lower "
-      "case"}},
+    TEXT("MediaTypeWithSpace", receivers[0].media_types[0], "video/ raw",
+         "it must be a media type that begins with video/"),
+    TEXT("ChassisId", interfaces[0].chassis_id, "", "it must be UTF-8 and not empty"),
+    TEXT("PortId", interfaces[0].port_id, "00:00:5e:00:53:01",
+         "it must be like 00-00-5e-00-53-01, in lower case"),
     {"InterfaceNameTwice", [](NMOS_IS04_ST& r) {
          set_text(r.interfaces[1].name, "eth0");
          for (auto& sender : r.senders) sender.interface_bindings_count = 1;
          for (auto& receiver : r.receivers) receiver.interface_bindings_count = 1;
      }, {"interfaces[1].name is \"eth0\", interfaces[0].name is the same"}},
-    {"SourceDevice", [](NMOS_IS04_ST& r) { set_text(r.sources[0].device_id, absent_id); },
-     {"sources[0].device_id is \"ab000000-0000-4000-8000-000000000000\", no device of the record "
-      "has this id"}},
+    TEXT("SourceDevice", sources[0].device_id, absent_id, known_device),
     {"SourceDeviceWithoutEnd", [](NMOS_IS04_ST& r) { fill_whole(r.sources[1].device_id, '0'); },
      {"sources[1].device_id is \"000000000000000000000000000000000000000000000000\"... (96 bytes), "
       "there is no NUL in its 96 bytes"}},
-    {"SourceClock", [](NMOS_IS04_ST& r) { set_text(r.sources[2].clock_name, "clk2"); },
-     {"sources[2].clock_name is \"clk2\", no clock of the record has this name"}},
-    {"SourceClockNull", [](NMOS_IS04_ST& r) { set_text(r.sources[2].clock_name, "null"); },
-     {"sources[2].clock_name is \"null\", it must be like clk0"}},
+    TEXT("SourceClock", sources[2].clock_name, "clk2", "no clock of the record has this name"),
+    TEXT("SourceClockNull", sources[2].clock_name, "null", clock_name),
     {"SourceClockBeyondTheCount", [](NMOS_IS04_ST& r) {
          r.clocks_count = 1;
          set_text(r.sources[0].clock_name, "clk1");
@@ -466,12 +455,11 @@ const NodeCase node_fields[] = {
          "flows[0].colorspace is \"\\xff\", it must be UTF-8",
          "flows[0].transfer_characteristic is \"SSSSSSSSSSSSSSSSSSSSSSSSSSSSSSSS\", there is no NUL "
          "in its 32 bytes"}},
-    {"FlowMediaTypeVideo", [](NMOS_IS04_ST& r) { set_text(r.flows[0].media_type, "audio/L24"); },
-     {"flows[0].media_type is \"audio/L24\", it must be a media type that begins with video/"}},
-    {"FlowMediaTypeAudio", [](NMOS_IS04_ST& r) { set_text(r.flows[1].media_type, "audio/"); },
-     {"flows[1].media_type is \"audio/\", it must be a media type that begins with audio/"}},
-    {"FlowMediaTypeData", [](NMOS_IS04_ST& r) { set_text(r.flows[2].media_type, "video/a/b"); },
-     {"flows[2].media_type is \"video/a/b\", it must be a media type"}},
+    TEXT("FlowMediaTypeVideo", flows[0].media_type, "audio/L24",
+         "it must be a media type that begins with video/"),
+    TEXT("FlowMediaTypeAudio", flows[1].media_type, "audio/",
+         "it must be a media type that begins with audio/"),
+    TEXT("FlowMediaTypeData", flows[2].media_type, "video/a/b", "it must be a media type"),
     {"FlowRatesOfVideo", [](NMOS_IS04_ST& r) {
          r.flows[0].bit_depth = -10;
          r.flows[0].grain_rate_denominator = 0;
@@ -498,17 +486,13 @@ const NodeCase node_fields[] = {
     {"FlowSource", [](NMOS_IS04_ST& r) { set_text(r.flows[1].source_id, clean_parts::flow_id(1)); },
      {"flows[1].source_id is \"f1000000-0000-4000-8000-000000000001\", no source of the record has "
       "this id"}},
-    {"FlowDevice", [](NMOS_IS04_ST& r) { set_text(r.flows[1].device_id, "none"); },
-     {"flows[1].device_id is \"none\", it must be a UUID in lower case"}},
-    {"DeviceKind", [](NMOS_IS04_ST& r) { set_text(r.devices[0].type, "urn:x-nmos:device:camera"); },
-     {"devices[0].type is \"urn:x-nmos:device:camera\", it must be one of: "
-      "urn:x-nmos:device:generic, urn:x-nmos:device:pipeline"}},
-    {"DeviceKindEmpty", [](NMOS_IS04_ST& r) { set_text(r.devices[0].type, ""); },
-     {"devices[0].type is \"\", it must be a URI"}},
+    TEXT("FlowDevice", flows[1].device_id, "none", uuid),
+    TEXT("DeviceKind", devices[0].type, "urn:x-nmos:device:camera",
+         "it must be one of: urn:x-nmos:device:generic, urn:x-nmos:device:pipeline"),
+    TEXT("DeviceKindEmpty", devices[0].type, "", uri),
     {"DeviceKindOfAMaker", [](NMOS_IS04_ST& r) { set_text(r.devices[0].type, "urn:x-maker:probe"); },
      {}},
-    {"DeviceNode", [](NMOS_IS04_ST& r) { set_text(r.devices[0].node_id, absent_id); },
-     {"devices[0].node_id is \"ab000000-0000-4000-8000-000000000000\", the node has another id"}},
+    TEXT("DeviceNode", devices[0].node_id, absent_id, "the node has another id"),
     {"DeviceSender", [](NMOS_IS04_ST& r) {
          set_text(r.devices[0].senders[5], clean_parts::receiver_id(5));
      }, {"devices[0].senders[5] is \"4e000000-0000-4000-8000-000000000005\", no sender of the record "
@@ -516,11 +500,9 @@ const NodeCase node_fields[] = {
     {"DeviceSenderBeyondTheCount", [](NMOS_IS04_ST& r) { r.senders_count = 5; },
      {"devices[0].senders[5] is \"5e000000-0000-4000-8000-000000000005\", no sender of the record "
       "has this id"}},
-    {"DeviceReceiver", [](NMOS_IS04_ST& r) { set_text(r.devices[0].receivers[23], absent_id); },
-     {"devices[0].receivers[23] is \"ab000000-0000-4000-8000-000000000000\", no receiver of the "
-      "record has this id"}},
-    {"DeviceReceiverEmpty", [](NMOS_IS04_ST& r) { set_text(r.devices[0].receivers[0], ""); },
-     {"devices[0].receivers[0] is \"\", it must be a UUID in lower case"}},
+    TEXT("DeviceReceiver", devices[0].receivers[23], absent_id,
+         "no receiver of the record has this id"),
+    TEXT("DeviceReceiverEmpty", devices[0].receivers[0], "", uuid),
     {"DeviceControl", [](NMOS_IS04_ST& r) {
          set_text(r.devices[0].controls[0].href, "/x-nmos/connection/v1.0/");
          set_text(r.devices[0].controls[0].type, "1urn:control");
@@ -529,36 +511,27 @@ const NodeCase node_fields[] = {
     {"SenderFlow", [](NMOS_IS04_ST& r) { set_text(r.senders[3].flow_id, clean_parts::flow_id(3)); },
      {"senders[3].flow_id is \"f1000000-0000-4000-8000-000000000003\", no flow of the record has "
       "this id"}},
-    {"SenderFlowNull", [](NMOS_IS04_ST& r) { set_text(r.senders[3].flow_id, "null"); },
-     {"senders[3].flow_id is \"null\", it must be a UUID in lower case"}},
+    TEXT("SenderFlowNull", senders[3].flow_id, "null", uuid),
     {"SenderTransport", [](NMOS_IS04_ST& r) {
          set_text(r.senders[3].transport, "urn:x-nmos:transport:udp");
      }, {"senders[3].transport is \"urn:x-nmos:transport:udp\", it must be one of: "
          "urn:x-nmos:transport:rtp, urn:x-nmos:transport:rtp.ucast, urn:x-nmos:transport:rtp.mcast, "
          "urn:x-nmos:transport:dash"}},
-    {"SenderDevice", [](NMOS_IS04_ST& r) { set_text(r.senders[0].device_id, absent_id); },
-     {"senders[0].device_id is \"ab000000-0000-4000-8000-000000000000\", no device of the record "
-      "has this id"}},
-    {"SenderManifest", [](NMOS_IS04_ST& r) { set_text(r.senders[0].manifest_href, ""); },
-     {"senders[0].manifest_href is \"\", it must be a URL that begins with http:// or https://"}},
-    {"SenderInterface", [](NMOS_IS04_ST& r) { set_text(r.senders[0].interface_bindings[1], "eth2"); },
-     {"senders[0].interface_bindings[1] is \"eth2\", no interface of the record has this name"}},
-    {"SenderSubscription", [](NMOS_IS04_ST& r) { set_text(r.senders[0].subscription[0].peer_id, "NULL"); },
-     {"senders[0].subscription[0].peer_id is \"NULL\", it must be a UUID in lower case or \"null\""}},
+    TEXT("SenderDevice", senders[0].device_id, absent_id, known_device),
+    TEXT("SenderManifest", senders[0].manifest_href, "", http_url),
+    TEXT("SenderInterface", senders[0].interface_bindings[1], "eth2",
+         "no interface of the record has this name"),
+    TEXT("SenderSubscription", senders[0].subscription[0].peer_id, "NULL", uuid_or_null),
     {"SenderSubscriptionElsewhere", [](NMOS_IS04_ST& r) {
          set_text(r.senders[0].subscription[0].peer_id, absent_id);
      }, {}},
-    {"ReceiverDevice", [](NMOS_IS04_ST& r) { set_text(r.receivers[9].device_id, absent_id); },
-     {"receivers[9].device_id is \"ab000000-0000-4000-8000-000000000000\", no device of the record "
-      "has this id"}},
-    {"ReceiverTransport", [](NMOS_IS04_ST& r) { set_text(r.receivers[9].transport, "rtp"); },
-     {"receivers[9].transport is \"rtp\", it must be a URI"}},
+    TEXT("ReceiverDevice", receivers[9].device_id, absent_id, known_device),
+    TEXT("ReceiverTransport", receivers[9].transport, "rtp", uri),
     {"ReceiverInterface", [](NMOS_IS04_ST& r) { fill_whole(r.receivers[9].interface_bindings[0], 'e'); },
      {"receivers[9].interface_bindings[0] is "
       "\"eeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeee\", there is no NUL in its "
       "64 bytes"}},
-    {"ReceiverSubscription", [](NMOS_IS04_ST& r) { set_text(r.receivers[9].subscription[0].peer_id, ""); },
-     {"receivers[9].subscription[0].peer_id is \"\", it must be a UUID in lower case or \"null\""}},
+    TEXT("ReceiverSubscription", receivers[9].subscription[0].peer_id, "", uuid_or_null),
     {"ReceiverFormat", [](NMOS_IS04_ST& r) { set_text(r.receivers[23].format, "urn:x-nmos:format:anc"); },
      {"receivers[23].format is \"urn:x-nmos:format:anc\", it must be one of: "
       "urn:x-nmos:format:video, urn:x-nmos:format:audio, urn:x-nmos:format:data, "
@@ -571,10 +544,8 @@ const NodeCase node_fields[] = {
          "receivers[4].media_types[0] is \"video/raw\", it must be a media type that begins with "
          "audio/",
          "receivers[20].media_types[0] is \"mmmmmmmmmmmmmmmm\", there is no NUL in its 16 bytes"}},
-    {"NanosecondsNegative", [](NMOS_IS04_ST& r) { r.version_nanoseconds = -1; },
-     {"version_nanoseconds is -1, it must be a whole number from 0 to 999999999"}},
-    {"NanosecondsAbove", [](NMOS_IS04_ST& r) { r.version_nanoseconds = 1000000000; },
-     {"version_nanoseconds is 1000000000, it must be a whole number from 0 to 999999999"}},
+    NUMBER("NanosecondsNegative", version_nanoseconds, -1, nanoseconds),
+    NUMBER("NanosecondsAbove", version_nanoseconds, 1000000000, nanoseconds),
 };
 
 /// Labels that are not UTF-8, or only nearly so, and some that are.
@@ -724,7 +695,7 @@ TEST_P(ConnectionStateFindings, AreNamed)
     EXPECT_EQ(check_record(*record), GetParam().findings);
 }
 
-const std::string needs_port = ", it must be a whole number from 1 to 65535";
+const std::string needs_port = std::string(", ") + port;
 const std::string needs_mode = ", it must be one of: activate_immediate, "
                                "activate_scheduled_absolute, activate_scheduled_relative, null";
 const std::string needs_time_or_null =
@@ -732,12 +703,9 @@ const std::string needs_time_or_null =
 
 // clang-format off
 const ConnectionCase connection_fields[] = {
-    {"LegsNone", [](NMOS_IS05_ST& r) { r.senders[0].active.leg_count = 0; },
-     {"senders[0].active.leg_count is 0, at least 1 is needed"}},
-    {"LegsNegative", [](NMOS_IS05_ST& r) { r.receivers[23].staged.leg_count = -4; },
-     {"receivers[23].staged.leg_count is -4, at least 1 is needed"}},
-    {"LegsAbove", [](NMOS_IS05_ST& r) { r.senders[5].staged.leg_count = 3; },
-     {"senders[5].staged.leg_count is 3, at most 2 are allowed"}},
+    NUMBER("LegsNone", senders[0].active.leg_count, 0, one_needed),
+    NUMBER("LegsNegative", receivers[23].staged.leg_count, -4, one_needed),
+    NUMBER("LegsAbove", senders[5].staged.leg_count, 3, "at most 2 are allowed"),
     {"UnusedLegOfASenderCleared", [](NMOS_IS05_ST& r) {
          r.senders[0].staged.leg_count = 1;
          r.senders[0].active.leg_count = 1;
@@ -771,12 +739,9 @@ const ConnectionCase connection_fields[] = {
          std::memset(&r.receivers[0].staged.transport_params[1], 0xFF,
                      sizeof r.receivers[0].staged.transport_params[1]);
      }, {}},
-    {"PeerId", [](NMOS_IS05_ST& r) { set_text(r.senders[1].staged.peer_id, ""); },
-     {"senders[1].staged.peer_id is \"\", it must be a UUID in lower case or \"null\""}},
-    {"PeerIdUpperCase", [](NMOS_IS05_ST& r) {
-         set_text(r.receivers[1].active.peer_id, "AB000000-0000-4000-8000-000000000000");
-     }, {"receivers[1].active.peer_id is \"AB000000-0000-4000-8000-000000000000\", it must be a UUID "
-         "in lower case or \"null\""}},
+    TEXT("PeerId", senders[1].staged.peer_id, "", uuid_or_null),
+    TEXT("PeerIdUpperCase", receivers[1].active.peer_id, "AB000000-0000-4000-8000-000000000000",
+         uuid_or_null),
     {"PeerIdOfAnyPeer", [](NMOS_IS05_ST& r) { set_text(r.receivers[1].active.peer_id, absent_id); },
      {}},
     {"Mode", [](NMOS_IS05_ST& r) { set_text(r.senders[0].staged.mode, "activate"); },
@@ -821,10 +786,8 @@ const ConnectionCase connection_fields[] = {
          set_text(r.receivers[0].staged.transport_file_data, "v=0\r\n");
      }, {"receivers[0].staged.transport_file_type is \"null\", \"null\" must stand in both "
          "transport_file_data and this field or in none"}},
-    {"TransportFileOfType", [](NMOS_IS05_ST& r) {
-         set_text(r.receivers[0].staged.transport_file_type, "application/sdp");
-     }, {"receivers[0].staged.transport_file_type is \"application/sdp\", \"null\" must stand in "
-         "both transport_file_data and this field or in none"}},
+    TEXT("TransportFileOfType", receivers[0].staged.transport_file_type, "application/sdp",
+         "\"null\" must stand in both transport_file_data and this field or in none"),
     {"TransportFile", [](NMOS_IS05_ST& r) {
          set_text(r.receivers[0].staged.transport_file_data, "v=0\r\n");
          set_text(r.receivers[0].staged.transport_file_type, "application/sdp");
@@ -1128,5 +1091,8 @@ TEST(SystemParameterCheck, ArbitraryBytesAreNeverReadOutside)
     check_arbitrary_bytes<st_param_sys>(300);
     check_equal_bytes<st_param_sys>();
 }
+
+#undef NUMBER
+#undef TEXT
 
 } // namespace
