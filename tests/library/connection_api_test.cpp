@@ -404,6 +404,7 @@ TEST(ConnectionApiConstraints, ReadNeitherRecordNorIndex)
     const std::string sender = api.make_single_senderid_constraints(nullptr, 0, &leg1, &leg2);
     const std::string receiver = api.make_single_receiverid_constraints(nullptr, 0, &leg1, &leg2);
     for (const int index : {INT_MIN, -1, 0, 5, 6, 24, INT_MAX}) {
+        SCOPED_TRACE(index);
         EXPECT_EQ(api.make_single_senderid_constraints(nullptr, index, &leg1, &leg2), sender);
         EXPECT_EQ(api.make_single_senderid_constraints(state.get(), index, &leg1, &leg2), sender);
         EXPECT_EQ(api.make_single_receiverid_constraints(nullptr, index, &leg1, &leg2), receiver);

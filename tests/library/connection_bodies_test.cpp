@@ -453,6 +453,7 @@ TEST(ReceiverBodies, PrintAnyFinitePort)
     auto& half = state->receivers[0].active;
     half.leg_count = 2;
     for (const auto& [port, text] : port_texts) {
+        SCOPED_TRACE(text);
         half.transport_params[0].destination_port = 1;
         half.transport_params[1].destination_port = port;
         EXPECT_EQ(ConnectionApi().make_single_receiverid_active(state.get(), 0),
@@ -470,6 +471,7 @@ TEST(ReceiverBodies, RefuseAPortThatIsNotFinite)
     receiver.staged.leg_count = receiver.active.leg_count = 2;
     for (int leg = 0; leg < 2; ++leg) {
         for (const double port : not_finite) {
+            SCOPED_TRACE(port);
             receiver.staged.transport_params[leg].destination_port = port;
             EXPECT_EQ(overflow_text([&] {
                           static_cast<void>(
@@ -555,6 +557,7 @@ TEST(ReceiverBodies, ReachEveryReceiverOfALargerRecord)
 {
     StateOfOtherSize state(65);
     for (const int index : {23, 24, 25, 64}) {
+        SCOPED_TRACE(index);
         auto& receiver = state.receiver(static_cast<std::size_t>(index));
         fill_null(receiver.staged);
         fill_null(receiver.active);
@@ -587,6 +590,7 @@ TEST(ReceiverBodies, NeedNoMoreReceiversThanTheOneAskedFor)
 TEST(ReceiverBodies, RefuseANegativeIndexBeforeTheyRead)
 {
     for (const int index : {-1, -24, INT_MIN}) {
+        SCOPED_TRACE(index);
         EXPECT_THAT(
             out_of_range_text([&] {
                 static_cast<void>(ConnectionApi().make_single_receiverid_staged(nullptr, index));
@@ -812,6 +816,7 @@ TEST(SenderBodies, PrintAnyFinitePort)
                     {R"("source_port":0)", R"("source_port":)" + source}}));
     };
     for (const auto& [port, text] : port_texts) {
+        SCOPED_TRACE(text);
         sender.staged.transport_params[0].destination_port = port;
         sender.active.transport_params[0].destination_port = 1;
         EXPECT_EQ(ConnectionApi().make_single_senderid_staged(state.get(), 0),
@@ -838,6 +843,7 @@ TEST(SenderBodies, RefuseAPortThatIsNotFinite)
     };
     for (int leg = 0; leg < 2; ++leg) {
         for (const double port : not_finite) {
+            SCOPED_TRACE(port);
             // The active body shows the staged port too, as its source port.
             sender.staged.transport_params[leg].destination_port = port;
             EXPECT_EQ(overflow_text(make_staged), "");
@@ -885,6 +891,7 @@ TEST(SenderBodies, ReadTheSenderOfTheIndex)
 TEST(SenderBodies, RefuseAnIndexOutsideTheSendersBeforeTheyRead)
 {
     for (const int index : {-1, 6, 7, 24, INT_MIN, INT_MAX}) {
+        SCOPED_TRACE(index);
         EXPECT_THAT(
             out_of_range_text([&] {
                 static_cast<void>(ConnectionApi().make_single_senderid_staged(nullptr, index));

@@ -169,7 +169,7 @@ TEST(JsonWriter, OnlyTheExactWordNullIsNull)
             JsonWriter json(text);
             json.string_or_null(field);
         }
-        EXPECT_EQ(text.take(), expected.json);
+        EXPECT_EQ(text.take(), expected.json) << expected.text;
     }
 }
 

@@ -130,6 +130,7 @@ Texts all_texts()
     add("flow registrations", registration.make_resource_flows(rec.get()));
     add("version", rec->version);
     for (const char* port : {"80.5", "80,5", "1.234", "1,234", "1.234.567", " 8e-1", "1e400"}) {
+        SCOPED_TRACE(port);
         registration.update_ipAddress(rec.get(), "10.0.0.5", port);
         // By its bits: infinity has no body.
         char bits[64];

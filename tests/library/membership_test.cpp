@@ -112,7 +112,8 @@ TEST(ReceiverMembership, AlwaysShowsVideo)
     for (const int video_only : {0, 1, -1})
         for (const int mode : {-1, 0, 1, 2, 3})
             for (const int position : {17, 18, 19, 20})
-                EXPECT_EQ(nmos.is_insert_node_receivers(video_only, mode, position), 1);
+                EXPECT_EQ(nmos.is_insert_node_receivers(video_only, mode, position), 1)
+                    << video_only << ' ' << mode << ' ' << position;
 }
 
 TEST(Membership, DoesNotDependOnTheObject)

@@ -156,6 +156,7 @@ TEST(NmosMembers, PortAndProtocolAreStoredAsTheyAre)
 {
     Nmos nmos;
     for (const int value : {0, 1, 2, 80, 8080, 65535, 65536, -1, INT_MIN, INT_MAX}) {
+        SCOPED_TRACE(value);
         nmos.update_txt_port_number(value);
         EXPECT_EQ(nmos.port, value);
         EXPECT_EQ(nmos.ver_slf, 0);

@@ -27,6 +27,7 @@ using ::testing::ElementsAre;
 TEST(NodeApiCounts, OfZeroOrLessAreNoEntriesInLists)
 {
     for (const int count : no_entries) {
+        SCOPED_TRACE(count);
         const auto rec = example_node();
         rec->sources_count = rec->flows_count = rec->devices_count = rec->senders_count =
             rec->receivers_count = count;
@@ -41,6 +42,7 @@ TEST(NodeApiCounts, OfZeroOrLessAreNoEntriesInLists)
 TEST(NodeApiCounts, OfZeroOrLessAreNoEntriesInTheNode)
 {
     for (const int count : no_entries) {
+        SCOPED_TRACE(count);
         const auto rec = example_node();
         rec->versions_count = rec->endpoints_count = rec->clocks_count = rec->interfaces_count =
             count;
@@ -55,6 +57,7 @@ TEST(NodeApiCounts, OfZeroOrLessAreNoEntriesInTheNode)
 TEST(NodeApiCounts, OfZeroOrLessAreNoEntriesInResources)
 {
     for (const int count : no_entries) {
+        SCOPED_TRACE(count);
         const auto rec = example_node();
         rec->devices[0].receiver_ids_count = rec->devices[0].sender_ids_count =
             rec->devices[0].controls_count = count;
@@ -204,6 +207,7 @@ TEST(NodeApiIndexes, DoNotMatterToSourceFlowAndSenderWhenThereIsNone)
     const auto rec = example_node();
     rec->sources_count = rec->flows_count = rec->senders_count = 0;
     for (const int index : {INT_MIN, -1, 0, 1, 4, 6, INT_MAX}) {
+        SCOPED_TRACE(index);
         EXPECT_EQ(NodeApi().make_sourceid(rec.get(), index), "{}");
         EXPECT_EQ(NodeApi().make_flowid(rec.get(), index), "{}");
         EXPECT_EQ(NodeApi().make_senderid(rec.get(), index), "{}");
@@ -214,6 +218,7 @@ TEST(NodeApiIndexes, GetTheirBodyWhenTheCountIsNegative)
 {
     const auto rec = example_node();
     for (const int count : {-1, INT_MIN}) {
+        SCOPED_TRACE(count);
         rec->sources_count = rec->flows_count = rec->senders_count = count;
         EXPECT_EQ(NodeApi().make_sourceid(rec.get(), 1), example_texts::source_1_escaped);
         EXPECT_EQ(NodeApi().make_flowid(rec.get(), 1), example_texts::flow_1_plain);

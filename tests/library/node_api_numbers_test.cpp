@@ -69,6 +69,7 @@ TEST(NodeApiNumbers, AreWrittenInFullOrWithSeventeenDigits)
     rec->endpoints_count = 1;
     rec->flows_count = 2;
     for (const auto& [value, text] : table) {
+        SCOPED_TRACE(text);
         rec->endpoints[0].port = value;
         EXPECT_THAT(NodeApi().make_self(rec.get()),
                     HasSubstr(std::string(R"("port":)") + text + R"(,"protocol")"));
@@ -81,6 +82,7 @@ TEST(NodeApiNumbers, AreWrittenInFullOrWithSeventeenDigits)
 TEST(NodeApiNumbers, AnEndpointPortThatIsNotFiniteThrowsWithoutText)
 {
     for (const double port : not_finite) {
+        SCOPED_TRACE(port);
         const auto rec = example_node();
         rec->endpoints[0].port = port;
         EXPECT_EQ(overflow_text([&] { NodeApi().make_self(rec.get()); }), "");
@@ -90,6 +92,7 @@ TEST(NodeApiNumbers, AnEndpointPortThatIsNotFiniteThrowsWithoutText)
 TEST(NodeApiNumbers, APortThatIsNotFiniteThrowsAlsoInAnEndpointThatIsNotShown)
 {
     for (const double port : not_finite) {
+        SCOPED_TRACE(port);
         const auto rec = example_node();
         rec->endpoints[2].port = port;
         EXPECT_EQ(overflow_text([&] { NodeApi().make_self(rec.get()); }), "");
@@ -111,21 +114,23 @@ TEST(NodeApiNumbers, AFlowNumberThatIsWrittenMustBeFinite)
     struct Case
     {
         int flow;
+        const char* name;
         double FLOW_IS04_ST::*number;
     };
     const Case written[] = {
-        {0, &FLOW_IS04_ST::frame_width},
-        {0, &FLOW_IS04_ST::frame_height},
-        {0, &FLOW_IS04_ST::bit_depth},
-        {0, &FLOW_IS04_ST::grain_rate_denominator},
-        {0, &FLOW_IS04_ST::grain_rate_numerator},
-        {1, &FLOW_IS04_ST::bit_depth},
-        {1, &FLOW_IS04_ST::grain_rate_denominator},
-        {1, &FLOW_IS04_ST::grain_rate_numerator},
-        {1, &FLOW_IS04_ST::sample_rate_numerator},
+        {0, "frame_width", &FLOW_IS04_ST::frame_width},
+        {0, "frame_height", &FLOW_IS04_ST::frame_height},
+        {0, "bit_depth", &FLOW_IS04_ST::bit_depth},
+        {0, "grain_rate_denominator", &FLOW_IS04_ST::grain_rate_denominator},
+        {0, "grain_rate_numerator", &FLOW_IS04_ST::grain_rate_numerator},
+        {1, "bit_depth", &FLOW_IS04_ST::bit_depth},
+        {1, "grain_rate_denominator", &FLOW_IS04_ST::grain_rate_denominator},
+        {1, "grain_rate_numerator", &FLOW_IS04_ST::grain_rate_numerator},
+        {1, "sample_rate_numerator", &FLOW_IS04_ST::sample_rate_numerator},
     };
     for (const Case& one : written) {
         for (const double value : not_finite) {
+            SCOPED_TRACE(testing::Message() << one.name << ' ' << one.flow << ' ' << value);
             const auto rec = example_node();
             rec->flows[one.flow].*one.number = value;
             EXPECT_EQ(overflow_text([&] { NodeApi().make_flowid(rec.get(), one.flow); }), "");
@@ -138,6 +143,7 @@ TEST(NodeApiNumbers, AFlowNumberThatIsWrittenMustBeFinite)
 TEST(NodeApiNumbers, AFlowNumberThatIsNotWrittenMayBeAnything)
 {
     for (const double value : not_finite) {
+        SCOPED_TRACE(value);
         const auto rec = example_node();
         rec->flows[0].sample_rate_numerator = value;
         rec->flows[1].frame_width = value;

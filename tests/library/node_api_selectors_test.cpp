@@ -96,7 +96,8 @@ TEST(NodeApiSenders, ShowWhatTheSelectorLetsThrough)
     EXPECT_THAT(ids_in(NodeApi().make_senders(rec.get(), 0)), ElementsAre("0", "4", "5"));
     for (const int all : {1, 2, -1, INT_MIN, INT_MAX})
         EXPECT_THAT(ids_in(NodeApi().make_senders(rec.get(), all)),
-                    ElementsAre("0", "1", "2", "3", "4", "5"));
+                    ElementsAre("0", "1", "2", "3", "4", "5"))
+            << all;
     rec->senders_count = 4;
     EXPECT_THAT(ids_in(NodeApi().make_senders(rec.get(), 0)), ElementsAre("0"));
 }
@@ -153,6 +154,7 @@ TEST(NodeApiDevices, ListTheSenderIdsThatTheSelectorLetsThrough)
     EXPECT_THAT(list_in(NodeApi().make_devices(rec.get(), 0, 0, 0), "senders"),
                 ElementsAre("0", "4", "5"));
     for (const int all : {1, 2, -1, INT_MIN, INT_MAX}) {
+        SCOPED_TRACE(all);
         EXPECT_THAT(list_in(NodeApi().make_deviceid(rec.get(), 0, 0, 0, all), "senders"),
                     ElementsAre("0", "1", "2", "3", "4", "5"));
         EXPECT_THAT(list_in(NodeApi().make_devices(rec.get(), 0, 0, all), "senders"),

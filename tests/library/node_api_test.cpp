@@ -257,6 +257,7 @@ TEST(NodeApiSelf, HasTheFirstEndpointAlone)
 {
     const auto rec = example_node();
     for (const int count : {1, 2, 3, 26}) {
+        SCOPED_TRACE(count);
         rec->endpoints_count = count;
         EXPECT_THAT(NodeApi().make_self(rec.get()),
                     StartsWith(R"({"api":{"endpoints":[{"host":"192.0.2.10","port":3212,)"
@@ -268,6 +269,7 @@ TEST(NodeApiSelf, HasNoEndpointsMemberWithoutEndpoints)
 {
     const auto rec = example_node();
     for (const int count : no_entries) {
+        SCOPED_TRACE(count);
         rec->endpoints_count = count;
         EXPECT_THAT(NodeApi().make_self(rec.get()),
                     StartsWith(R"({"api":{"versions":["v1.1/","v1.2/"]},"caps":{},)"));
@@ -382,7 +384,8 @@ TEST(NodeApiSources, HaveChannelsInEntryOneAlone)
                 StartsWith(R"({"caps":{},"channels":[{"label":""}],"clock_name":)"));
     for (const int index : {0, 2, 3})
         EXPECT_THAT(NodeApi().make_sourceid(rec.get(), index),
-                    StartsWith(R"({"caps":{},"clock_name":)"));
+                    StartsWith(R"({"caps":{},"clock_name":)"))
+            << index;
 }
 
 TEST(NodeApiSources, AreAsManyAsTheCountSays)
@@ -435,6 +438,7 @@ TEST(NodeApiSubscription, OfAReceiverIsItsFirstEntry)
     set_text(receiver.subscription[0].peer_id, "null");
     receiver.subscription[0].active = 0;
     for (const int count : {1, 2, 10}) {
+        SCOPED_TRACE(count);
         receiver.subscription_count = count;
         EXPECT_THAT(NodeApi().make_receiverid(rec.get(), 5),
                     HasSubstr(R"("subscription":{"active":false,"sender_id":null},)"));
@@ -459,6 +463,7 @@ TEST(NodeApiSubscription, OfASenderAndATargetIsItsFirstEntry)
     set_text(sender.subscription[0].peer_id, "null");
     sender.subscription[0].active = 0;
     for (const int count : {1, 2, 9}) {
+        SCOPED_TRACE(count);
         sender.subscription_count = count;
         const auto first = HasSubstr(R"("subscription":{"active":false,"receiver_id":null},)");
         EXPECT_THAT(NodeApi().make_senderid(rec.get(), 0), first);
@@ -480,6 +485,7 @@ TEST(NodeApiSubscription, HasNullOnlyForExactlyNull)
     rec->senders[0].subscription_count = 1;
     rec->receivers[0].subscription_count = 1;
     for (const std::string peer : not_quite_null) {
+        SCOPED_TRACE(peer);
         set_text(rec->senders[0].subscription[0].peer_id, peer);
         set_text(rec->receivers[0].subscription[0].peer_id, peer);
         EXPECT_THAT(NodeApi().make_senderid(rec.get(), 0),
@@ -509,6 +515,7 @@ TEST(NodeApiTarget, HasNullOnlyForExactlyNullAndEachFieldAlone)
         return R"("device_id":")" + text + R"(","flow_id":")" + text + R"(","id":")" + text + "\",";
     };
     for (const std::string text : not_quite_null) {
+        SCOPED_TRACE(text);
         set_text(sender->id, text);
         set_text(sender->flow_id, text);
         set_text(sender->device_id, text);

@@ -412,6 +412,7 @@ TEST(NodeApiLongTexts, OfFullListsAreWhole)
 TEST(NodeApiLongTexts, OfListsWithOneLongEntryAreWhole)
 {
     for (const std::size_t full : {0u, 1u, 11u, 22u, 23u}) {
+        SCOPED_TRACE(full);
         const auto rec = empty_node();
         rec->receivers_count = 24;
         const std::string long_receiver = fill_receiver(rec->receivers[full]);

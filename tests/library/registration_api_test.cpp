@@ -272,6 +272,7 @@ TEST(RegistrationApiCounts, OfZeroOrLessAreEmptyLists)
 {
     RegistrationApi api;
     for (const int count : {0, -1, INT_MIN}) {
+        SCOPED_TRACE(count);
         const auto rec = example_node();
         rec->sources_count = rec->flows_count = rec->devices_count = rec->senders_count =
             rec->receivers_count = count;
@@ -287,6 +288,7 @@ TEST(RegistrationApiCounts, AboveTheCapacityAreTheCapacity)
 {
     RegistrationApi api;
     for (const int more : {1, 1000, INT_MAX - 24}) {
+        SCOPED_TRACE(more);
         const auto rec = example_node();
         rec->sources_count = 4 + more;
         EXPECT_EQ(api.make_resource_sources(rec.get()),
@@ -326,6 +328,7 @@ TEST(RegistrationApiCounts, InResourcesAreBounded)
     const std::string sender_body = api.make_resource_senderid(full.get(), 5);
     const std::string receiver_body = api.make_resource_receiverid(full.get(), 23);
     for (const int more : {1, 1000, INT_MAX - 24}) {
+        SCOPED_TRACE(more);
         device.receiver_ids_count = 24 + more;
         device.sender_ids_count = 6 + more;
         device.controls_count = 8 + more;
@@ -345,6 +348,7 @@ TEST(RegistrationApiCounts, DoNotMatterToASingleResource)
     using namespace example_texts;
     RegistrationApi api;
     for (const int count : {0, -1, INT_MIN}) {
+        SCOPED_TRACE(count);
         const auto rec = example_node();
         rec->sources_count = rec->flows_count = rec->devices_count = rec->senders_count =
             rec->receivers_count = count;
@@ -388,6 +392,7 @@ TEST(RegistrationApiNumbers, AFlowNumberThatIsWrittenMustBeFinite)
 {
     RegistrationApi api;
     for (const double value : not_finite) {
+        SCOPED_TRACE(value);
         for (const auto number :
              {&FLOW_IS04_ST::frame_width, &FLOW_IS04_ST::frame_height, &FLOW_IS04_ST::bit_depth,
               &FLOW_IS04_ST::grain_rate_denominator, &FLOW_IS04_ST::grain_rate_numerator}) {
@@ -410,7 +415,9 @@ TEST(RegistrationApiNumbers, AFlowNumberThatIsWrittenMustBeFinite)
 TEST(RegistrationApiNumbers, APortThatIsNotFiniteThrowsWhenTheVersionsAreRewritten)
 {
     for (const double port : not_finite) {
+        SCOPED_TRACE(port);
         for (const int endpoint : {0, 2}) {
+            SCOPED_TRACE(endpoint);
             const auto rec = example_node();
             rec->endpoints[endpoint].port = port;
             EXPECT_EQ(overflow_text([&] { RegistrationApi().make_resource_node(rec.get()); }), "");
@@ -486,6 +493,7 @@ TEST(RegistrationApiNode, HasTheFirstEndpointAloneOrNone)
                 StartsWith(R"({"data":{"api":{"endpoints":[{"host":"192.0.2.10","port":3212,)"
                            R"("protocol":"http"}],"versions":["v1.1/","v1.2/"]},"caps":{},)"));
     for (const int count : {0, -1}) {
+        SCOPED_TRACE(count);
         rec->endpoints_count = count;
         EXPECT_THAT(
             RegistrationApi().make_resource_node(rec.get()),

@@ -88,6 +88,7 @@ TEST(RegistrationApiUpdateVersion, WritesEveryTime)
     };
     const auto rec = empty_node();
     for (const auto& [seconds, nanoseconds, text] : table) {
+        SCOPED_TRACE(text);
         rec->version_seconds = seconds;
         rec->version_nanoseconds = nanoseconds;
         RegistrationApi().update_version(rec.get());
@@ -136,6 +137,7 @@ TEST(RegistrationApiUpdateVersion, LeavesDevicesAndReceiversFromTheirCountOn)
 TEST(RegistrationApiUpdateVersion, StaysInsideTheRecordWhateverTheCounts)
 {
     for (const int more : {1, 1000, INT_MAX - 24}) {
+        SCOPED_TRACE(more);
         const auto rec = example_node();
         rec->devices_count = 4 + more;
         rec->receivers_count = 24 + more;
@@ -204,6 +206,7 @@ TEST(RegistrationApiUpdateIpAddress, OverwritesTheFirstFourBytesOfHref)
         {"", "http"},
     };
     for (const auto& [before, after] : table) {
+        SCOPED_TRACE(before);
         const auto rec = empty_node();
         set_text(rec->href, before);
         RegistrationApi().update_ipAddress(rec.get(), "10.0.0.5", "80");
@@ -229,6 +232,7 @@ TEST(RegistrationApiUpdateIpAddress, WithAShortAddressCopiesItsTextAndNul)
         {"2001:db8::1", "2001efghijklmnop"s}, {std::string(1000, 'z'), "zzzzefghijklmnop"s},
     };
     for (const auto& [ip, host] : table) {
+        SCOPED_TRACE(ip);
         const auto rec = empty_node();
         rec->endpoints_count = 1;
         std::memcpy(rec->endpoints[0].host, "abcdefghijklmnop", 16);
@@ -360,6 +364,7 @@ TEST(RegistrationApiUpdateIpAddress, LeavesANotFinitePortForTheNextBodyToRefuse)
         EXPECT_EQ(overflow_text([&] { NodeApi().make_self(rec.get()); }), "");
     }
     for (const char* text : {"inf", "-inf", "1e400"}) {
+        SCOPED_TRACE(text);
         const auto rec = example_node();
         RegistrationApi().update_ipAddress(rec.get(), "10.0.0.5", text);
         EXPECT_EQ(overflow_text([&] { RegistrationApi().make_resource_node(rec.get()); }), "");
@@ -369,6 +374,7 @@ TEST(RegistrationApiUpdateIpAddress, LeavesANotFinitePortForTheNextBodyToRefuse)
 TEST(RegistrationApiUpdateIpAddress, WithoutEndpointsRewritesHrefAlone)
 {
     for (const int count : {0, -1, INT_MIN}) {
+        SCOPED_TRACE(count);
         const auto rec = example_node();
         rec->endpoints_count = count;
         set_text(rec->href, "ftp://x/");
@@ -382,6 +388,7 @@ TEST(RegistrationApiUpdateIpAddress, WithoutEndpointsRewritesHrefAlone)
 TEST(RegistrationApiUpdateIpAddress, StaysInsideTheEndpointsWhateverTheCount)
 {
     for (const int count : {26, 27, 1000, INT_MAX}) {
+        SCOPED_TRACE(count);
         const auto rec = empty_node();
         const auto expected = empty_node();
         rec->endpoints_count = expected->endpoints_count = count;

@@ -70,7 +70,8 @@ TEST(ConvertCrlf, TurnsEachLineBreakIntoOneNewline)
         {"a\0b\r\n\0\n"s, "a\0b|\0|"s},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(ConnectionApi::convertCRLF(row.text, "|"), row.converted);
+        EXPECT_EQ(ConnectionApi::convertCRLF(row.text, "|"), row.converted)
+            << testing::PrintToString(row.text);
 }
 
 TEST(ConvertCrlf, InsertsAnyNewlineText)
@@ -225,6 +226,7 @@ TEST(SplitString, WritesNothingBehindTheTable)
 TEST(SplitString, NeedsNoTableForNoParts)
 {
     for (const int max_parts : {0, -1, INT_MIN}) {
+        SCOPED_TRACE(max_parts);
         int count = 99;
         EXPECT_EQ(ConnectionApi::split_string("a\nb", "\n", nullptr, max_parts, &count), 0);
         EXPECT_EQ(count, 0);

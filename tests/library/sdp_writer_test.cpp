@@ -434,12 +434,14 @@ TEST(SdpWriterPorts, AreRoundedAndPrintedInFull)
         {-infinity, "-inf"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
         const std::string port = row.text;
         const auto state = state_of(5);
         auto& legs = state->senders[5].active.transport_params;
         legs[0].destination_port = row.port;
         EXPECT_EQ(write_sdp(*state, 5), varied(ancillary, {{" 5004 ", " " + port + " "}}));
         for (const int index : {0, 4}) {
+            SCOPED_TRACE(index);
             const auto other = state_of(index);
             other->senders[index].active.transport_params[1].destination_port = row.port;
             EXPECT_THAT(write_sdp(*other, index),
@@ -513,6 +515,7 @@ TEST(SdpWriterTexts, EndAtTheirNul)
 TEST(SdpWriterIndex, OutsideTheSendersIsRefusedBeforeAnythingIsRead)
 {
     for (const int index : {-1, 6, 7, 24, INT_MIN, INT_MAX}) {
+        SCOPED_TRACE(index);
         EXPECT_THAT(out_of_range_text([&] {
                         static_cast<void>(
                             ConnectionApi().make_single_senderid_sdp(nullptr, index, nullptr));

@@ -164,6 +164,7 @@ TEST_F(ServiceFile, ShowsPortProtocolAndCounters)
 TEST_F(ServiceFile, WithAProtocolThatDoesNotExistSaysHttp)
 {
     for (const int protocol : {2, -1, INT_MIN, INT_MAX}) {
+        SCOPED_TRACE(protocol);
         Nmos nmos;
         nmos.update_txt_protocol(protocol);
         EXPECT_EQ(nmos.make_node_service(0, 0, 1), 0);
@@ -215,7 +216,9 @@ TEST_F(ServiceFile, ComesBackAfterItWasWithdrawn)
 TEST_F(ServiceFile, IgnoresTheFirstTwoArguments)
 {
     for (const unsigned int first : {0u, 1u, UINT_MAX}) {
+        SCOPED_TRACE(first);
         for (const int second : {0, 1, -1, INT_MIN, INT_MAX}) {
+            SCOPED_TRACE(second);
             EXPECT_EQ(Nmos().make_node_service(first, second, 1), 0);
             EXPECT_EQ(read_file(), fresh_service);
         }

@@ -360,32 +360,27 @@ TEST(ParameterDocument, ShowsPortsAsLowOrHighShifted)
         {255, -32768, "-8388353"},
         {-32768, -32768, "-32768"},
     };
+    const struct
+    {
+        const char* key;
+        std::int16_t* (*bytes)(st_param_sys& sys);
+    } ports[] = {
+        {"pri_video_dst_port", [](st_param_sys& sys) { return sys.pri_video_dst_port[0]; }},
+        {"sec_video_dst_port", [](st_param_sys& sys) { return sys.sec_video_dst_port; }},
+        {"pri_audio_dst_port", [](st_param_sys& sys) { return sys.pri_audio_dst_port[0]; }},
+        {"sec_audio_dst_port", [](st_param_sys& sys) { return sys.sec_audio_dst_port; }},
+        {"pri_anc_dst_port", [](st_param_sys& sys) { return sys.pri_anc_dst_port[0]; }},
+        {"sec_anc_dst_port", [](st_param_sys& sys) { return sys.sec_anc_dst_port[0]; }},
+    };
     for (const auto& [low, high, port] : table) {
         st_param_sys sys = {};
-        sys.pri_video_dst_port[0][0] = low;
-        sys.pri_video_dst_port[0][1] = high;
-        EXPECT_THAT(Nmos().make_param_json(&sys, 0),
-                    HasSubstr(std::string(R"("pri_video_dst_port":)") + port + ","));
-        sys.sec_video_dst_port[0] = low;
-        sys.sec_video_dst_port[1] = high;
-        EXPECT_THAT(Nmos().make_param_json(&sys, 0),
-                    HasSubstr(std::string(R"("sec_video_dst_port":)") + port + ","));
-        sys.pri_audio_dst_port[0][0] = low;
-        sys.pri_audio_dst_port[0][1] = high;
-        EXPECT_THAT(Nmos().make_param_json(&sys, 0),
-                    HasSubstr(std::string(R"("pri_audio_dst_port":)") + port + ","));
-        sys.sec_audio_dst_port[0] = low;
-        sys.sec_audio_dst_port[1] = high;
-        EXPECT_THAT(Nmos().make_param_json(&sys, 0),
-                    HasSubstr(std::string(R"("sec_audio_dst_port":)") + port + ","));
-        sys.pri_anc_dst_port[0][0] = low;
-        sys.pri_anc_dst_port[0][1] = high;
-        EXPECT_THAT(Nmos().make_param_json(&sys, 0),
-                    HasSubstr(std::string(R"("pri_anc_dst_port":)") + port + ","));
-        sys.sec_anc_dst_port[0][0] = low;
-        sys.sec_anc_dst_port[0][1] = high;
-        EXPECT_THAT(Nmos().make_param_json(&sys, 0),
-                    HasSubstr(std::string(R"("sec_anc_dst_port":)") + port + ","));
+        for (const auto& [key, bytes] : ports) {
+            bytes(sys)[0] = low;
+            bytes(sys)[1] = high;
+            EXPECT_THAT(Nmos().make_param_json(&sys, 0),
+                        HasSubstr(std::string(1, '"') + key + "\":" + port + ","))
+                << low << ' ' << high;
+        }
     }
 }
 
