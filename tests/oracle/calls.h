@@ -67,6 +67,21 @@ struct NodeOperation
     std::string (*of_oracle)(NMOS_IS04_ST&, const Arguments&);
 };
 
+/// The operation of that name in both, with the same arguments, given as members of `with`.
+// clang-format takes the # for a directive.
+// clang-format off
+#define NODE_OPERATION(api, operation, capacity, ...)                                              \
+    {                                                                                              \
+        #operation, capacity,                                                                      \
+        []([[maybe_unused]] auto& record, [[maybe_unused]] auto& with) {                           \
+            return api().operation(&record __VA_OPT__(,) __VA_ARGS__);                             \
+        },                                                                                         \
+        []([[maybe_unused]] auto& record, [[maybe_unused]] auto& with) {                           \
+            return oracle::operation(record __VA_OPT__(,) __VA_ARGS__);                            \
+        }                                                                                          \
+    }
+// clang-format on
+
 /// Puts this test's part of the run's records through a few of the operations each. Library and
 /// oracle work on a record of their own; afterwards the two must be equal in every byte, so an
 /// operation that only reads has changed nothing.

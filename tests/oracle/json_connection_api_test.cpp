@@ -23,28 +23,24 @@ struct ConnectionOperation
     std::string (*of_oracle)(NMOS_IS05_ST&, int);
 };
 
+// clang-format takes the # for a directive.
+// clang-format off
+#define CONNECTION_OPERATION(operation, of_receivers)                                              \
+    {                                                                                              \
+        #operation, of_receivers,                                                                  \
+        [](auto& state, int index) { return ConnectionApi().operation(&state, index); },           \
+        [](auto& state, int index) { return oracle::operation(state, index); }                     \
+    }
+// clang-format on
+
 constexpr ConnectionOperation connection_api[] = {
-    {"make_single_senderid_staged", false,
-     [](auto& state, int index) {
-         return ConnectionApi().make_single_senderid_staged(&state, index);
-     },
-     [](auto& state, int index) { return oracle::make_single_senderid_staged(state, index); }},
-    {"make_single_senderid_active", false,
-     [](auto& state, int index) {
-         return ConnectionApi().make_single_senderid_active(&state, index);
-     },
-     [](auto& state, int index) { return oracle::make_single_senderid_active(state, index); }},
-    {"make_single_receiverid_staged", true,
-     [](auto& state, int index) {
-         return ConnectionApi().make_single_receiverid_staged(&state, index);
-     },
-     [](auto& state, int index) { return oracle::make_single_receiverid_staged(state, index); }},
-    {"make_single_receiverid_active", true,
-     [](auto& state, int index) {
-         return ConnectionApi().make_single_receiverid_active(&state, index);
-     },
-     [](auto& state, int index) { return oracle::make_single_receiverid_active(state, index); }},
+    CONNECTION_OPERATION(make_single_senderid_staged, false),
+    CONNECTION_OPERATION(make_single_senderid_active, false),
+    CONNECTION_OPERATION(make_single_receiverid_staged, true),
+    CONNECTION_OPERATION(make_single_receiverid_active, true),
 };
+
+#undef CONNECTION_OPERATION
 
 TEST(JsonOracle, ConnectionApi)
 {
@@ -65,22 +61,9 @@ TEST(JsonOracle, ConnectionApi)
 }
 
 constexpr NodeOperation connection_listings[] = {
-    {"make_single_senders", 1,
-     [](auto& record, auto& with) {
-         return ConnectionApi().make_single_senders(&record, with.sender_filter != 0);
-     },
-     [](auto& record, auto& with) {
-         return oracle::make_single_senders(record, with.sender_filter != 0);
-     }},
-    {"make_single_receivers", 1,
-     [](auto& record, auto& with) {
-         return ConnectionApi().make_single_receivers(&record, with.receiver_filter,
-                                                      with.audio_group_filter);
-     },
-     [](auto& record, auto& with) {
-         return oracle::make_single_receivers(record, with.receiver_filter,
-                                              with.audio_group_filter);
-     }},
+    NODE_OPERATION(ConnectionApi, make_single_senders, 1, with.sender_filter != 0),
+    NODE_OPERATION(ConnectionApi, make_single_receivers, 1, with.receiver_filter,
+                   with.audio_group_filter),
 };
 
 TEST(IdListingsOracle, ConnectionApi)

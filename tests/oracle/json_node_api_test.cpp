@@ -16,52 +16,19 @@
 namespace {
 
 constexpr NodeOperation node_api[] = {
-    {"make_self", 1, [](auto& record, auto&) { return NodeApi().make_self(&record); },
-     [](auto& record, auto&) { return oracle::make_self(record); }},
-    {"make_sources", 1, [](auto& record, auto&) { return NodeApi().make_sources(&record); },
-     [](auto& record, auto&) { return oracle::make_sources(record); }},
-    {"make_sourceid", 4,
-     [](auto& record, auto& with) { return NodeApi().make_sourceid(&record, with.index); },
-     [](auto& record, auto& with) { return oracle::make_sourceid(record, with.index); }},
-    {"make_flows", 1, [](auto& record, auto&) { return NodeApi().make_flows(&record); },
-     [](auto& record, auto&) { return oracle::make_flows(record); }},
-    {"make_flowid", 4,
-     [](auto& record, auto& with) { return NodeApi().make_flowid(&record, with.index); },
-     [](auto& record, auto& with) { return oracle::make_flowid(record, with.index); }},
-    {"make_devices", 1,
-     [](auto& record, auto& with) {
-         return NodeApi().make_devices(&record, with.receiver_filter, with.audio_group_filter,
-                                       with.sender_filter);
-     },
-     [](auto& record, auto& with) {
-         return oracle::make_devices(record, with.receiver_filter, with.audio_group_filter,
-                                     with.sender_filter);
-     }},
-    {"make_deviceid", 4,
-     [](auto& record, auto& with) {
-         return NodeApi().make_deviceid(&record, with.index, with.receiver_filter,
-                                        with.audio_group_filter, with.sender_filter);
-     },
-     [](auto& record, auto& with) {
-         return oracle::make_deviceid(record, with.index, with.receiver_filter,
-                                      with.audio_group_filter, with.sender_filter);
-     }},
-    {"make_senders", 1,
-     [](auto& record, auto& with) { return NodeApi().make_senders(&record, with.sender_filter); },
-     [](auto& record, auto& with) { return oracle::make_senders(record, with.sender_filter); }},
-    {"make_senderid", 6,
-     [](auto& record, auto& with) { return NodeApi().make_senderid(&record, with.index); },
-     [](auto& record, auto& with) { return oracle::make_senderid(record, with.index); }},
-    {"make_receivers", 1,
-     [](auto& record, auto& with) {
-         return NodeApi().make_receivers(&record, with.receiver_filter, with.audio_group_filter);
-     },
-     [](auto& record, auto& with) {
-         return oracle::make_receivers(record, with.receiver_filter, with.audio_group_filter);
-     }},
-    {"make_receiverid", 24,
-     [](auto& record, auto& with) { return NodeApi().make_receiverid(&record, with.index); },
-     [](auto& record, auto& with) { return oracle::make_receiverid(record, with.index); }},
+    NODE_OPERATION(NodeApi, make_self, 1),
+    NODE_OPERATION(NodeApi, make_sources, 1),
+    NODE_OPERATION(NodeApi, make_sourceid, 4, with.index),
+    NODE_OPERATION(NodeApi, make_flows, 1),
+    NODE_OPERATION(NodeApi, make_flowid, 4, with.index),
+    NODE_OPERATION(NodeApi, make_devices, 1, with.receiver_filter, with.audio_group_filter,
+                   with.sender_filter),
+    NODE_OPERATION(NodeApi, make_deviceid, 4, with.index, with.receiver_filter,
+                   with.audio_group_filter, with.sender_filter),
+    NODE_OPERATION(NodeApi, make_senders, 1, with.sender_filter),
+    NODE_OPERATION(NodeApi, make_senderid, 6, with.index),
+    NODE_OPERATION(NodeApi, make_receivers, 1, with.receiver_filter, with.audio_group_filter),
+    NODE_OPERATION(NodeApi, make_receiverid, 24, with.index),
     {"make_receiverid_target", 1,
      [](auto& record, auto&) {
          SENDER_IS04_ST alone = record.senders[0]; // so that a memory checker sees its end

@@ -19,60 +19,19 @@
 namespace {
 
 constexpr NodeOperation registration_api[] = {
-    {"make_resource_node", 1,
-     [](auto& record, auto&) { return RegistrationApi().make_resource_node(&record); },
-     [](auto& record, auto&) { return oracle::make_resource_node(record); }},
-    {"make_resource_devices", 1,
-     [](auto& record, auto& with) {
-         return RegistrationApi().make_resource_devices(
-             &record, with.receiver_filter, with.audio_group_filter, with.sender_filter);
-     },
-     [](auto& record, auto& with) {
-         return oracle::make_resource_devices(record, with.receiver_filter, with.audio_group_filter,
-                                              with.sender_filter);
-     }},
-    {"make_resource_deviceid", 4,
-     [](auto& record, auto& with) {
-         return RegistrationApi().make_resource_deviceid(&record, with.index, with.receiver_filter,
-                                                         with.audio_group_filter,
-                                                         with.sender_filter);
-     },
-     [](auto& record, auto& with) {
-         return oracle::make_resource_deviceid(record, with.index, with.receiver_filter,
-                                               with.audio_group_filter, with.sender_filter);
-     }},
-    {"make_resource_sources", 1,
-     [](auto& record, auto&) { return RegistrationApi().make_resource_sources(&record); },
-     [](auto& record, auto&) { return oracle::make_resource_sources(record); }},
-    {"make_resource_sourceid", 4,
-     [](auto& record, auto& with) {
-         return RegistrationApi().make_resource_sourceid(&record, with.index);
-     },
-     [](auto& record, auto& with) { return oracle::make_resource_sourceid(record, with.index); }},
-    {"make_resource_flows", 1,
-     [](auto& record, auto&) { return RegistrationApi().make_resource_flows(&record); },
-     [](auto& record, auto&) { return oracle::make_resource_flows(record); }},
-    {"make_resource_flowid", 4,
-     [](auto& record, auto& with) {
-         return RegistrationApi().make_resource_flowid(&record, with.index);
-     },
-     [](auto& record, auto& with) { return oracle::make_resource_flowid(record, with.index); }},
-    {"make_resource_senders", 1,
-     [](auto& record, auto&) { return RegistrationApi().make_resource_senders(&record); },
-     [](auto& record, auto&) { return oracle::make_resource_senders(record); }},
-    {"make_resource_senderid", 6,
-     [](auto& record, auto& with) {
-         return RegistrationApi().make_resource_senderid(&record, with.index);
-     },
-     [](auto& record, auto& with) { return oracle::make_resource_senderid(record, with.index); }},
-    {"make_resource_receivers", 1,
-     [](auto& record, auto&) { return RegistrationApi().make_resource_receivers(&record); },
-     [](auto& record, auto&) { return oracle::make_resource_receivers(record); }},
-    {"make_resource_receiverid", 24,
-     [](auto& record, auto& with) {
-         return RegistrationApi().make_resource_receiverid(&record, with.index);
-     },
-     [](auto& record, auto& with) { return oracle::make_resource_receiverid(record, with.index); }},
+    NODE_OPERATION(RegistrationApi, make_resource_node, 1),
+    NODE_OPERATION(RegistrationApi, make_resource_devices, 1, with.receiver_filter,
+                   with.audio_group_filter, with.sender_filter),
+    NODE_OPERATION(RegistrationApi, make_resource_deviceid, 4, with.index, with.receiver_filter,
+                   with.audio_group_filter, with.sender_filter),
+    NODE_OPERATION(RegistrationApi, make_resource_sources, 1),
+    NODE_OPERATION(RegistrationApi, make_resource_sourceid, 4, with.index),
+    NODE_OPERATION(RegistrationApi, make_resource_flows, 1),
+    NODE_OPERATION(RegistrationApi, make_resource_flowid, 4, with.index),
+    NODE_OPERATION(RegistrationApi, make_resource_senders, 1),
+    NODE_OPERATION(RegistrationApi, make_resource_senderid, 6, with.index),
+    NODE_OPERATION(RegistrationApi, make_resource_receivers, 1),
+    NODE_OPERATION(RegistrationApi, make_resource_receiverid, 24, with.index),
 };
 
 TEST(JsonOracle, RegistrationApi)

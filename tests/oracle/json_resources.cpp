@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Members are added in the order in which these resources were always built; picojson sorts them.
+// Members are added in any order; picojson sorts them.
 
 #include "oracle/json_oracle.h"
 
@@ -29,6 +29,24 @@ picojson::value subscription(const SUBSCRIPTION_IS04_ST (&entries)[Capacity], in
         add(object, peer_key, string_or_null(entries[j].peer_id));
     }
     return picojson::value(object);
+}
+
+template <class Resource>
+void add_core(picojson::object& object, const Resource& resource)
+{
+    add(object, "id", string_of(resource.id));
+    add(object, "version", string_of(resource.version));
+    add(object, "label", string_of(resource.label));
+    add(object, "description", string_of(resource.description));
+}
+
+template <class Resource>
+void add_bindings(picojson::object& object, const Resource& resource, const char* peer_key)
+{
+    add(object, "interface_bindings",
+        valid_strings(resource.interface_bindings, resource.interface_bindings_count));
+    add(object, "subscription",
+        subscription(resource.subscription, resource.subscription_count, peer_key));
 }
 
 picojson::value rate(picojson::value numerator, picojson::value denominator)
@@ -131,10 +149,7 @@ picojson::value device(const DEVICE_IS04_ST& device, int receiver_filter, int au
                        int sender_filter, Tags tags)
 {
     picojson::object object;
-    add(object, "label", string_of(device.label));
-    add(object, "description", string_of(device.description));
-    add(object, "version", string_of(device.version));
-    add(object, "id", string_of(device.id));
+    add_core(object, device);
     add(object, "type", string_of(device.type));
     add(object, "node_id", string_of(device.node_id));
 
@@ -165,10 +180,7 @@ picojson::value source(const NMOS_IS04_ST& record, int index)
     check_index(index, 4);
     const SOURCE_IS04_ST& source = record.sources[index];
     picojson::object object;
-    add(object, "id", string_of(source.id));
-    add(object, "version", string_of(source.version));
-    add(object, "label", string_of(source.label));
-    add(object, "description", string_of(source.description));
+    add_core(object, source);
     add(object, "tags", empty_object());
     add(object, "caps", empty_object());
     add(object, "device_id", string_of(source.device_id));
@@ -190,10 +202,7 @@ picojson::value flow(const NMOS_IS04_ST& record, int index)
     check_index(index, 4);
     const FLOW_IS04_ST& flow = record.flows[index];
     picojson::object object;
-    add(object, "id", string_of(flow.id));
-    add(object, "version", string_of(flow.version));
-    add(object, "label", string_of(flow.label));
-    add(object, "description", string_of(flow.description));
+    add_core(object, flow);
     add(object, "tags", empty_object());
     add(object, "source_id", string_of(flow.source_id));
     add(object, "device_id", string_of(flow.device_id));
@@ -225,29 +234,20 @@ picojson::value flow(const NMOS_IS04_ST& record, int index)
 picojson::value sender(const SENDER_IS04_ST& sender)
 {
     picojson::object object;
-    add(object, "id", string_of(sender.id));
-    add(object, "version", string_of(sender.version));
-    add(object, "label", string_of(sender.label));
-    add(object, "description", string_of(sender.description));
+    add_core(object, sender);
     add(object, "tags", empty_object());
     add(object, "flow_id", string_of(sender.flow_id));
     add(object, "transport", string_of(sender.transport));
     add(object, "device_id", string_of(sender.device_id));
     add(object, "manifest_href", string_of(sender.manifest_href));
-    add(object, "interface_bindings",
-        valid_strings(sender.interface_bindings, sender.interface_bindings_count));
-    add(object, "subscription",
-        subscription(sender.subscription, sender.subscription_count, "receiver_id"));
+    add_bindings(object, sender, "receiver_id");
     return picojson::value(object);
 }
 
 picojson::value receiver(const RECEIVER_IS04_ST& receiver)
 {
     picojson::object object;
-    add(object, "label", string_of(receiver.label));
-    add(object, "description", string_of(receiver.description));
-    add(object, "version", string_of(receiver.version));
-    add(object, "id", string_of(receiver.id));
+    add_core(object, receiver);
     add(object, "format", string_of(receiver.format));
     add(object, "device_id", string_of(receiver.device_id));
     add(object, "transport", string_of(receiver.transport));
@@ -255,10 +255,7 @@ picojson::value receiver(const RECEIVER_IS04_ST& receiver)
     add(caps, "media_types", valid_strings(receiver.media_types, receiver.media_types_count));
     add(object, "caps", picojson::value(caps));
     add(object, "tags", empty_object());
-    add(object, "interface_bindings",
-        valid_strings(receiver.interface_bindings, receiver.interface_bindings_count));
-    add(object, "subscription",
-        subscription(receiver.subscription, receiver.subscription_count, "sender_id"));
+    add_bindings(object, receiver, "sender_id");
     return picojson::value(object);
 }
 
@@ -275,10 +272,7 @@ picojson::value receiver_target(const SENDER_IS04_ST& sender)
     add(object, "flow_id", string_or_null(sender.flow_id));
     add(object, "caps", empty_object());
     add(object, "tags", empty_object());
-    add(object, "interface_bindings",
-        valid_strings(sender.interface_bindings, sender.interface_bindings_count));
-    add(object, "subscription",
-        subscription(sender.subscription, sender.subscription_count, "receiver_id"));
+    add_bindings(object, sender, "receiver_id");
     return picojson::value(object);
 }
 

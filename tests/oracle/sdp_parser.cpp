@@ -142,7 +142,7 @@ private:
         const std::string address = rest_of(line, "IN IP4 ");
         if (is_address(address)) {
             out_.source_ip[leg_] = address;
-            found_on_leg(0x1);
+            found_on_leg(sdp_found_source_ip_leg0);
         } else {
             complain("IN IP4 %s is invalid source address.\n", address);
         }
@@ -155,7 +155,7 @@ private:
         const std::string address = value_of(line, "IN IP4 ", '/');
         if (is_address(address)) {
             out_.multicast_ip[leg_] = address;
-            found_on_leg(0x4);
+            found_on_leg(sdp_found_multicast_ip_leg0);
         } else {
             complain("IN IP4 %s is invalid multicast address.\n", address);
         }
@@ -169,7 +169,7 @@ private:
             const std::string port = value_of(line, kind, ' ');
             if (is_port(port)) {
                 out_.destination_port[leg_] = port;
-                found_on_leg(0x10);
+                found_on_leg(sdp_found_destination_port_leg0);
             } else {
                 complain("Destination Port %s is range over.\n", port);
             }
@@ -184,7 +184,7 @@ private:
         const std::string text = rest_of(line, key);
         if (is_payload_type(text)) {
             out_.rtp_payload_type = text;
-            found(0x40);
+            found(sdp_found_rtp_payload_type);
         } else {
             complain(complaint, text);
         }
@@ -211,11 +211,12 @@ private:
         if (has(line, "exactframerate="))
             frame_rate(value_of(line, "exactframerate=", ';'), has(line, "interlace"));
         one_of(line, "TCS=", {"SDR", "HLG", "PQ"}, "TCS= %s is no support parameter.\n", &out_.tcs,
-               0x1000);
+               sdp_found_tcs);
         one_of(line, "colorimetry=", {"BT709", "BT2020", "BT2100"},
-               "colorimetry: %s is no support parameter.\n", &out_.colorimetry, 0x400);
+               "colorimetry: %s is no support parameter.\n", &out_.colorimetry,
+               sdp_found_colorimetry);
         one_of(line, "PM=", {"2110GPM", "2110BPM", "2022-6"}, "PM= %s is no support parameter.\n",
-               &out_.packing_mode, 0x800);
+               &out_.packing_mode, sdp_found_packing_mode);
         one_of(line, "SSN=", {"ST2110-20:2017", "ST2110-30:2017", "ST2110-40:2017"},
                "SSN= %s is no support parameter.\n", nullptr, 0);
         one_of(line, "TP=", {"2110TPNL", "2110TPN", "2110TPW"}, "TP= %s is no support parameter.\n",
@@ -228,14 +229,14 @@ private:
         const std::string multicast = cut(line, start, ' ');
         if (is_address(multicast)) {
             out_.multicast_ip[leg_] = multicast;
-            found_on_leg(0x10); // the port's bit, not the address's
+            found_on_leg(sdp_found_destination_port_leg0); // the port's bit, not the address's
         } else {
             complain("incl IN IP4 %s is invalid multicast address.\n", multicast);
         }
         const std::string source = line.substr(start + multicast.size() + 1);
         if (is_address(source)) {
             out_.source_ip[leg_] = source;
-            found_on_leg(0x1);
+            found_on_leg(sdp_found_source_ip_leg0);
         } else {
             complain("incl IN IP4 %s is invalid source address.\n", source);
         }
@@ -246,7 +247,7 @@ private:
         if (sampling == "YCbCr-4:2:2" && depth == "10") {
             out_.sampling = sampling;
             out_.depth = depth;
-            found(0x80);
+            found(sdp_found_sampling_and_depth);
         } else {
             complain("(sampling= %s, depth= %s) is no support parameter.\n", sampling, depth);
         }
@@ -265,7 +266,7 @@ private:
         out_.width = width;
         out_.height = height;
         out_.size_interlaced = interlaced;
-        found(0x100);
+        found(sdp_found_size);
     }
 
     void size(const std::string& width, const std::string& height, bool interlaced)
@@ -327,7 +328,7 @@ private:
         if ((interlaced ? interlaced_rates : progressive_rates).contains(rate)) {
             out_.exactframerate = rate;
             out_.rate_interlaced = interlaced;
-            found(0x200);
+            found(sdp_found_exactframerate);
         } else {
             complain("exactframerate: %s is no support parameter.\n", rate);
         }
