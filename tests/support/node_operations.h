@@ -58,10 +58,11 @@ inline void expect_indexes_outside_throw(std::span<const IndexedOperation> opera
 {
     using testing::HasSubstr;
     const auto rec = example_node();
-    for (const auto& [name, last, call] : operations) {
+    for (const IndexedOperation& operation : operations) {
+        const int last = operation.last;
         for (const int index : {INT_MIN, -1, last + 1, last + 100, INT_MAX})
-            EXPECT_THAT(out_of_range_text([&] { call(rec.get(), index); }),
-                        testing::AllOf(HasSubstr(name), HasSubstr(std::to_string(index)),
+            EXPECT_THAT(out_of_range_text([&] { operation.call(rec.get(), index); }),
+                        testing::AllOf(HasSubstr(operation.name), HasSubstr(std::to_string(index)),
                                        HasSubstr("0 to " + std::to_string(last))));
     }
 }
