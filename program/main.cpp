@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// nmos-instrument: a virtual instrument around the library, through its public headers only.
+// nmos-instrument: a virtual instrument around the library, of which it includes the public headers
+// only.
 
 #include <exception>
 #include <iostream>
@@ -25,7 +26,7 @@ std::string version_text()
            std::to_string(NMOS_INSTRUMENT_VERSION_PATCH);
 }
 
-/// CLI11 would call it an argument that was not expected, and name no command.
+/// CLI11 would only call it an unexpected argument, without naming the commands that there are.
 bool is_unknown_command(const CLI::App& program, int argc, char** argv)
 {
     if (argc < 2 || argv[1][0] == '-' || argv[1][0] == '\0')
@@ -58,8 +59,8 @@ ExitStatus run(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? done : wrong_use;
     }
-    // Asked for by us: CLI11 would do so before it looks at a word that is no command, and never
-    // name that.
+    // We ask for the command ourselves: CLI11 would do so before it looks at a word that is not a
+    // command, and would never name that word.
     if (program.get_subcommands().empty()) {
         std::cerr << "A command is required\nRun with --help for more information.\n";
         return wrong_use;
@@ -73,7 +74,7 @@ int main(int argc, char** argv)
 {
     try {
         const ExitStatus status = run(argc, argv);
-        // A full disk or a closed pipe shows only now.
+        // A full disk or a closed pipe is noticed only here.
         if (!std::cout.flush()) {
             std::cerr << "standard output: cannot be written\n";
             return unreadable;

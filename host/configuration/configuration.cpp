@@ -23,14 +23,14 @@ std::string joined(const std::vector<std::string>& lines)
     return text;
 }
 
-/// What a key's default is can depend on another key.
+/// The default of a key can depend on another key.
 void set_dependent_defaults(const nlohmann::json& root, Configuration& configuration)
 {
     if (root.is_object() && root.contains("carriage") && root["carriage"] == "ST 2022-6")
         configuration.payload_types.video = st2022_6_payload_type;
 }
 
-/// Values that are right one by one and impossible together.
+/// Values that are right one by one but impossible together.
 void check_combinations(const Configuration& c, ConfigurationReader& reader)
 {
     if (c.video.scan == Scan::interlaced && c.video.lines != PictureSize::lines_1080)
@@ -51,8 +51,9 @@ void check_combinations(const Configuration& c, ConfigurationReader& reader)
             "found " + std::to_string(c.payload_types.video) +
                 " with ST 2022-6 carriage, allowed: " + std::to_string(st2022_6_payload_type));
     if (c.interfaces[0].name == c.interfaces[1].name)
-        reader.refuse_combination("/interfaces/1/name",
-                                  "found the name of the first interface, allowed: another one");
+        reader.refuse_combination(
+            "/interfaces/1/name",
+            "found the name of the first interface, allowed: a different one");
 }
 
 } // namespace
@@ -75,7 +76,7 @@ Configuration parse_configuration(std::string_view text, const std::string& name
     ConfigurationReader reader(root, name);
     visit_keys(reader, configuration);
     reader.finish();
-    // A refused value has left a default behind, which need not go with the others.
+    // A refused value leaves a default in its place, which need not fit the other values.
     if (reader.findings().empty())
         check_combinations(configuration, reader);
     if (!reader.findings().empty())

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Everything that a user can set about the instrument. The defaults describe an instrument that
-// runs as it is; a configuration file changes what it names.
+// Everything that a user can set. The defaults describe an instrument that runs as it is; a
+// configuration file changes only the keys that it contains.
 //
 // A new setting is a member here and a line in configuration_keys.h; reading, refusing, printing
 // and explaining it follow from that line.
@@ -124,8 +124,8 @@ enum class Carriage
     st2022_6
 };
 
-/// The payload type that SDP files give for video in SMPTE ST 2022-6 carriage: RFC 3551 leaves
-/// 96 to 127 to the sender, and this one is fixed.
+/// The payload type of video in the SDP files in SMPTE ST 2022-6 carriage. RFC 3551 leaves 96 to
+/// 127 to the sender; the library always writes this one.
 constexpr int st2022_6_payload_type = 98;
 
 struct PayloadTypes
@@ -192,8 +192,8 @@ struct Labels
     bool operator==(const Labels&) const = default;
 };
 
-/// The addresses are those that RFC 5737, RFC 6676 and RFC 7042 keep for documentation, except that
-/// of the server: it must be one that every machine has.
+/// The addresses are those that RFC 5737, RFC 6676 and RFC 7042 reserve for documentation, except
+/// that of the server: every machine has to have it.
 struct Configuration
 {
     std::string serial_number = "QX0000001";
@@ -223,7 +223,7 @@ struct Configuration
     bool operator==(const Configuration&) const = default;
 };
 
-/// A configuration that was read and cannot be used.
+/// A configuration that was read but cannot be used.
 class ConfigurationRefused : public std::runtime_error
 {
 public:
@@ -236,16 +236,16 @@ private:
     std::vector<std::string> findings_;
 };
 
-/// The configuration that `text` (JSON, comments allowed) describes; what it does not name keeps
-/// its default. `name` stands in front of every finding. Throws ConfigurationRefused with all
-/// findings at once.
+/// The configuration that `text` (JSON, comments allowed) describes; absent keys keep their
+/// defaults. Every finding begins with `name`. Throws ConfigurationRefused with all findings at
+/// once.
 Configuration parse_configuration(std::string_view text, const std::string& name);
 
-/// As above, from a file. Throws UnreadableFile too.
+/// The same from a file. Throws UnreadableFile too.
 Configuration load_configuration(const std::string& file);
 
-/// `configuration` as a file that says everything: each key with a comment that explains it and
-/// names what is allowed. parse_configuration makes the same configuration of it.
+/// `configuration` as a complete file: each key with a comment that explains it and says what is
+/// allowed. parse_configuration turns it into the same configuration again.
 std::string explain_configuration(const Configuration& configuration);
 
 } // namespace nmos_instrument::host

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The keys of the configuration file: what each is called, where it goes, what it may hold and what
-// it does. The reader and the writer of configuration files both walk this one description.
+// The keys of the configuration file: the name of each, where its value goes, what it may hold and
+// what it does. The reader and the writer of configuration files both walk this one description.
 
 #ifndef NMOS_INSTRUMENT_HOST_CONFIGURATION_CONFIGURATION_KEYS_H
 #define NMOS_INSTRUMENT_HOST_CONFIGURATION_CONFIGURATION_KEYS_H
@@ -48,7 +48,7 @@ inline constexpr std::array<Choice<Scan>, 2> scans = {{
     {R"("interlaced")", Scan::interlaced},
 }};
 
-/// The choices that a table of formats gives.
+/// The choices that a table of formats offers.
 template <class Row, std::size_t N, class Meaning>
 constexpr std::array<Choice<Meaning>, N> choices_of(const std::array<Row, N>& table,
                                                     Meaning Row::*meaning)
@@ -85,19 +85,19 @@ void visit_labels(Visitor& visitor, std::string_view key, LabelArray& labels,
         [&](std::string_view index, auto& label) { visitor.text(index, label, rule, {}); });
 }
 
-/// `configuration` is a Configuration, const or not as the visitor needs it.
+/// `configuration` is a Configuration; it is const if the visitor only reads it.
 template <class Visitor, class ConfigurationType>
 void visit_keys(Visitor& visitor, ConfigurationType& configuration)
 {
     auto& c = configuration;
 
     visitor.text("serial_number", c.serial_number, name_for_field(64),
-                 "Seed of all ids: the same serial number gives the same ids after every restart, "
-                 "on every machine. Give each instrument of a network its own.");
+                 "All ids are made from it: the same serial number gives the same ids after every "
+                 "restart, on every machine. Give each instrument on a network its own.");
 
     visitor.object("node", "The IS-04 node.", [&] {
         visitor.text("label", c.node.label, text_for_field(sizeof NMOS_IS04_ST::label),
-                     "Name that controllers show.");
+                     "The name that controllers show.");
         visitor.text("description", c.node.description,
                      text_for_field(sizeof NMOS_IS04_ST::description), "One sentence about it.");
         visitor.text("hostname", c.node.hostname,
@@ -106,28 +106,30 @@ void visit_keys(Visitor& visitor, ConfigurationType& configuration)
 
     visitor.object("server", "Where the HTTP APIs are served.", [&] {
         visitor.text("address", c.server.address, unicast_address(),
-                     "Address to serve at, and the one that all bodies name. Other machines reach "
-                     "the instrument only when it is an address of a network that they share.");
+                     "The address to serve at, which all bodies name too. Other machines can reach "
+                     "the instrument only if it is an address on a network that they share.");
         visitor.number("port", c.server.port, 1, highest_port,
-                       "TCP port to serve at, and the one that all bodies name.");
+                       "The TCP port to serve at, which all bodies name too.");
     });
 
     visitor.array(
         "interfaces", c.interfaces,
-        "The two media network interfaces: of the primary leg, then of the secondary.",
+        "The two media network interfaces: first that of the primary leg, then that of the "
+        "secondary.",
         [&](std::string_view index, auto& interface) {
             visitor.object(index, {}, [&] {
                 visitor.text("name", interface.name, name_for_field(sizeof INTERFACE_IS04_ST::name),
-                             "Name that senders and receivers are bound to. The two "
-                             "names differ.");
-                visitor.text("mac", interface.mac, octets(6, "00-00-5e-00-53-01"), "MAC address.");
+                             "The name that senders and receivers are bound to. The two "
+                             "names must differ.");
+                visitor.text("mac", interface.mac, octets(6, "00-00-5e-00-53-01"),
+                             "Its MAC address.");
                 visitor.text_or_null(
                     "chassis_id", interface.chassis_id,
                     name_for_field(sizeof INTERFACE_IS04_ST::chassis_id),
-                    "Chassis that the interface belongs to, as LLDP tells it; null when "
+                    "The chassis that the interface belongs to, as LLDP reports it; null if "
                     "there is none.");
                 visitor.text("address", interface.address, unicast_address(),
-                             "Address that media are sent from and received at.");
+                             "The address that media streams are sent from and received at.");
             });
         });
 
@@ -135,12 +137,12 @@ void visit_keys(Visitor& visitor, ConfigurationType& configuration)
         visitor.text("name", c.clock.name, clock_name_for_field(sizeof SOURCE_IS04_ST::clock_name),
                      "Its name.");
         visitor.choice("reference", c.clock.reference, clock_references,
-                       "What the clock follows. SDP files name the PTP grandmaster in either "
-                       "case.");
+                       "What the clock follows. The SDP files name the PTP grandmaster even if the "
+                       "clock is internal.");
         visitor.text("grandmaster", c.clock.grandmaster, octets(8, "00-00-5e-ff-fe-00-53-ff"),
-                     "Identity of the PTP grandmaster.");
+                     "The identity of the PTP grandmaster.");
         visitor.number("domain", c.clock.domain, 127, 127,
-                       "PTP domain. SDP files can name no other.");
+                       "The PTP domain. The SDP files of this instrument always name this one.");
         visitor.flag("traceable", c.clock.traceable,
                      "Whether the PTP reference is traceable to TAI.");
         visitor.flag("locked", c.clock.locked,
@@ -149,14 +151,15 @@ void visit_keys(Visitor& visitor, ConfigurationType& configuration)
 
     visitor.object("streams", "Which senders and receivers the node shows.", [&] {
         visitor.choice("senders", c.streams.senders, sender_streams,
-                       "Video senders: those of all IP streams, or that of stream 1 only.");
+                       "Which video senders: those of all IP streams, or only that of stream 1.");
         visitor.choice("sender_essences", c.streams.sender_essences, essences,
-                       "With \"video only\" there is no audio and no ancillary sender, source and "
-                       "flow.");
+                       "With \"video only\" there are no senders, sources or flows for audio and "
+                       "ancillary data.");
         visitor.choice("receiver_essences", c.streams.receiver_essences, essences,
                        "With \"video only\" the audio and ancillary receivers are hidden.");
-        visitor.choice("audio_groups", c.streams.audio_groups, audio_groups,
-                       "Audio receivers of each IP stream: group G1; G1 and G2; G1 to G4.");
+        visitor.choice(
+            "audio_groups", c.streams.audio_groups, audio_groups,
+            "Audio receivers of each IP stream: 1 is group G1, 2 is G1 and G2, 4 is G1 to G4.");
     });
 
     visitor.choice("carriage", c.carriage, carriages,
@@ -165,50 +168,56 @@ void visit_keys(Visitor& visitor, ConfigurationType& configuration)
     visitor.object("video", "The video format that is sent.", [&] {
         visitor.choice("lines", c.video.lines, picture_size_choices,
                        "Picture height: 3840x2160, 1920x1080 or 1280x720.");
-        visitor.choice("scan", c.video.scan, scans, "Interlaced goes with 1080 lines only.");
+        visitor.choice("scan", c.video.scan, scans, "Interlaced video must have 1080 lines.");
         visitor.choice("frame_rate", c.video.frame_rate, frame_rate_choices,
-                       "Frames per second: 60, 59.94 and 50 progressive; 30, 29.97 and 25 "
+                       "Frames per second: 60, 59.94 and 50 are progressive; 30, 29.97 and 25 are "
                        "interlaced.");
         visitor.text("sampling", c.video.sampling, exactly("YCbCr-4:2:2"),
-                     "SDP files can say no other.");
-        visitor.number("bit_depth", c.video.bit_depth, 10, 10, "SDP files can say no other.");
+                     "The SDP files of this instrument always say this.");
+        visitor.number("bit_depth", c.video.bit_depth, 10, 10,
+                       "The SDP files of this instrument always say this.");
         visitor.text("colorimetry", c.video.colorimetry, exactly("BT709"),
-                     "SDP files can say no other.");
+                     "The SDP files of this instrument always say this.");
         visitor.text("transfer_characteristic", c.video.transfer_characteristic, exactly("SDR"),
-                     "SDP files can say no other.");
+                     "The SDP files of this instrument always say this.");
     });
 
     visitor.object("audio", "The audio format that is sent.", [&] {
-        visitor.text("encoding", c.audio.encoding, exactly("L24"), "SDP files can say no other.");
+        visitor.text("encoding", c.audio.encoding, exactly("L24"),
+                     "The SDP files of this instrument always say this.");
         visitor.number("sample_rate", c.audio.sample_rate, 48000, 48000,
-                       "SDP files can say no other.");
-        visitor.number("channels", c.audio.channels, 16, 16,
-                       "SDP files can say no other. The IS-04 source shows one channel all the "
-                       "same.");
-        visitor.choice("packet_time", c.audio.packet_time, packet_time_choices,
-                       "Milliseconds of audio in a packet. 16 channels of more than 0.125 ms do "
-                       "not fit an ordinary Ethernet frame.");
+                       "The SDP files of this instrument always say this.");
+        visitor.number(
+            "channels", c.audio.channels, 16, 16,
+            "The SDP files of this instrument always say this. The IS-04 source shows one "
+            "channel.");
+        visitor.choice(
+            "packet_time", c.audio.packet_time, packet_time_choices,
+            "Milliseconds of audio in a packet. With 16 channels only 0.125 ms fits into "
+            "an ordinary Ethernet frame.");
     });
 
     visitor.object("payload_types", "RTP payload types.", [&] {
-        visitor.number("video", c.payload_types.video, 96, 127,
-                       "In ST 2022-6 carriage it is 98: SDP files can say no other there.");
+        visitor.number(
+            "video", c.payload_types.video, 96, 127,
+            "Video. In ST 2022-6 carriage it must be 98, as the SDP files then always say.");
         visitor.number("audio", c.payload_types.audio, 96, 127, "Audio.");
         visitor.number("ancillary", c.payload_types.ancillary, 96, 127, "Ancillary data.");
     });
 
-    visitor.object("format_switching",
-                   "Receivers that are offered 2K while the instrument is set to 4K, or 4K while "
-                   "it is set to 2K.",
-                   [&] {
-                       visitor.flag("capable", c.format_switching.capable,
-                                    "Whether the instrument can switch.");
-                       visitor.flag("allowed", c.format_switching.allowed,
-                                    "Whether its settings permit it.");
-                   });
+    visitor.object(
+        "format_switching",
+        "Whether receivers accept 2K while the instrument is set to 4K, and 4K while it is "
+        "set to 2K.",
+        [&] {
+            visitor.flag("capable", c.format_switching.capable,
+                         "Whether the instrument can switch.");
+            visitor.flag("allowed", c.format_switching.allowed,
+                         "Whether its settings permit the switch.");
+        });
 
     visitor.array("destinations", c.destinations,
-                  "Where the six senders send to at the start: video of IP streams 1 to 4, audio, "
+                  "Where the six senders send to at first: video of IP streams 1 to 4, audio, "
                   "ancillary data.",
                   [&](std::string_view index, auto& sender) {
                       visitor.object(index, {}, [&] {
@@ -218,7 +227,7 @@ void visit_keys(Visitor& visitor, ConfigurationType& configuration)
                       });
                   });
 
-    visitor.object("labels", "Names of the resources.", [&] {
+    visitor.object("labels", "The names of the resources.", [&] {
         visitor.text("device", c.labels.device, text_for_field(sizeof DEVICE_IS04_ST::label),
                      "The device.");
         visit_labels(visitor, "sources", c.labels.sources, sizeof SOURCE_IS04_ST::label,

@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-/// A value as a finding shows it: short, and with its length when that is what is wrong with it.
+/// A value as a finding shows it: shortened, and with its length if that may be the problem.
 std::string shown(const json& value)
 {
     constexpr std::size_t longest = 80;
@@ -75,7 +75,7 @@ void ConfigurationReader::number(std::string_view key, int& value, int lowest, i
     const json* const found = look_up(key);
     if (found == nullptr)
         return;
-    // Numbers above 2^63 are unsigned to the parser; they are too large whatever the limit is.
+    // The parser makes numbers above 2^63 unsigned; they are too large for any limit.
     if (found->is_number_integer() &&
         !(found->is_number_unsigned() && found->get<std::uint64_t>() > std::uint64_t{INT32_MAX})) {
         const auto number = found->get<std::int64_t>();

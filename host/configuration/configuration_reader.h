@@ -16,12 +16,12 @@
 
 namespace nmos_instrument::host {
 
-/// Visitor that takes values from parsed JSON. A key that is absent leaves its setting alone; one
-/// that cannot be used becomes a finding, and reading goes on.
+/// Visitor that takes values from parsed JSON. An absent key leaves its setting alone; a value that
+/// cannot be used becomes a finding, and reading goes on.
 class ConfigurationReader
 {
 public:
-    /// `file` stands in front of every finding.
+    /// Every finding begins with `file`.
     ConfigurationReader(const nlohmann::json& root, std::string file);
 
     void text(std::string_view key, std::string& value, const TextRule& rule,
@@ -56,7 +56,7 @@ public:
         leave_object();
     }
 
-    /// An array has as many entries as the instrument has of what it lists.
+    /// An array must have one entry for each thing of the instrument that it lists.
     template <class Value, std::size_t N, class Body>
     void array(std::string_view key, std::array<Value, N>& values, std::string_view, Body body)
     {
@@ -66,10 +66,10 @@ public:
         levels_.pop_back();
     }
 
-    /// To be called when all keys have been visited.
+    /// Call it after all keys have been visited.
     void finish();
 
-    /// A finding that concerns values which are acceptable one by one.
+    /// Adds a finding about values that are acceptable one by one but not together.
     void refuse_combination(const std::string& pointer, const std::string& what);
 
     const std::vector<std::string>& findings() const { return findings_; }
@@ -77,7 +77,7 @@ public:
 private:
     struct Level
     {
-        const nlohmann::json* value; ///< null when the file has nothing here
+        const nlohmann::json* value; ///< null if the file has nothing here
         std::string pointer;
         std::vector<std::string> known_keys;
     };

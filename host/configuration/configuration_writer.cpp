@@ -59,7 +59,7 @@ void ConfigurationWriter::begin_member(std::string_view key, const std::string& 
     Level& level = levels_.back();
     if (!level.is_empty)
         text_ += ',';
-    // The groups of the whole file stand apart; within a group it would only be longer.
+    // Empty lines separate the groups of the file; within a group they would only lengthen it.
     if (levels_.size() == 1 && !level.is_empty)
         text_ += '\n';
     level.is_empty = false;

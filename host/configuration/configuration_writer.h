@@ -53,7 +53,7 @@ public:
         close(']');
     }
 
-    /// The whole file, when all keys have been visited.
+    /// The whole file. Call it after all keys have been visited.
     std::string finish();
 
 private:
@@ -61,7 +61,7 @@ private:
     {
         bool is_array;
         bool is_empty;
-        bool has_comments; ///< not in the second and later entries of an array: they are alike
+        bool has_comments; ///< false in later entries of an array, which are like the first
     };
 
     void member(std::string_view key, std::string_view json, std::string_view explanation,

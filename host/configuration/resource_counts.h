@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How many resources the instrument has, and which kind stands at which position of the records.
+// How many resources the instrument has, and which kind is at which position of the records.
 
 #ifndef NMOS_INSTRUMENT_HOST_CONFIGURATION_RESOURCE_COUNTS_H
 #define NMOS_INSTRUMENT_HOST_CONFIGURATION_RESOURCE_COUNTS_H
@@ -13,7 +13,7 @@ constexpr std::size_t stream_count = 4;    ///< IP streams
 constexpr std::size_t interface_count = 2; ///< media interfaces: primary and secondary leg
 constexpr std::size_t leg_count = 2;
 constexpr std::size_t source_count = 3; ///< video, audio, ancillary data
-constexpr std::size_t flow_count = 3;   ///< one of each source
+constexpr std::size_t flow_count = 3;   ///< one for each source
 constexpr std::size_t sender_count = 6;
 constexpr std::size_t receiver_count = 24;
 

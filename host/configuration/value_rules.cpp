@@ -10,7 +10,7 @@
 namespace nmos_instrument::host {
 namespace {
 
-// Not those of <cctype>: they depend on the locale and take negative chars badly.
+// The functions of <cctype> depend on the locale and must not be given negative chars.
 bool is_digit(char c)
 {
     return c >= '0' && c <= '9';

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a value of the configuration may be, and how that is said.
+// What a value of the configuration may be, and the words for it.
 
 #ifndef NMOS_INSTRUMENT_HOST_CONFIGURATION_VALUE_RULES_H
 #define NMOS_INSTRUMENT_HOST_CONFIGURATION_VALUE_RULES_H
@@ -16,15 +16,15 @@ namespace nmos_instrument::host {
 struct TextRule
 {
     std::string allowed; ///< the rule in words
-    /// Whether the text keeps to the rule. May rewrite an accepted text to its one usual spelling.
+    /// Whether the text obeys the rule. May rewrite an accepted text to its usual spelling.
     std::function<bool(std::string&)> accept;
 };
 
-/// Any text without control characters that fits a record's field of `field_size` bytes. The NUL
-/// behind it needs one of them.
+/// Any text without control characters that fits into a record's field of `field_size` bytes, one
+/// of which is for the NUL at the end.
 TextRule text_for_field(std::size_t field_size);
 
-/// As text_for_field, but not empty.
+/// Like text_for_field, but not empty.
 TextRule name_for_field(std::size_t field_size);
 
 /// RFC 1123 2.1: letters, digits, "-" and ".".
@@ -46,7 +46,7 @@ TextRule exactly(const std::string& text);
 /// "1 to 65535", or the one number that is allowed.
 std::string number_range(int lowest, int highest);
 
-/// One value that a key may have, as it stands in the file (JSON), and what it means.
+/// One value that a key may have, as the file spells it (JSON), and what it means.
 template <class Meaning>
 struct Choice
 {
@@ -54,7 +54,7 @@ struct Choice
     Meaning meaning;
 };
 
-/// The values with commas between them.
+/// The values, separated by commas.
 template <class Meaning, std::size_t N>
 std::string list_of(const std::array<Choice<Meaning>, N>& choices)
 {

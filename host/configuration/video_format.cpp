@@ -15,7 +15,7 @@ const Row& row_of(const std::array<Row, N>& table, Key Row::*key, Key wanted)
     const auto row = std::find_if(table.begin(), table.end(),
                                   [&](const Row& candidate) { return candidate.*key == wanted; });
     if (row == table.end())
-        throw std::logic_error("a format is missing in its table");
+        throw std::logic_error("a format is missing from its table");
     return *row;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The formats that the instrument generates: those that its SDP file can say.
+// The formats that the instrument generates: those that its SDP files can describe.
 
 #ifndef NMOS_INSTRUMENT_HOST_CONFIGURATION_VIDEO_FORMAT_H
 #define NMOS_INSTRUMENT_HOST_CONFIGURATION_VIDEO_FORMAT_H
@@ -24,7 +24,7 @@ enum class Scan
     interlaced
 };
 
-/// Frames (of interlaced video too: not fields) per second.
+/// Frames per second, not fields, for interlaced video too.
 enum class FrameRate
 {
     fps_60,
@@ -45,7 +45,7 @@ enum class PacketTime
 struct PictureSizeFacts
 {
     PictureSize size;
-    std::string_view json; ///< as it stands in the configuration
+    std::string_view json; ///< as the configuration spells it
     int width;
     int height;
     std::int16_t system_code; ///< st_param_sys::sdp_video_system

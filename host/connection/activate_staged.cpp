@@ -15,7 +15,7 @@ void resolve_auto(char (&field)[N], const std::string& choice)
         set_text(field, choice);
 }
 
-/// No leg that is switched on goes to a group; with both off, neither leg does.
+/// True if no leg that is switched on sends to a group; if both are off, both legs count.
 bool is_unicast(const CONNECTION_HALF_IS05_ST& active)
 {
     bool any_on = false;

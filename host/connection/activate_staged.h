@@ -10,13 +10,14 @@
 
 namespace nmos_instrument::host {
 
-/// The active half that follows from a staged one: every "auto" resolved, `activation` kept.
+/// The active half that a staged one becomes: every "auto" resolved, with `activation` in it.
 CONNECTION_HALF_IS05_ST activate_staged(const CONNECTION_HALF_IS05_ST& staged,
                                         const ConnectionFacts& facts,
                                         const ActivationTexts& activation);
 
-/// The IS-04 subscription that describes an active half. The peer is named only while enabled, and
-/// by a sender only while it sends to one receiver (IS-04 v1.2, sender.json: "unicast only").
+/// The IS-04 subscription that describes an active half. It names the peer only while the sender or
+/// receiver is enabled; a sender names it only while it sends unicast (IS-04 v1.2, sender.json:
+/// "unicast only").
 SUBSCRIPTION_IS04_ST subscription_of(const CONNECTION_HALF_IS05_ST& active, Side side);
 
 } // namespace nmos_instrument::host

@@ -50,7 +50,7 @@ std::string lateness_of_request(const ActivationRequest& request, const TaiTime&
     if (request.mode != ActivationMode::scheduled_absolute || request.requested_time >= now)
         return "";
     const std::chrono::duration<double> late = span_between(request.requested_time, now);
-    // A controller that sends UTC is 37 s behind. Less than a second is the way of the request.
+    // A controller that sends UTC is 37 s behind. Less than a second is how long a request takes.
     const char* const hint = late >= std::chrono::seconds(1) ? " (UTC instead of TAI?)" : "";
     return fmt::format(", {:.3f} s after the requested time{}", late.count(), hint);
 }

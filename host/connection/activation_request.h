@@ -13,7 +13,7 @@ namespace nmos_instrument::host {
 
 enum class ActivationMode
 {
-    none, ///< "mode": null; cancels what is pending
+    none, ///< "mode": null; cancels what is scheduled
     immediate,
     scheduled_absolute,
     scheduled_relative
@@ -26,7 +26,7 @@ struct ActivationRequest
 {
     ActivationMode mode = ActivationMode::none;
     TaiTime requested_time;          ///< scheduled modes only
-    std::string requested_time_text; ///< as it came
+    std::string requested_time_text; ///< as the controller wrote it
 
     bool operator==(const ActivationRequest&) const = default;
 };
@@ -34,12 +34,12 @@ struct ActivationRequest
 /// "activate_scheduled_absolute" and "activate_scheduled_relative"
 bool is_scheduled(ActivationMode mode);
 
-/// When an activation that is asked for `now` is to happen; it may lie in the past. Nothing when it
-/// is beyond what a TAI clock can show.
+/// When an activation that is requested `now` has to happen; this may be in the past. Nothing if it
+/// is later than a TAI clock can show.
 std::optional<TaiTime> due_time(const ActivationRequest& request, const TaiTime& now);
 
-/// For a log: by how much an absolute time has passed, like ", 37.000 s after the requested time
-/// (UTC instead of TAI?)". Empty where nothing is to be said.
+/// For a log: how long ago a requested absolute time was, like ", 37.000 s after the requested time
+/// (UTC instead of TAI?)". Empty if it is not in the past.
 std::string lateness_of_request(const ActivationRequest& request, const TaiTime& now);
 
 } // namespace nmos_instrument::host

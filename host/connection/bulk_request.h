@@ -15,11 +15,11 @@ namespace nmos_instrument::host {
 struct BulkEntry
 {
     std::string id;
-    const nlohmann::json* params; ///< in the document
+    const nlohmann::json* params; ///< inside the document
 };
 
-/// The entries of a bulk POST (v1.0-bulk-sender-post-schema.json); what "params" hold is not looked
-/// at. They count only when there is no finding. `document` must outlive them.
+/// The entries of a bulk POST (v1.0-bulk-sender-post-schema.json); the content of "params" is not
+/// checked. Use them only if there are no findings. `document` must outlive them.
 std::vector<BulkEntry> parse_bulk_request(const nlohmann::json& document, Findings& findings);
 
 } // namespace nmos_instrument::host

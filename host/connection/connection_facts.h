@@ -15,16 +15,18 @@
 
 namespace nmos_instrument::host {
 
-/// What is fixed about one sender or receiver: all that a change is measured by, beside its staged
-/// half.
+/// What is fixed about one sender or receiver. A change is checked against these facts and the
+/// staged half.
 struct ConnectionFacts
 {
     Side side = Side::sender;
-    /// Of each leg. A sender's "source_ip" and a receiver's "interface_ip" can be no other.
+    /// For each leg: the only address that a sender's "source_ip" or a receiver's "interface_ip"
+    /// can have.
     std::array<std::string, leg_count> interface_addresses;
-    std::array<std::string, leg_count> start_addresses; ///< senders: "auto" for "destination_ip"
-    std::vector<std::string> media_types;               ///< receivers, like "video/raw"
-    bool switch_capable = true;                         ///< between 2K and 4K
+    std::array<std::string, leg_count>
+        start_addresses;                  ///< senders: what "auto" means for "destination_ip"
+    std::vector<std::string> media_types; ///< receivers, like "video/raw"
+    bool switch_capable = true;           ///< between 2K and 4K
     bool switch_allowed = true;
     short current_format = 3; ///< as ConnectionApi::analyze_sdp_file takes it
 };

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a controller wants changed about one sender or receiver: a PATCH of "staged" (IS-05 v1.0),
-// an entry of a bulk request, or what follows from a receiver's target (IS-04 v1.2).
+// A change of one sender or receiver that a controller asks for: a PATCH of "staged" (IS-05 v1.0),
+// an entry of a bulk request, or the consequence of a receiver's target (IS-04 v1.2).
 //
-// A change goes through these steps. All are functions of their arguments; only what comes after
-// the last one changes the instrument, and a refusal at any step changes nothing:
+// A change goes through these steps. All are functions of their arguments only. The instrument
+// itself changes after the last one, so a refusal at any step changes nothing:
 //
 //   parse_patch      JSON -> ConnectionPatch             types, forms, ranges
 //   validate_patch   ConnectionPatch -> ConnectionPatch  constraints, transport file
@@ -38,33 +38,33 @@ struct ConnectionKey
     Side side = Side::sender;
     std::size_t index = 0;
 
-    // What clang-tidy 14 makes of it is a comparison with 0.
+    // clang-tidy 14 sees a comparison with 0 here.
     auto operator<=>(const ConnectionKey&) const = default; // NOLINT(modernize-use-nullptr)
 };
 
-/// In a staged half of a record this text stands for "the instrument chooses".
+/// This text in a staged half means that the instrument chooses.
 constexpr std::string_view auto_text = "auto";
 
 /// "auto" for ports (IS-05 v1.0).
 constexpr int auto_port = 5004;
 
-/// What is not named stays as it is. Addresses are texts as the record holds them: dotted quad,
+/// Members that are not set stay as they are. Addresses are texts as in the record: a dotted quad,
 /// "auto", or "null" for JSON null.
 struct LegPatch
 {
     std::optional<std::string> source_ip;
-    std::optional<std::string> destination_ip; ///< of a receiver: "multicast_ip"
+    std::optional<std::string> destination_ip; ///< receivers: "multicast_ip"
     std::optional<std::string> interface_ip;   ///< receivers only
     std::optional<int> destination_port;
-    /// Senders only. The record has no room for it: it is accepted and not kept.
+    /// Senders only. The record has no room for it: it is accepted but not kept.
     std::optional<int> source_port;
     std::optional<bool> rtp_enabled;
 
     bool operator==(const LegPatch&) const = default;
 };
 
-/// Members that are not named stay unset; "null" stands for JSON null, which no real content of
-/// theirs can be.
+/// Absent members stay unset. The text "null" stands for JSON null; no real file or type has this
+/// text.
 struct TransportFilePatch
 {
     std::optional<std::string> data;

@@ -9,14 +9,14 @@
 
 namespace nmos_instrument::host {
 
-/// What is wrong with a request. Any finding refuses all of it.
+/// What is wrong with a request. One finding is enough to refuse all of it.
 class Findings
 {
 public:
     /// `path`: JSON pointer (RFC 6901) of the value, "" for the whole document.
     void add(std::string_view path, std::string_view what)
     {
-        // Whoever gets this many wrong will not read more.
+        // Nobody reads more than this.
         constexpr std::size_t most = 20;
         if (++count_ > most)
             return;
@@ -29,7 +29,7 @@ public:
 
     bool empty() const { return count_ == 0; }
 
-    /// One line each.
+    /// The findings, one line each.
     const std::string& text() const { return text_; }
 
 private:

@@ -13,7 +13,7 @@ void JsonPlace::refuse(std::string_view allowed) const
 
 std::string JsonPlace::escaped(const std::string& key)
 {
-    // A long key is shown, not repeated: 1 MiB of it would come back in the answer.
+    // A long key is shortened: otherwise an answer could repeat 1 MiB of it.
     constexpr std::size_t longest = 64;
     if (key.size() > longest)
         return in_quotes(key);

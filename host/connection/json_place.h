@@ -12,7 +12,7 @@
 
 namespace nmos_instrument::host {
 
-/// A value of a request, with its path and the place for what is wrong with it.
+/// A value of a request, with its path, and with the findings to which it adds what is wrong.
 class JsonPlace
 {
 public:
@@ -31,10 +31,10 @@ public:
         return {value_[index], path_ + '/' + std::to_string(index), findings_};
     }
 
-    /// Refuses the value: says what was found and, in words, what is allowed.
+    /// Refuses the value: says what was found and what is allowed, the latter in these words.
     void refuse(std::string_view allowed) const;
 
-    /// Refuses the value with the whole message.
+    /// Refuses the value with this whole message.
     void say(std::string_view what) const { findings_.add(path_, what); }
 
 private:
@@ -49,7 +49,7 @@ private:
     Findings& findings_;
 };
 
-/// A short text for a value; arrays and objects by their kind alone.
+/// A short text for a value; of arrays and objects it says only the kind.
 std::string describe(const nlohmann::json& value);
 
 } // namespace nmos_instrument::host

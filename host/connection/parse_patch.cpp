@@ -19,7 +19,7 @@ namespace {
 
 using nlohmann::json;
 
-/// One member that an object may have, and how it goes into its part of the patch.
+/// One member that an object may have, and the function that reads it into the patch.
 template <class Target>
 struct Member
 {
@@ -39,7 +39,7 @@ std::string names_of(std::span<const Member<Target>> members)
     return names;
 }
 
-/// False when `place` is no object.
+/// False if `place` is not an object.
 template <class Target>
 bool read_object(const JsonPlace& place, std::span<const Member<Target>> members, Target& target)
 {
@@ -77,7 +77,7 @@ void read_port(const JsonPlace& place, std::optional<int>& target)
         target = auto_port;
         return;
     }
-    // get<> would wrap what does not fit its type.
+    // get<int> would wrap a number that does not fit.
     if (value.is_number_unsigned()) {
         const auto port = value.get<std::uint64_t>();
         if (port >= 1 && port <= 65535) {
@@ -99,7 +99,7 @@ std::string in_words(const AddressRule& rule)
 {
     std::string words = rule.multicast_only
                             ? "a multicast IPv4 address, 224.0.0.0 to 239.255.255.255"
-                            : "an IPv4 address as dotted quad";
+                            : "an IPv4 address as a dotted quad";
     if (rule.auto_too)
         words += ", or \"auto\"";
     if (rule.null_too)
@@ -127,7 +127,7 @@ void read_address(const JsonPlace& place, const AddressRule& rule,
             return;
         }
         if (is_ipv6(text)) {
-            place.refuse(in_words(rule) + "; this instrument has no IPv6");
+            place.refuse(in_words(rule) + "; this instrument does not support IPv6");
             return;
         }
     }
@@ -200,7 +200,7 @@ void read_file_text(const JsonPlace& place, std::optional<std::string>& target)
     else if (place.value().is_string() && place.value() != null_text)
         target = place.value().get<std::string>();
     else
-        place.refuse("a text other than \"null\", or null");
+        place.refuse("a string other than \"null\", or null");
 }
 
 constexpr Member<TransportFilePatch> transport_file_members[] = {

@@ -11,8 +11,8 @@
 namespace nmos_instrument::host {
 
 /// A PATCH document for one sender or receiver (v1.0-sender-stage-schema.json,
-/// v1.0-receiver-stage-schema.json). What cannot be is added to `findings`; the result counts only
-/// when there is none.
+/// v1.0-receiver-stage-schema.json). Adds to `findings` what is not allowed; use the result only if
+/// there are none.
 ConnectionPatch parse_patch(const nlohmann::json& document, Side side, Findings& findings);
 
 } // namespace nmos_instrument::host

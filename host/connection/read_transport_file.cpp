@@ -29,7 +29,7 @@ std::vector<std::string_view> lines_of(std::string_view text)
     return lines;
 }
 
-/// The parser's view of `text`, or why it refuses.
+/// What the parser finds in `text`; nothing, with the reason in `refusal`, if it refuses.
 std::optional<sdp_str> analyze(const std::string& text, const ConnectionFacts& receiver,
                                std::string& refusal)
 {
@@ -47,11 +47,12 @@ std::optional<sdp_str> analyze(const std::string& text, const ConnectionFacts& r
     return std::nullopt;
 }
 
-/// The file without what would be taken for more than it says:
+/// The file without the parts that the parser would misunderstand:
 ///
-/// - the `o=` line: its address tells who made the file, not who sends, so it is no source filter;
-/// - media with port 0, which are not sent. Their "mid:" lines stay, since the parser goes over to
-///   the second leg there.
+/// - the `o=` line: its address says who made the file, not who sends, so it is not a source
+///   filter;
+/// - media with port 0, which are not sent. Their "mid:" lines stay, because there the parser goes
+///   on to the second leg.
 std::string reduced(const std::vector<std::string_view>& lines, const std::vector<SdpMedium>& media)
 {
     std::vector<bool> absent(lines.size(), false);
@@ -69,7 +70,7 @@ std::string reduced(const std::vector<std::string_view>& lines, const std::vecto
     return text;
 }
 
-/// 0 when there is none.
+/// 0 if `text` is not a port.
 int port_of(const std::string& text)
 {
     const long port = std::strtol(text.c_str(), nullptr, 10);
@@ -115,7 +116,7 @@ TransportFileReading read_transport_file(const std::string& sdp, const Connectio
 {
     TransportFileReading reading;
     std::string text = ConnectionApi::convertCRLF(sdp, "\n");
-    // The parser would take an unfinished last line for a number.
+    // The parser would read a last line without a line break as a number.
     if (!text.ends_with('\n'))
         text += '\n';
     if (!analyze(text, receiver, reading.refusal))

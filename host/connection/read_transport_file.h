@@ -14,9 +14,9 @@ namespace nmos_instrument::host {
 
 struct TransportFileReading
 {
-    /// Why a receiver does not take the file, one line each; empty when it does.
+    /// Why the receiver does not take the file, one reason a line; empty if it does.
     std::string refusal;
-    /// What the file says about each leg. A leg that it does not describe is switched off.
+    /// What the file says about each leg. A leg that is not in the file is switched off.
     std::array<LegPatch, leg_count> legs;
 };
 

@@ -12,14 +12,14 @@ char lower(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// Encoding names are compared without case (RFC 4855 3).
+/// Upper and lower case are the same in encoding names (RFC 4855 3).
 bool same_name(std::string_view a, std::string_view b)
 {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](char x, char y) { return lower(x) == lower(y); });
 }
 
-/// Takes the text before `separator` from `rest`, and the separator.
+/// Cuts the text before `separator`, and the separator, off the beginning of `rest`.
 std::string_view take(std::string_view& rest, char separator)
 {
     const std::size_t end = rest.find(separator);
@@ -28,7 +28,7 @@ std::string_view take(std::string_view& rest, char separator)
     return taken;
 }
 
-/// "0", "00" and "0/2", which is two ports from 0 on.
+/// True for "0", "00" and "0/2", which means two ports starting at 0.
 bool is_port_zero(std::string_view port)
 {
     const std::string_view number = take(port, '/');

@@ -11,11 +11,11 @@
 
 namespace nmos_instrument::host {
 
-/// `staged` with a validated patch in it. The activation is left as it is: see set_activation.
+/// `staged` with a validated patch applied to it, except for its activation: see set_activation.
 CONNECTION_HALF_IS05_ST stage_patch(const CONNECTION_HALF_IS05_ST& staged,
                                     const ConnectionPatch& patch);
 
-/// "activation" of a half; "null" stands for JSON null.
+/// The "activation" of a half; "null" stands for JSON null.
 struct ActivationTexts
 {
     std::string_view mode = "null";

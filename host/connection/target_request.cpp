@@ -81,20 +81,20 @@ struct RequiredMember
     std::string_view allowed;
 };
 
-/// IS-04 v1.2, resource_core.json and sender.json. Members that are not listed are allowed.
+/// IS-04 v1.2, resource_core.json and sender.json. Other members are allowed too.
 constexpr RequiredMember required_members[] = {
     {"id", is_id, "a UUID in lower case"},
     {"version", is_version, "\"<seconds>:<nanoseconds>\""},
-    {"label", is_text, "a text"},
-    {"description", is_text, "a text"},
-    {"tags", is_tags, "an object of arrays of texts"},
+    {"label", is_text, "a string"},
+    {"description", is_text, "a string"},
+    {"tags", is_tags, "an object of arrays of strings"},
     {"flow_id", is_id_or_null, "a UUID in lower case, or null"},
     {"transport", is_transport,
      "\"urn:x-nmos:transport:rtp\", \"urn:x-nmos:transport:rtp.mcast\" or "
      "\"urn:x-nmos:transport:rtp.ucast\", which this instrument can receive"},
     {"device_id", is_id, "a UUID in lower case"},
-    {"manifest_href", is_http_url, "a URL with http or https"},
-    {"interface_bindings", is_list_of_texts, "an array of texts"},
+    {"manifest_href", is_http_url, "an http or https URL"},
+    {"interface_bindings", is_list_of_texts, "an array of strings"},
     {"subscription", is_subscription, "an object with receiver_id and active"},
 };
 

@@ -13,7 +13,7 @@
 
 namespace nmos_instrument::host {
 
-/// The sender that a receiver is to subscribe to.
+/// The sender that a receiver has to subscribe to.
 struct TargetSender
 {
     std::string id;
@@ -21,10 +21,10 @@ struct TargetSender
 };
 
 /// A body for "receivers/{id}/target" (IS-04 v1.2, nodeapi-receiver-target.json). Nothing for `{}`,
-/// which unsubscribes, and nothing when there is a finding.
+/// which unsubscribes, and nothing if there is a finding.
 std::optional<TargetSender> parse_target(const nlohmann::json& document, Findings& findings);
 
-/// The change that connects a receiver at once with a sender whose SDP file is `sdp`.
+/// The change that connects a receiver at once to the sender whose SDP file is `sdp`.
 ConnectionPatch patch_to_connect(const std::string& sender_id, const std::string& sdp);
 
 ConnectionPatch patch_to_disconnect();

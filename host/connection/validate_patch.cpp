@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view sdp_type = "application/sdp";
 
-/// The parameters of `explicit_leg` win over those of `from_file` (IS-05 v1.0, PATCH of a
+/// The parameters of `explicit_leg` override those of `from_file` (IS-05 v1.0, PATCH of a
 /// receiver's staged).
 LegPatch merged(const LegPatch& from_file, const LegPatch& explicit_leg)
 {
@@ -53,15 +53,15 @@ public:
 private:
     void apply_transport_file(const TransportFilePatch& file, ConnectionPatch& result)
     {
-        // IS-05 v1.0: both strings or both null, after the merge with what is staged.
+        // IS-05 v1.0: both are strings or both are null, together with what is already staged.
         const std::string data(
             file.data.value_or(std::string(text_of(staged_.transport_file_data))));
         const std::string type(
             file.type.value_or(std::string(text_of(staged_.transport_file_type))));
         if ((data == null_text) != (type == null_text)) {
             findings_.add("/transport_file",
-                          "data and type must both be texts or both be null; data would be " +
-                              std::string(data == null_text ? "null" : "a text") + " and type " +
+                          "data and type must both be strings or both be null; data would be " +
+                              std::string(data == null_text ? "null" : "a string") + " and type " +
                               (type == null_text ? "null" : in_quotes(type)));
             return;
         }
@@ -70,7 +70,7 @@ private:
                                                       in_quotes(sdp_type) + ", or null");
             return;
         }
-        // Only a file that is sent changes parameters, and null changes nothing else.
+        // Only a file in this patch changes parameters; null changes nothing else.
         if (file.data && data != null_text)
             read_file(data, result);
     }
@@ -81,17 +81,17 @@ private:
         constexpr std::size_t room = sizeof CONNECTION_HALF_IS05_ST::transport_file_data - 1;
         if (data.size() > room) {
             findings_.add(path, "found " + std::to_string(data.size()) +
-                                    " bytes, this instrument holds " + std::to_string(room));
+                                    " bytes, this instrument has room for " + std::to_string(room));
             return;
         }
         if (const std::size_t nul = data.find('\0'); nul != std::string::npos) {
-            findings_.add(path,
-                          "byte " + std::to_string(nul + 1) + " is NUL, which no SDP file has");
+            findings_.add(path, "byte " + std::to_string(nul + 1) +
+                                    " is NUL, which an SDP file must not contain");
             return;
         }
-        // A file that came by HTTP may hold any bytes; it is served again inside JSON.
+        // A file that was fetched by HTTP may hold any bytes, but it is served again inside JSON.
         if (!is_utf8(data)) {
-            findings_.add(path, "the bytes are not UTF-8, as JSON and SDP demand");
+            findings_.add(path, "the bytes are not UTF-8, which JSON and SDP require");
             return;
         }
         const TransportFileReading reading = read_transport_file(data, facts_);
@@ -107,8 +107,8 @@ private:
         }
     }
 
-    /// What the "constraints" of the sender or receiver say. "auto" is allowed wherever IS-05 has
-    /// it, whether or not the enumeration lists it.
+    /// Checks what the "constraints" of the sender or receiver say. "auto" is allowed wherever
+    /// IS-05 has it, even if the enumeration does not list it.
     void check_constraints(std::size_t index, const LegPatch& leg) const
     {
         const bool sender = facts_.side == Side::sender;

@@ -11,8 +11,8 @@
 
 namespace nmos_instrument::host {
 
-/// Whether this sender or receiver can do what a patch asks for. The result is the patch with what
-/// its transport file says filled in; it counts only when there is no finding.
+/// Checks whether this sender or receiver can do what a patch asks for. The result is the patch,
+/// completed with what its transport file says; use it only if there are no findings.
 ConnectionPatch validate_patch(const ConnectionPatch& patch, const ConnectionFacts& facts,
                                const CONNECTION_HALF_IS05_ST& staged, Findings& findings);
 

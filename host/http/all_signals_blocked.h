@@ -7,8 +7,8 @@
 
 namespace nmos_instrument::host {
 
-/// For as long as it lives in the calling thread. Threads that are started meanwhile inherit it for
-/// good, so that SIGTERM and the like reach the thread that waits for them.
+/// Blocks all signals in the calling thread for as long as it lives. Threads that are started
+/// meanwhile keep them blocked, so that SIGTERM and the like reach the thread that waits for them.
 class AllSignalsBlocked
 {
 public:

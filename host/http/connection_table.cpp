@@ -18,7 +18,7 @@ void give_up(PendingAnswer& answer)
     answer.give(error_response(503, "The server is stopping"));
 }
 
-// Whether there is nothing more to read, ever.
+// Whether the client has ended its side and everything has been read.
 bool has_ended(int socket)
 {
     char next;
@@ -52,12 +52,12 @@ void ConnectionTable::end_overdue()
     const std::lock_guard lock(mutex_);
     for (Connection& connection : connections_) {
         if (connection.deadline.load(std::memory_order_relaxed) <= now) {
-            // Its server thread sees the end and closes it.
+            // Its server thread notices and closes the connection.
             shutdown(connection.socket, SHUT_RDWR);
             connection.clear_deadline();
         } else if (connection.has_answered.exchange(false) && has_ended(connection.socket)) {
-            // An end that comes with the request, libmicrohttpd is told about once and overlooks
-            // while it reads the request; this tells it again.
+            // libmicrohttpd is told only once about an end that comes with the request, and
+            // overlooks it while it reads the request. This tells it again.
             shutdown(connection.socket, SHUT_RD);
         }
     }

@@ -17,7 +17,7 @@
 
 namespace nmos_instrument::host {
 
-/// A client's connection. It belongs to its server thread, except for what is marked.
+/// A client's connection. It belongs to its server thread, except where a comment says otherwise.
 struct Connection
 {
     using Clock = std::chrono::steady_clock;
@@ -35,47 +35,47 @@ struct Connection
     const int socket;
     const std::string peer;
 
-    /// From the headers' end until the answer has been sent.
+    /// From the end of the headers until the answer has been sent.
     std::unique_ptr<Exchange> exchange;
     bool has_served = false; ///< a request before this one
 
     // For every thread:
     std::atomic<Clock::time_point> deadline{Clock::time_point::max()};
     std::atomic<bool> has_request{false};  ///< from the request line until the answer has been sent
-    std::atomic<bool> has_answered{false}; ///< since the last look of the watchdog
+    std::atomic<bool> has_answered{false}; ///< since the watchdog last looked
 
     // Under the table's lock:
     std::shared_ptr<PendingAnswer> late_answer;
     std::list<Connection>::iterator place;
 };
 
-/// All open connections, for those who end them from outside: the watchdog and stop().
+/// All open connections, for the watchdog and for stop(), which end them from other threads.
 class ConnectionTable
 {
 public:
     Connection& add(int socket, std::string peer);
 
-    /// Before the socket is closed: nobody may shut down the next owner of its number.
+    /// Call it before the socket is closed: its number may soon belong to another connection.
     void remove(Connection& connection);
 
-    /// Ends the connections whose deadline has passed, and those whose client has finished sending and
-    /// has its answer.
+    /// Ends the connections whose deadline has passed, and those whose client has finished sending
+    /// and has received its answer.
     void end_overdue();
 
     /// Lets connections without a request read what has arrived, then end.
     void end_idle();
 
-    /// Waits for the last connection to go; tells whether it has.
+    /// Waits until the last connection is gone; false if it is not.
     bool wait_until_empty(std::chrono::milliseconds at_most);
 
-    /// Makes the answer one of those that give_up_late_answers() gives; after that, gives it up at once.
+    /// Notes an answer for give_up_late_answers(). If that has been called, gives it up at once.
     void expect_late_answer(Connection& connection, std::shared_ptr<PendingAnswer> answer);
     void forget_late_answer(Connection& connection);
 
-    /// Answers with 503 all those that are waited for, and those that will be.
+    /// Answers 503 in place of every late answer, from now on too.
     void give_up_late_answers();
 
-    /// Waits for as long as there is no connection, then for `interval`; false once closed.
+    /// Waits while there is no connection, then for `interval`; false after close_watch().
     bool wait_for_next_look(std::chrono::milliseconds interval);
     void close_watch();
 

@@ -11,9 +11,9 @@
 
 namespace nmos_instrument::host {
 
-/// `{"code":404,"error":"...","debug":"..."}`, the body of every error in IS-04 and IS-05; debug is
-/// null when there is none. Bytes that are not UTF-8 become U+FFFD, so that what a client sent may be
-/// quoted.
+/// `{"code":404,"error":"...","debug":"..."}`, the body of every error in IS-04 and IS-05; without
+/// `debug` its value is null. Bytes that are not UTF-8 become U+FFFD, so that it may quote anything
+/// that a client sent.
 std::string error_body(int code, std::string_view error,
                        const std::optional<std::string>& debug = std::nullopt);
 

@@ -13,16 +13,16 @@
 
 namespace nmos_instrument::host {
 
-/// One request on its way in and its answer on its way out, on the connection's server thread.
+/// One request as it comes in and its answer as it goes out, on the connection's server thread.
 struct Exchange
 {
     HttpRequest request;
     bool is_head = false;
 
-    /// Instead of asking the handler; what still arrives of the body is thrown away.
+    /// Sent instead of asking the handler; the rest of the body is thrown away.
     std::optional<HttpResponse> refusal;
 
-    /// Once the handler has been asked.
+    /// Set when the handler has been asked.
     std::shared_ptr<PendingAnswer> answer;
     bool is_late = false;
 

@@ -20,14 +20,14 @@ sockaddr_in name_of(const std::string& address, std::uint16_t port)
     name.sin_family = AF_INET;
     name.sin_port = htons(port);
     if (inet_pton(AF_INET, address.c_str(), &name.sin_addr) != 1)
-        throw std::invalid_argument("'" + address + "' is no IPv4 address");
+        throw std::invalid_argument("'" + address + "' is not an IPv4 address");
     return name;
 }
 
-/// Binds, listens, and writes the port that was got into `name`; false with errno when it cannot.
+/// Binds, listens, and writes the actual port into `name`; false, with errno, if it cannot.
 bool listen_on(int descriptor, sockaddr_in& name)
 {
-    // A restart must not wait for the connections of the last run to be forgotten.
+    // Otherwise a restart would have to wait until the kernel forgets the old connections.
     const int yes = 1;
     setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     // The kernel cuts the queue to net.core.somaxconn.

@@ -9,8 +9,8 @@
 
 namespace nmos_instrument::host {
 
-/// A socket that listens. Who connects before a server accepts waits in the kernel's queue. Made
-/// here rather than by libmicrohttpd, which would not say why it cannot.
+/// A socket that listens. Clients that connect before a server accepts them wait in the kernel's
+/// queue. It is made here because libmicrohttpd would not say why it failed.
 class ListeningSocket
 {
 public:
@@ -26,7 +26,7 @@ public:
 
     std::uint16_t port() const { return port_; }
 
-    /// Gives the descriptor away: whoever takes it closes it.
+    /// Gives the descriptor to the caller, who has to close it.
     int release() { return std::exchange(descriptor_, -1); }
 
 private:
@@ -34,7 +34,7 @@ private:
     std::uint16_t port_;
 };
 
-/// At the first port from `port` on that nobody uses.
+/// Listens at the first free port from `port` on.
 ListeningSocket listen_at_first_free_port(const std::string& address, std::uint16_t port);
 
 } // namespace nmos_instrument::host

@@ -20,7 +20,7 @@ constexpr std::size_t size_limit = 1024UL * 1024;
 constexpr long time_limit_ms = 2000;
 constexpr long redirect_limit = 2;
 
-/// Of requests at once; each costs a socket.
+/// How many requests may run at once; each costs a socket.
 constexpr std::size_t fetch_limit = 64;
 
 struct Fetch
@@ -44,7 +44,7 @@ std::size_t take_bytes(char* bytes, std::size_t size, std::size_t count, void* u
     return length;
 }
 
-/// libcurl wants this once in a process, before any thread.
+/// libcurl needs this once in a process, before any thread starts.
 void initialise_curl()
 {
     static const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -103,7 +103,7 @@ private:
             curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
         }
         while (!running_.empty())
-            finish(running_.begin()->first, "the instrument ends");
+            finish(running_.begin()->first, "the instrument is stopping");
     }
 
     bool take_waiting()
@@ -138,7 +138,7 @@ private:
         curl_easy_setopt(handle, CURLOPT_MAXREDIRS, redirect_limit);
         curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, time_limit_ms);
         curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-        // Media networks are local; a proxy that the environment names would not reach them.
+        // Media networks are local: a proxy from the environment would not reach them.
         curl_easy_setopt(handle, CURLOPT_PROXY, "");
         curl_easy_setopt(handle, CURLOPT_USERAGENT, "nmos-instrument");
         curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, take_bytes);
@@ -163,7 +163,7 @@ private:
             else if (result != CURLE_OK)
                 why = curl_easy_strerror(result);
             else if (status != 200)
-                why = "answered " + std::to_string(status);
+                why = "the server answered " + std::to_string(status);
             finish(handle, why);
         }
     }

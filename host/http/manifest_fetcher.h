@@ -13,11 +13,11 @@ struct FetchedManifest
 {
     bool fetched = false;
     std::string content;
-    std::string why; ///< when it was not fetched
+    std::string why; ///< if it was not fetched
 };
 
-/// Fetches the SDP files of other senders by HTTP, on one thread of its own for all. A file may
-/// have 1 MiB and take 2 seconds and two redirects; http and https only, redirects too.
+/// Fetches the SDP files of other senders by HTTP, all on one thread of its own. A file may have up
+/// to 1 MiB, take up to 2 seconds, and be up to two redirects away; all by http or https only.
 class ManifestFetcher
 {
 public:
@@ -25,13 +25,13 @@ public:
 
     ManifestFetcher();
 
-    /// What is under way is given up, with a reason.
+    /// Running fetches are given up, with a reason.
     ~ManifestFetcher();
 
     ManifestFetcher(const ManifestFetcher&) = delete;
     ManifestFetcher& operator=(const ManifestFetcher&) = delete;
 
-    /// `receive` is called once, on the thread of the fetcher or at once.
+    /// Calls `receive` once, from the fetcher's thread or at once.
     void fetch(const std::string& url, Receive receive);
 
 private:

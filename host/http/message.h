@@ -16,16 +16,16 @@ struct HttpRequest
     /// As received; methods are case-sensitive (RFC 9110 9.1). HEAD arrives as GET.
     std::string method;
 
-    /// As received, with three exceptions: the query is cut off, so are the scheme and host of an
-    /// absolute target, and a percent-encoded letter, digit, "-", ".", "_" or "~" is decoded, because
-    /// RFC 3986 6.2.2.2 makes both spellings the same path. Everything else stays encoded: "%2F" is no
-    /// slash and "%00" no end. OPTIONS may have "*".
+    /// As received, with three exceptions: the query is cut off; the scheme and host of an absolute
+    /// target are cut off; and a percent-encoded letter, digit, "-", ".", "_" or "~" is decoded,
+    /// because RFC 3986 6.2.2.2 makes both spellings the same path. Everything else stays encoded:
+    /// "%2F" is not a slash and "%00" does not end the path. OPTIONS may have "*".
     std::string path;
 
-    /// As received, with its parameters; nothing when there is no such header.
+    /// As received, with its parameters; nothing if there is no such header.
     std::optional<std::string> content_type;
 
-    /// Any bytes, NUL too.
+    /// Any bytes, including NUL.
     std::string body;
 
     /// Address and port of the client, such as "192.168.1.20:50123".
@@ -37,7 +37,7 @@ struct HttpResponse
 {
     int status = 200;
 
-    /// Sent as it stands; empty: no such header.
+    /// Sent as it is; without this header if empty.
     std::string content_type = "application/json";
 
     std::string body;

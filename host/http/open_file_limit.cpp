@@ -10,7 +10,7 @@ namespace nmos_instrument::host {
 
 unsigned make_room_for_connections(unsigned wanted)
 {
-    // Log, state file, manifests that are fetched, and the server's own few.
+    // The log, the state file, the manifests that are being fetched, and some of the server's own.
     constexpr rlim_t other_files = 128;
 
     rlimit limit{};
@@ -19,7 +19,7 @@ unsigned make_room_for_connections(unsigned wanted)
     const rlim_t needed = wanted + other_files;
     if (limit.rlim_cur != RLIM_INFINITY && limit.rlim_cur < needed) {
         rlimit raised{needed, std::max(limit.rlim_max, needed)};
-        // The hard limit is the administrator's; only a privileged process may raise it.
+        // The hard limit belongs to the administrator: only a privileged process may raise it.
         if (setrlimit(RLIMIT_NOFILE, &raised) != 0) {
             raised = {std::min(limit.rlim_max, needed), limit.rlim_max};
             if (setrlimit(RLIMIT_NOFILE, &raised) != 0)

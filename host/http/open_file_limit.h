@@ -5,8 +5,9 @@
 
 namespace nmos_instrument::host {
 
-/// How many of `wanted` connections the process may hold open, after its limit of open files has been
-/// raised as far as needed and allowed; some files are left to others. The limit is never lowered.
+/// Raises the process's limit of open files, as far as needed and allowed, and returns how many of
+/// the `wanted` connections it may then hold open. Some files are reserved for other uses. The
+/// limit is never lowered.
 unsigned make_room_for_connections(unsigned wanted);
 
 } // namespace nmos_instrument::host

@@ -33,8 +33,8 @@ std::optional<HttpResponse> PendingAnswer::take()
 
 std::optional<HttpResponse> PendingAnswer::take_or_suspend()
 {
-    // Under the lock, because an answer between the look and the suspension would resume nothing and
-    // the connection would sleep for ever.
+    // Under the lock, because an answer between the check and the suspension would resume nothing,
+    // and the connection would sleep for ever.
     const std::lock_guard lock(mutex_);
     if (!response_) {
         suspended_ = true;

@@ -12,25 +12,26 @@ struct MHD_Connection;
 
 namespace nmos_instrument::host {
 
-/// Where whoever gives the answer and the connection's server thread meet. The one may come long after
-/// the other has left: then the connection is suspended, so that it costs nothing until the answer
-/// resumes it.
+/// Where the thread that gives an answer meets the server thread of the connection. The answer may
+/// come long after the server thread has left: the connection is then suspended, so that it costs
+/// nothing until the answer resumes it.
 class PendingAnswer
 {
 public:
     explicit PendingAnswer(MHD_Connection* connection) : connection_(connection) {}
 
-    /// From any thread; only the first answer counts, and none once the request has ended.
+    /// From any thread. Only the first answer counts, and none counts after the request has ended.
     void give(HttpResponse response);
     bool is_given();
 
-    /// On the server thread: the answer if there is one.
+    /// On the server thread: the answer, if there is one.
     std::optional<HttpResponse> take();
 
-    /// On the server thread: the answer, or nothing and the connection is suspended until it comes.
+    /// On the server thread: the answer; or nothing, and the connection is suspended until it
+    /// comes.
     std::optional<HttpResponse> take_or_suspend();
 
-    /// On the server thread: the request has ended, the connection must not be touched any more.
+    /// On the server thread: the request has ended, so the connection must not be used any more.
     void end();
 
 private:

@@ -31,7 +31,7 @@ ResponsePointer response_around(std::string text)
     ResponsePointer response(MHD_create_response_from_buffer_with_free_callback_cls(
         body->size(), body->data(), &delete_body, body.get()));
     if (response)
-        static_cast<void>(body.release()); // delete_body has it
+        static_cast<void>(body.release()); // delete_body deletes it
     return response;
 }
 
@@ -40,10 +40,10 @@ bool add_header(MHD_Response& response, const char* name, const char* value)
     return MHD_add_response_header(&response, name, value) == MHD_YES;
 }
 
-// False: HTTP allows no such answer, or memory is short.
+// False if HTTP does not allow such an answer, or if memory is short.
 bool queue(MHD_Connection* connection, HttpResponse& answer, AfterAnswer after)
 {
-    // Interim answers (1xx) are libmicrohttpd's own.
+    // Only libmicrohttpd itself sends interim answers (1xx).
     if (answer.status < 200 || answer.status > 599)
         return false;
     const ResponsePointer response = response_around(std::move(answer.body));
@@ -67,7 +67,7 @@ int queue_response(MHD_Connection* connection, HttpResponse response, AfterAnswe
 {
     if (queue(connection, response, after))
         return response.status;
-    response = error_response(500, "Internal error", "the answer was not fit to be sent");
+    response = error_response(500, "Internal error", "HTTP does not allow the answer");
     return queue(connection, response, after) ? response.status : 0;
 }
 

@@ -7,8 +7,8 @@
 
 namespace nmos_instrument::host {
 
-/// Calls one of the log callbacks of HttpServerOptions, if it is set. A log line that cannot be written
-/// is no reason to fail.
+/// Calls one of the log callbacks of HttpServerOptions, if it is set. A request does not fail
+/// because a log line cannot be written.
 template <typename Callback, typename Message>
 void report(const Callback& callback, Message&& message) noexcept
 {

@@ -24,14 +24,14 @@ const char* header(MHD_Connection* connection, const char* name)
     return MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);
 }
 
-// True: the client sends the body only after "100 Continue".
+// True if the client sends the body only after "100 Continue".
 bool waits_before_body(MHD_Connection* connection)
 {
     const char* expectation = header(connection, MHD_HTTP_HEADER_EXPECT);
     return expectation != nullptr && strcasecmp(expectation, "100-continue") == 0;
 }
 
-// 0 for a chunked body. A malformed length never comes here.
+// 0 for a chunked body. libmicrohttpd has refused malformed lengths before.
 unsigned long long announced_length(MHD_Connection* connection)
 {
     const char* length = header(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);
@@ -40,7 +40,7 @@ unsigned long long announced_length(MHD_Connection* connection)
     return std::strtoull(length, nullptr, 10);
 }
 
-// Whoever keeps the reply shares this; when all have gone without an answer, that is the answer.
+// All copies of the reply share this. When the last one goes without an answer, this gives one.
 class LastReply
 {
 public:
@@ -53,7 +53,7 @@ public:
         try {
             answer_->give(error_response(500, "Internal error", "the request was not answered"));
         } catch (...) {
-            // Memory is short; the client's patience or stop() ends the connection.
+            // Memory is short. The client or stop() will end the connection.
         }
     }
 
@@ -84,10 +84,12 @@ MHD_Result RequestFlow::begin(Connection& connection, MHD_Connection* mhd, const
 
     const char* coding = header(mhd, MHD_HTTP_HEADER_TRANSFER_ENCODING);
     if (coding != nullptr && strcasecmp(coding, "chunked") != 0) {
-        // Its end could not be found; libmicrohttpd closes the connection after such an answer.
+        // The end of the body cannot be found. libmicrohttpd closes the connection after this
+        // answer.
         return send(connection, mhd,
-                    error_response(501, "Transfer coding not understood",
-                                   std::string(coding) + ": only chunked is"));
+                    error_response(501, "Transfer coding not supported",
+                                   "Transfer-Encoding: found " + std::string(coding) +
+                                       ", allowed: chunked"));
     }
     if (announced_length(mhd) > options_.body_limit) {
         if (waits_before_body(mhd))
@@ -140,15 +142,15 @@ MHD_Result RequestFlow::finish(Connection& connection, MHD_Connection* mhd)
     if (exchange.refusal)
         return send(connection, mhd, std::move(*exchange.refusal));
     if (!exchange.answer) {
-        connection.clear_deadline(); // the handler's time is not the client's
+        connection.clear_deadline(); // the handler's time does not count for the client
         exchange.answer = ask_handler(exchange.request, mhd);
         release_body(exchange);
     }
     std::optional<HttpResponse> response = exchange.answer->take();
     if (!response && !exchange.is_late) {
-        // Suspended now, the connection would still be marked for reading when it is resumed, and
-        // libmicrohttpd would drop a client that has shut down its sending side meanwhile. A round
-        // without an answer takes the mark away, and leads here again at once.
+        // If it were suspended now, the connection would still be marked for reading when it is
+        // resumed, and libmicrohttpd would drop a client that has shut down its sending side
+        // meanwhile. One round without an answer removes the mark, and comes back here at once.
         exchange.is_late = true;
         connections_.expect_late_answer(connection, exchange.answer);
         return MHD_YES;
@@ -166,7 +168,7 @@ std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const HttpRequest& reque
         report(options_.on_failure, request.method + ' ' + request.path + ": " + what);
         answer->give(error_response(500, "Internal error", what));
     };
-    // Kept until an exception is reported: unwinding takes the handler's own copy first.
+    // This copy lasts until an exception is reported: unwinding destroys the handler's copy first.
     const auto last = std::make_shared<LastReply>(answer);
     try {
         handler_(request, [last](HttpResponse response) { last->give(std::move(response)); });

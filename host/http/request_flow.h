@@ -19,11 +19,12 @@
 namespace nmos_instrument::host {
 
 /// What happens from the end of a request's headers to the last byte of its answer, on the server
-/// thread of its connection. libmicrohttpd's result says whether the connection goes on.
+/// thread of its connection. The MHD_Result says whether the connection goes on.
 class RequestFlow
 {
 public:
-    /// All but the handler must outlive it. Once `stopping` holds, an answer is a connection's last.
+    /// All arguments but the handler must outlive it. While `stopping` is true, an answer is the
+    /// last one of its connection.
     RequestFlow(const HttpServerOptions& options, HttpHandler handler, ConnectionTable& connections,
                 const std::atomic<bool>& stopping)
         : options_(options),
@@ -42,7 +43,7 @@ public:
     /// The request is complete, or its late answer has come.
     MHD_Result finish(Connection& connection, MHD_Connection* mhd);
 
-    /// The answer has been handed over, or the connection has ended before.
+    /// The answer has been handed over, or the connection has ended before that.
     void end(Connection& connection, MHD_RequestTerminationCode how);
 
 private:

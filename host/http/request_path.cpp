@@ -27,7 +27,7 @@ bool is_unreserved(unsigned c)
            c == '.' || c == '_' || c == '~';
 }
 
-// RFC 9112 3.2.2: servers take the absolute form too, although only proxies are sent it.
+// RFC 9112 3.2.2: servers accept the absolute form too, although clients send it to proxies only.
 std::string_view without_scheme_and_host(std::string_view target)
 {
     if (target.starts_with('/'))

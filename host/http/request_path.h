@@ -8,7 +8,7 @@
 
 namespace nmos_instrument::host {
 
-/// The path of a request target whose query is cut off already, as HttpRequest::path describes it.
+/// The path of a request target without its query, in the form that HttpRequest::path describes.
 std::string request_path(std::string_view target);
 
 } // namespace nmos_instrument::host

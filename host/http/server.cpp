@@ -32,10 +32,10 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Headers and one piece of a body; libmicrohttpd clears as much after each request.
+// For the headers and one piece of a body. libmicrohttpd clears this much after each request.
 constexpr std::intptr_t connection_memory = std::intptr_t{16} * 1024;
 
-// What stop() adds to its deadline, so that those who are given up get to know.
+// What stop() adds to its deadline, so that clients whose requests are given up hear about it.
 constexpr milliseconds farewell{250};
 
 std::string peer_text(const sockaddr* address)
@@ -60,8 +60,8 @@ public:
     void stop();
 
 private:
-    // libmicrohttpd's callbacks: each finds its daemon in the first parameter and lets no exception
-    // out.
+    // libmicrohttpd's callbacks: the first parameter of each is its daemon, and none lets an
+    // exception out.
     static MHD_Result on_arrival(void* self, const sockaddr* address, socklen_t length);
     static void on_connection(void* self, MHD_Connection* connection, void** context,
                               MHD_ConnectionNotificationCode what);
@@ -100,7 +100,7 @@ HttpServer::Daemon::Daemon(ListeningSocket socket, HttpServerOptions options, Ht
     const AllSignalsBlocked inherited_by_threads;
     daemon_ = start(socket.release());
     if (daemon_ == nullptr) // the socket may be closed or not, depending on what failed
-        throw std::runtime_error("libmicrohttpd does not start");
+        throw std::runtime_error("libmicrohttpd did not start");
     try {
         watchdog_ = std::thread([this] { watch(); });
     } catch (...) {
@@ -111,8 +111,8 @@ HttpServer::Daemon::Daemon(ListeningSocket socket, HttpServerOptions options, Ht
 
 MHD_Daemon* HttpServer::Daemon::start(int listening_socket)
 {
-    // The logger first, so that it hears about the options after it. No time-out of libmicrohttpd's:
-    // every byte would begin it anew.
+    // The logger comes first, so that it hears about the options after it. libmicrohttpd's own
+    // time-out is not used: every byte would start it again.
     std::vector<MHD_OptionItem> settings{
         {MHD_OPTION_EXTERNAL_LOGGER, reinterpret_cast<std::intptr_t>(&on_remark), this},
         {MHD_OPTION_LISTEN_SOCKET, listening_socket, nullptr},
@@ -125,7 +125,7 @@ MHD_Daemon* HttpServer::Daemon::start(int listening_socket)
         {MHD_OPTION_NOTIFY_COMPLETED, reinterpret_cast<std::intptr_t>(&on_request_end), this},
         {MHD_OPTION_URI_LOG_CALLBACK, reinterpret_cast<std::intptr_t>(&on_request_line), this},
         {MHD_OPTION_UNESCAPE_CALLBACK, reinterpret_cast<std::intptr_t>(&leave_encoded), this}};
-    if (options_.threads > 1) // a pool of one would be a remark in the log
+    if (options_.threads > 1) // libmicrohttpd would complain about a pool of one
         settings.push_back({MHD_OPTION_THREAD_POOL_SIZE, options_.threads, nullptr});
     settings.push_back({MHD_OPTION_END, 0, nullptr});
     return MHD_start_daemon(MHD_USE_EPOLL | MHD_USE_INTERNAL_POLLING_THREAD |
@@ -139,8 +139,8 @@ void HttpServer::Daemon::stop()
     const std::lock_guard lock(stop_mutex_);
     if (daemon_ == nullptr)
         return;
-    // Quiescing libmicrohttpd would race with its own threads over the listening socket and may abort
-    // the process, so arrivals are turned away instead.
+    // Quiescing libmicrohttpd would race with its own threads over the listening socket and might
+    // abort the process, so new connections are refused instead.
     stopping_ = true;
     const auto end = std::chrono::steady_clock::now() + options_.stop_deadline;
     do
@@ -148,7 +148,7 @@ void HttpServer::Daemon::stop()
     while (!connections_.wait_until_empty(milliseconds(10)) &&
            std::chrono::steady_clock::now() < end);
 
-    // libmicrohttpd aborts the process when it is stopped with suspended connections.
+    // libmicrohttpd aborts the process if it is stopped with suspended connections.
     connections_.give_up_late_answers();
     connections_.wait_until_empty(farewell);
 
@@ -196,12 +196,12 @@ void HttpServer::Daemon::on_connection(void* self, MHD_Connection* connection, v
         added.set_deadline(daemon.options_.header_deadline);
         *context = &added;
     } catch (...) {
-        // Nobody would look after its deadlines.
+        // Nothing would enforce its deadlines.
         shutdown(socket, SHUT_RDWR);
     }
 }
 
-// What this gives is the context of the request's other callbacks.
+// The result becomes the context of the request's other callbacks.
 void* HttpServer::Daemon::on_request_line(void* self, const char*, MHD_Connection* connection)
 {
     auto* ours = static_cast<Connection*>(
@@ -214,15 +214,15 @@ void* HttpServer::Daemon::on_request_line(void* self, const char*, MHD_Connectio
     return ours;
 }
 
-// Decoding here would make "%00" the end of the path and "%2F" a slash; see request_path.
+// If it were decoded here, "%00" would end the path and "%2F" would be a slash; see request_path.
 size_t HttpServer::Daemon::leave_encoded(void*, MHD_Connection*, char* text)
 {
     return std::strlen(text);
 }
 
-// Called once when the headers are complete, once for each piece of the body, once when the request is,
-// and once more when a late answer has resumed the connection. An answer must not be queued while
-// pieces come.
+// Called once when the headers are complete, once for each piece of the body, once when the request
+// is complete, and once more when a late answer has resumed the connection. An answer must not be
+// queued while pieces of the body are still coming.
 MHD_Result HttpServer::Daemon::on_request(void* self, MHD_Connection* connection,
                                           const char* target, const char* method, const char*,
                                           const char* data, size_t* size, void** context)

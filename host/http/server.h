@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// An HTTP/1.1 server around libmicrohttpd: whole requests in, whole answers out.
+// An HTTP/1.1 server around libmicrohttpd: complete requests in, complete answers out.
 //
 //     HttpServer server(options, [](const HttpRequest& request, HttpReply reply) {
 //         reply(HttpResponse{.body = "[\"self/\"]"});
 //     });
 //
-// Clients cost a connection, never a thread: one that is slow, idle or waiting for a late answer
-// keeps no other from its own.
+// A client costs a connection, never a thread: one that is slow, idle or waiting for a late answer
+// does not hold up the others.
 
 #ifndef NMOS_INSTRUMENT_HOST_HTTP_SERVER_H
 #define NMOS_INSTRUMENT_HOST_HTTP_SERVER_H
@@ -24,23 +24,23 @@
 
 namespace nmos_instrument::host {
 
-/// Gives the answer: once, from any thread, before the handler returns or at any time after, even
-/// when the server is gone. Calls after the first do nothing. When the last copy goes away uncalled,
-/// the client gets a 500.
+/// Gives the answer: once, from any thread, before the handler returns or at any time after that,
+/// even when the server is gone. Calls after the first do nothing. If the last copy goes away
+/// without a call, the client gets a 500.
 using HttpReply = std::function<void(HttpResponse)>;
 
-/// Called on a server thread, on several at once. It must not wait, for another HTTP request least of
-/// all: whoever needs time keeps the reply and returns. The request is gone then, so copy what you
-/// need of it. An exception becomes a 500 with its text.
+/// Called on several server threads at once. It must not wait, least of all for another HTTP
+/// request: a handler that needs time keeps the reply and returns. The request is gone then, so
+/// copy what you need from it. An exception becomes a 500 with its text.
 using HttpHandler = std::function<void(const HttpRequest&, HttpReply)>;
 
 /// One finished request, for a log.
 struct HttpAccess
 {
-    std::string method; ///< as received, HEAD too
+    std::string method; ///< as received, so HEAD stays HEAD
     std::string path;   ///< as in HttpRequest
     std::string peer;
-    int status; ///< 0: the client went away before its answer
+    int status; ///< 0 if the client went away before its answer
     std::chrono::microseconds
         duration; ///< from the end of the headers to the last byte handed over
 };
@@ -52,7 +52,7 @@ struct HttpServerOptions
     unsigned threads = 2;
 
     /// The limit of open files is raised for it as far as the system allows, see
-    /// HttpServer::connection_limit. Who comes when it is reached waits in the listen queue.
+    /// HttpServer::connection_limit. Clients above it wait in the listen queue.
     unsigned connection_limit = 4096;
 
     /// Connections above it are closed at once; 0: no limit.
@@ -60,18 +60,18 @@ struct HttpServerOptions
 
     std::size_t body_limit = std::size_t{1024} * 1024; ///< longer: 413
 
-    /// All bodies on their way in, together; who would exceed it gets a 503.
+    /// All bodies that are being received, together; a request that would exceed it gets a 503.
     std::size_t body_memory = std::size_t{64} * 1024 * 1024;
 
-    // The connection is ended when a deadline has passed, however regularly bytes trickle. 0 ends
-    // everything at once: there is no value for "never".
+    // A connection ends when a deadline has passed, however regularly bytes trickle in. 0 ends
+    // everything at once; there is no value for "never".
     std::chrono::milliseconds header_deadline{
         10'000};                                     ///< connected, or request line, to header end
     std::chrono::milliseconds body_deadline{30'000}; ///< header end to body end
     std::chrono::milliseconds answer_deadline{30'000}; ///< reply to the last byte accepted
     std::chrono::milliseconds idle_deadline{30'000};   ///< answer to the next request line
 
-    /// What stop() leaves to requests that run; then they are answered with 503.
+    /// How long stop() waits for running requests before it answers them with 503.
     std::chrono::milliseconds stop_deadline{1'500};
 
     // For a log. All may be called on several threads at once; exceptions are swallowed.
@@ -87,7 +87,8 @@ public:
     /// ListeningSocket does.
     HttpServer(HttpServerOptions options, HttpHandler handler);
 
-    /// The same on a socket that listens already: its address and port count, not the options'.
+    /// The same on a socket that already listens, whose address and port replace those of the
+    /// options.
     HttpServer(ListeningSocket socket, HttpServerOptions options, HttpHandler handler);
 
     /// Stops.
@@ -98,12 +99,12 @@ public:
 
     std::uint16_t port() const;
 
-    /// The option, or less where the system grants fewer open files.
+    /// The option, or less if the system allows fewer open files.
     unsigned connection_limit() const;
 
-    /// Accepts nothing more, closes idle connections, finishes what runs within the stop deadline and
-    /// closes the rest; when it returns no handler runs and none will. Further calls do nothing. Not
-    /// to be called by a handler or a callback: they run on the threads it waits for.
+    /// Accepts nothing more, closes idle connections, finishes running requests within the stop
+    /// deadline and closes the rest. When it returns, no handler runs and none will. Further calls
+    /// do nothing. A handler or a callback must not call it: it waits for their threads.
     void stop();
 
 private:

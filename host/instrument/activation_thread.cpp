@@ -10,8 +10,8 @@
 namespace nmos_instrument::host {
 namespace {
 
-/// On a busy machine an ordinary thread comes some milliseconds late. This one runs for microseconds
-/// at a time, so it may go before all others where the system lets it; else it stays ordinary.
+/// On a busy machine an ordinary thread is some milliseconds late. This one runs for microseconds
+/// at a time, so it may go before all others if the system allows it; otherwise it stays ordinary.
 void become_punctual()
 {
     sched_param parameters{};
@@ -49,12 +49,12 @@ void ActivationThread::run()
     become_punctual();
     const auto woken = [this] { return changed_ || ends_; };
     for (;;) {
-        // What changes from here on sets changed_ and ends the wait at once.
+        // Any change from here on sets changed_ and ends the wait at once.
         const std::optional<TaiTime> due = instrument_.next_due();
         {
             std::unique_lock lock(mutex_);
-            // On the system clock, not on a duration: when somebody sets the clock, the instant
-            // moves, and the kernel wakes us at the right one.
+            // This waits for a time of the system clock, not for a duration: if the clock is set
+            // meanwhile, the kernel still wakes us at the right instant.
             if (due)
                 wake_up_.wait_until(lock, system_time_of(*due), woken);
             else

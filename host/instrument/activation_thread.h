@@ -11,7 +11,7 @@
 
 namespace nmos_instrument::host {
 
-/// Waits for the scheduled activations of an instrument and has each performed at its instant.
+/// Waits for the scheduled activations of an instrument and starts each one on time.
 class ActivationThread
 {
 public:
@@ -21,7 +21,7 @@ public:
     ActivationThread(const ActivationThread&) = delete;
     ActivationThread& operator=(const ActivationThread&) = delete;
 
-    /// To be called when what is pending may have changed.
+    /// Call it when the schedule may have changed.
     void look_again();
 
 private:

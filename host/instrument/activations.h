@@ -26,34 +26,34 @@ struct ActivationReport
 {
     std::string resource; ///< "receivers/<id>"
     std::string mode;
-    TaiTime due;     ///< when it was to happen; of one that was not scheduled when it was asked for
+    TaiTime due;     ///< when it had to happen; without a schedule, when it was requested
     TaiTime done;    ///< when it happened
-    std::string why; ///< of a failure
+    std::string why; ///< failures only
 };
 
-/// The activations that are scheduled, one for a sender or receiver at most, and reports of the last
-/// ones that took place. Its owner locks.
+/// The scheduled activations, at most one for each sender or receiver, and reports on the latest
+/// ones that took place. The owner must lock.
 class Activations
 {
 public:
     void schedule(const ScheduledActivation& activation);
-    /// False when none was scheduled.
+    /// False if none was scheduled.
     bool cancel(const ConnectionKey& key);
 
-    /// Null: none is scheduled.
+    /// Null if none is scheduled.
     const ScheduledActivation* find(const ConnectionKey& key) const;
     const std::map<ConnectionKey, ScheduledActivation>& scheduled() const { return scheduled_; }
 
     /// When the next one is due.
     std::optional<TaiTime> next_due() const;
 
-    /// Takes one that is due out of the schedule.
+    /// Removes one that is due from the schedule, and returns it.
     std::optional<ScheduledActivation> take_due(const TaiTime& now);
 
     void report_done(ActivationReport report) { remember(done_, std::move(report)); }
     void report_failed(ActivationReport report) { remember(failed_, std::move(report)); }
 
-    /// The last ones, newest first.
+    /// The latest ones, newest first.
     const std::deque<ActivationReport>& done() const { return done_; }
     const std::deque<ActivationReport>& failed() const { return failed_; }
 

@@ -10,20 +10,20 @@ namespace nmos_instrument::host {
 
 enum class ChangeResult
 {
-    done,     ///< staged, cancelled, or activated at once as asked for
-    accepted, ///< asked for at a time: scheduled, or activated where that time has passed
-    invalid,  ///< the parameters cannot be taken
+    done,     ///< staged, cancelled, or activated at once as requested
+    accepted, ///< requested for a time: scheduled, or activated if that time has passed
+    invalid,  ///< the parameters cannot be used
     locked,   ///< an activation is scheduled
     failed    ///< the hardware could not do it
 };
 
-/// How a change of a connection ended. Of a refusal nothing has changed.
+/// How a change of a connection ended. A refusal has changed nothing.
 struct ChangeOutcome
 {
     ChangeResult result = ChangeResult::done;
-    std::string body;  ///< done and accepted: the whole staged parameters
-    std::string error; ///< else: what is wrong
-    std::string debug; ///< else: where, what was found, and what is allowed
+    std::string body;  ///< done and accepted: all staged parameters
+    std::string error; ///< otherwise: what is wrong
+    std::string debug; ///< otherwise: where, what was found, and what is allowed
 
     bool is_refusal() const
     {
@@ -33,7 +33,7 @@ struct ChangeOutcome
 
 inline ChangeOutcome invalid_parameters(std::string findings)
 {
-    return {ChangeResult::invalid, "", "The parameters cannot be taken", std::move(findings)};
+    return {ChangeResult::invalid, "", "The parameters cannot be used", std::move(findings)};
 }
 
 } // namespace nmos_instrument::host

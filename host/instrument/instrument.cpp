@@ -21,7 +21,7 @@ namespace {
 
 constexpr ActivationTexts no_activation;
 
-/// IS-05 v1.0: "mode": null gives up what is scheduled.
+/// IS-05 v1.0: "mode": null cancels what is scheduled.
 bool cancels(const ConnectionPatch& patch)
 {
     return patch.activation && patch.activation->mode == ActivationMode::none;
@@ -30,14 +30,15 @@ bool cancels(const ConnectionPatch& patch)
 ChangeOutcome locked_until(const std::string& name, const TaiTime& due)
 {
     return {ChangeResult::locked, "", "The resource is locked: an activation is scheduled",
-            name + " activates at " + to_text(due) + "; /activation/mode null cancels that"};
+            name + " activates at " + to_text(due) +
+                "; set /activation/mode to null to cancel that"};
 }
 
 ChangeOutcome beyond_tai(const ActivationRequest& request)
 {
     return invalid_parameters("/activation/requested_time: found " +
                               in_quotes(request.requested_time_text) +
-                              ", from now on that is beyond what a TAI clock can show");
+                              ", counted from now that is later than a TAI clock can show");
 }
 
 ChangeResult success_of(const ActivationRequest& request)
@@ -45,7 +46,7 @@ ChangeResult success_of(const ActivationRequest& request)
     return is_scheduled(request.mode) ? ChangeResult::accepted : ChangeResult::done;
 }
 
-/// `activation_time`: its text; must live as long as the result, as `request` must.
+/// `activation_time` and `request` must outlive the result.
 ActivationTexts texts_of(const ActivationRequest& request, std::string_view activation_time)
 {
     return {text_of(request.mode),
@@ -53,7 +54,7 @@ ActivationTexts texts_of(const ActivationRequest& request, std::string_view acti
             activation_time};
 }
 
-/// The record has one port: a controller that sends another as source port hears so in the log.
+/// The record has one port: if a controller sends a different source port, the log says so.
 void log_source_ports(const std::string& name, const ConnectionPatch& patch,
                       const CONNECTION_HALF_IS05_ST& staged, std::vector<std::string>& log)
 {
@@ -62,7 +63,7 @@ void log_source_ports(const std::string& name, const ConnectionPatch& patch,
         if (port && *port != staged.transport_params[i].destination_port)
             log.push_back(name + ": source_port " + std::to_string(*port) + " of leg " +
                           std::to_string(i + 1) +
-                          " is not kept, it is always the destination port");
+                          " is not kept: it is always the destination port");
     }
 }
 
@@ -175,7 +176,7 @@ ChangeOutcome Instrument::activate_now(const ConnectionKey& key, CONNECTION_HALF
     const std::string name = resource_name(key);
     const std::string mode(text_of(request.mode));
     const std::string now_text = to_text(now);
-    // The answer shows the activation, the staged parameters themselves never do.
+    // The answer shows the activation; the staged parameters themselves never do.
     set_activation(staged, texts_of(request, now_text));
     const std::string shown = staged_body_with(key, staged);
     set_activation(staged, no_activation);
@@ -227,7 +228,7 @@ void Instrument::follow_activation(const ConnectionKey& key, const CONNECTION_HA
     advertisement_.update_txt_ver_snd();
 }
 
-/// RFC 4566 5.2 recommends a time, and demands that the number rises.
+/// RFC 4566 5.2 recommends a time and requires that the number increases.
 void Instrument::raise_sdp_version(std::size_t sender, const TaiTime& now)
 {
     std::uint64_t& version = records_->sdp_sessions[sender].version;

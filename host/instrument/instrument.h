@@ -38,7 +38,7 @@ struct InstrumentStatus
         TaiTime due;
     };
 
-    std::vector<ActivationReport> activations; ///< the last ones, newest first
+    std::vector<ActivationReport> activations; ///< the latest ones, newest first
     std::vector<ActivationReport> failures;    ///< likewise
     std::vector<Pending> pending;
 };
@@ -48,9 +48,9 @@ class Instrument
 public:
     using Clock = std::function<TaiTime()>;
 
-    /// Where a real instrument sets up its hardware: called with what is to become active, before
-    /// anything changes. An exception means that it cannot be done. It runs under the lock, so it
-    /// must not call back and must not wait for long.
+    /// Where a real instrument sets up its hardware: called with the half that becomes active,
+    /// before anything changes. An exception means that it cannot be done. It runs under the lock,
+    /// so it must not call back and must not wait for long.
     using ApplyToMedia =
         std::function<void(const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active)>;
 
@@ -60,7 +60,7 @@ public:
     const ResourceIndex& index() const { return index_; }
 
     /// Calls `reader` with the records, under the lock. It must not change them: the reference is
-    /// not const because the library's operations are not.
+    /// not const only because the library's operations take pointers that are not.
     template <class Reader>
     auto read(Reader&& reader)
     {
@@ -71,7 +71,7 @@ public:
     /// A sender's SDP file.
     std::string sdp_file(std::size_t sender);
 
-    /// Does what a controller asks for, or refuses it whole.
+    /// Does all that a controller asks for, or refuses all of it.
     ChangeOutcome change(const ConnectionKey& key, const ConnectionPatch& patch);
 
     /// "receivers/<id>"
@@ -80,19 +80,19 @@ public:
     /// When the next scheduled activation is due.
     std::optional<TaiTime> next_due();
 
-    /// Performs the scheduled activations that are due; true when there were any.
+    /// Performs the scheduled activations that are due; true if there were any.
     bool activate_due();
 
     InstrumentStatus status();
 
-    /// What is to survive a restart.
+    /// The state that survives a restart.
     SavedState saved_state();
 
-    /// Takes over what was saved, as far as this configuration has it. What could not be taken over
-    /// is returned, a line each. To be called before any change.
+    /// Restores the saved state of all resources that this configuration has. Returns one line for
+    /// each thing that could not be restored as it was. Call it before any change.
     std::vector<std::string> restore(const SavedState& saved);
 
-    /// Called without the lock, from the thread that made the change. To be set before any change.
+    /// Called without the lock, from the thread that made the change. Set them before any change.
     struct Listeners
     {
         std::function<void()> changed;   ///< after every change
@@ -101,7 +101,7 @@ public:
     void listen(Listeners listeners) { listeners_ = std::move(listeners); }
 
 private:
-    using LogLines = std::vector<std::string>; ///< written when the lock is given back
+    using LogLines = std::vector<std::string>; ///< written after the lock is released
 
     CONNECTION_IS05_ST& connection(const ConnectionKey& key);
     SUBSCRIPTION_IS04_ST& subscription(const ConnectionKey& key);
@@ -111,7 +111,7 @@ private:
     std::string sdp_text(std::size_t sender);
     std::uint64_t sdp_hash(std::size_t sender);
 
-    // The ways that a change can end, under the lock.
+    // The ways in which a change can end, under the lock.
     ChangeOutcome change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
                                 LogLines& log);
     ChangeOutcome stage(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged, LogLines& log);
@@ -148,7 +148,7 @@ private:
     std::mutex mutex_;
     const std::unique_ptr<Records> records_;
     const ResourceIndex index_;
-    std::map<ConnectionKey, ConnectionFacts> facts_; ///< of all that the node has; never changes
+    std::map<ConnectionKey, ConnectionFacts> facts_; ///< of all that the node has; never change
     Activations activations_;
     Nmos advertisement_; ///< its counters say how often each kind of resource has changed
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What of an instrument survives a restart: taken from the records, and put back into them.
+// The part of an instrument that survives a restart: read from the records, and restored to them.
 
 #include "instrument/instrument.h"
 
@@ -14,7 +14,8 @@
 
 namespace nmos_instrument::host {
 
-/// Calls `visit` with kind counter, id, version field and body of every resource.
+/// Calls `visit` with the counter of its kind, the id, the version field and the body of every
+/// resource.
 template <class Visit>
 void Instrument::visit_resources(Visit&& visit)
 {
@@ -48,14 +49,14 @@ template <std::size_t N, class MakeBody>
 std::uint64_t body_hash(char (&version)[N], MakeBody&& make_body)
 {
     const std::string kept(text_of(version));
-    set_text(version, "0:0"); // any constant will do
+    set_text(version, "0:0"); // any constant text will do
     const std::uint64_t hash = stable_hash(make_body());
     set_text(version, kept);
     return hash;
 }
 
-/// Saved parameters, made to fit the interfaces that the configuration names now. What was changed
-/// is added to `messages`.
+/// Makes saved parameters fit the interfaces in the current configuration. Adds every change to
+/// `messages`.
 void fit_to_interfaces(CONNECTION_HALF_IS05_ST& half, const ConnectionFacts& facts,
                        const std::string& name, std::vector<std::string>& messages)
 {
@@ -106,7 +107,7 @@ std::vector<std::string> Instrument::restore(const SavedState& saved)
         *records_ = *before;
         throw DamagedState(wrong.front());
     }
-    // After the connections: a version depends on what the resource shows by then.
+    // These follow the connections, because a version depends on what its resource shows.
     restore_counters(saved.counters);
     restore_versions(saved.resources);
     restore_sdp_versions(saved.senders);
@@ -123,7 +124,7 @@ void Instrument::restore_connections(const SavedState& saved, std::vector<std::s
                            " senders and receivers that the configuration no longer has");
 }
 
-/// How many of the saved ones the configuration has.
+/// Returns how many of the saved connections the configuration has.
 std::size_t Instrument::restore_side(Side side, const std::map<std::string, SavedConnection>& saved,
                                      std::vector<std::string>& messages)
 {
@@ -138,7 +139,7 @@ std::size_t Instrument::restore_side(Side side, const std::map<std::string, Save
         CONNECTION_IS05_ST& target = connection(key);
         target.staged = connection_of->second.staged;
         target.active = connection_of->second.active;
-        set_activation(target.staged, ActivationTexts()); // what was scheduled does not survive
+        set_activation(target.staged, ActivationTexts()); // scheduled activations do not survive
         fit_to_interfaces(target.staged, facts, resource_name(key), messages);
         fit_to_interfaces(target.active, facts, resource_name(key), messages);
         subscription(key) = subscription_of(target.active, side);
@@ -156,7 +157,7 @@ void Instrument::restore_counters(const SavedCounters& saved)
     advertisement_.ver_rcv = saved.receivers;
 }
 
-/// A resource that still reads as when it was saved keeps its version.
+/// A resource keeps its version if it still reads as it did when it was saved.
 void Instrument::restore_versions(const std::map<std::string, SavedResource>& saved)
 {
     const TaiTime now = clock_();

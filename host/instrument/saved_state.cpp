@@ -94,7 +94,7 @@ TaiTime time_from(const json& value)
 {
     const auto time = parse_tai_time(value.get_ref<const std::string&>());
     if (!time)
-        throw DamagedState("found " + value.dump() + " as version of a resource");
+        throw DamagedState("found " + value.dump() + " as the version of a resource");
     return *time;
 }
 
@@ -155,7 +155,7 @@ SavedState parse_saved_state(const std::string& text)
                                ", allowed: " + std::to_string(format_number));
         const json& object = document.at("state");
         if (document.at("checksum") != stable_hash(object.dump()))
-            throw DamagedState("the checksum does not fit the content");
+            throw DamagedState("the checksum does not match the content");
         return state_from(object);
     } catch (const MalformedJson& error) {
         throw DamagedState(error.what());

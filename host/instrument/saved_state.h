@@ -17,7 +17,7 @@ namespace nmos_instrument::host {
 struct SavedResource
 {
     TaiTime version;
-    /// Of the body without its version: tells whether the resource is still the same.
+    /// Of the body without its version. It tells whether the resource is still the same.
     std::uint64_t body_hash = 0;
 
     bool operator==(const SavedResource&) const = default;
@@ -44,7 +44,7 @@ struct SavedCounters
     bool operator==(const SavedCounters&) const = default;
 };
 
-/// What survives a restart, by resource id. Everything else follows from the configuration.
+/// What survives a restart, by resource id. The configuration determines everything else.
 struct SavedState
 {
     SavedCounters counters;
@@ -53,7 +53,7 @@ struct SavedState
     std::map<std::string, SavedConnection> receivers;
 };
 
-/// A text that is no saved state, or one that was damaged.
+/// A text that is not a saved state, or a damaged one.
 class DamagedState : public std::runtime_error
 {
 public:
@@ -65,7 +65,7 @@ std::string write_saved_state(const SavedState& state);
 /// Throws DamagedState.
 SavedState parse_saved_state(const std::string& text);
 
-/// FNV-1a, 64 bits: it has to be the same in every build, which std::hash is not.
+/// FNV-1a, 64 bits. It must be the same in every build; std::hash is not.
 std::uint64_t stable_hash(const std::string& text);
 
 } // namespace nmos_instrument::host

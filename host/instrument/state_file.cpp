@@ -79,7 +79,7 @@ void set_aside(const std::string& file, const std::string& why)
         spdlog::error("--state {} is damaged: {}; the instrument starts anew", file, why);
 }
 
-/// Larger than any state can be: a file of this size is something else.
+/// More than any state needs: a larger file is something else.
 constexpr std::size_t size_limit = 16UL * 1024 * 1024;
 
 } // namespace
@@ -90,7 +90,7 @@ void replace_file(const std::string& file, const std::string& text)
     {
         Descriptor target(beside, O_WRONLY | O_CREAT | O_TRUNC);
         target.write_all(text);
-        // Before the rename: else the name might survive a power cut and the content not.
+        // Before the rename: otherwise the name might survive a power cut without the content.
         target.sync();
     }
     if (std::rename(beside.c_str(), file.c_str()) != 0)
@@ -184,7 +184,7 @@ void StateFile::run()
     }
 }
 
-/// Why it failed; empty when it did not.
+/// Returns why it failed; empty if it did not.
 std::string StateFile::write()
 {
     try {

@@ -15,36 +15,37 @@
 
 namespace nmos_instrument::host {
 
-/// Puts `text` in place of the file, so that a crash at any moment leaves the old or the new
-/// content: written beside it, synced, renamed. Throws std::system_error.
+/// Replaces the content of the file by `text`. A crash at any moment leaves the old or the new
+/// content, because the text is written to another file, synced, and renamed. Throws
+/// std::system_error.
 void replace_file(const std::string& file, const std::string& text);
 
-/// Takes the state of the file over into the instrument. A missing file is a first start; a damaged
-/// one is set aside under another name, with a line in the log. Throws UnreadableFile.
+/// Restores the state in the file to the instrument. A missing file means a first start; a damaged
+/// one is renamed, and the log says so. Throws UnreadableFile.
 void restore_from(const std::string& file, Instrument& instrument);
 
-/// Keeps the state file up to date, on a thread of its own: changes that come while it writes go
-/// into the next writing together.
+/// Keeps the state file up to date, on its own thread: all changes that come while it writes are in
+/// the next write together.
 class StateFile
 {
 public:
-    /// Writes the file for the first time. Throws std::system_error when it cannot.
+    /// Writes the file for the first time. Throws std::system_error if it cannot be written.
     StateFile(std::string file, Instrument& instrument);
 
-    /// Writes what is left to write.
+    /// Writes the last changes.
     ~StateFile();
 
     StateFile(const StateFile&) = delete;
     StateFile& operator=(const StateFile&) = delete;
 
-    /// To be called when the state has changed.
+    /// Call it when the state has changed.
     void changed();
 
-    /// Calls `then` once all changes so far are in the file, or could not be written, which is
-    /// logged: at once, or later from the thread that writes.
+    /// Calls `then` when all changes so far are in the file, or when writing has failed, which is
+    /// logged. Calls it at once, or later from the thread that writes.
     void when_saved(std::function<void()> then);
 
-    /// Why the last writing failed; empty when it did not.
+    /// Why the last write failed; empty if it did not.
     std::string trouble();
 
 private:
@@ -63,7 +64,7 @@ private:
     std::mutex mutex_;
     std::condition_variable wake_up_;
     std::uint64_t changes_ = 0; ///< so far
-    std::uint64_t saved_ = 0;   ///< of them, how many are in the file
+    std::uint64_t saved_ = 0;   ///< how many of them are in the file
     bool ends_ = false;
     std::string trouble_;
     std::vector<Waiting> waiting_; ///< in the order of their changes

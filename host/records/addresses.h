@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The URLs of the instrument. All are spelled with the address of the configuration, so that the
-// texts that name one another agree byte for byte.
+// The URLs of the instrument. All contain the address of the configuration, so that texts that
+// refer to each other agree byte for byte.
 
 #ifndef NMOS_INSTRUMENT_HOST_RECORDS_ADDRESSES_H
 #define NMOS_INSTRUMENT_HOST_RECORDS_ADDRESSES_H

@@ -66,7 +66,7 @@ CONNECTION_HALF_IS05_ST receiver_half(const Configuration& configuration)
 
 void fill_connections(const Configuration& configuration, NMOS_IS05_ST& connections)
 {
-    // SDP files spell it in upper case, as RFC 7273 does; IS-04 in lower case.
+    // SDP files spell it in upper case, as RFC 7273 does; IS-04 uses lower case.
     set_text(connections.ptp_grandmaster_id, upper_case(configuration.clock.grandmaster));
     for (std::size_t i = 0; i < sender_count; ++i) {
         connections.senders[i].active = sender_half(configuration, i);

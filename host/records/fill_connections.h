@@ -9,8 +9,8 @@
 
 namespace nmos_instrument::host {
 
-/// The whole IS-05 state at the start, staged like active. All six senders are filled, shown or
-/// not: no field is left without a meaning. `connections` is zero before.
+/// The whole IS-05 state at the start; staged and active are the same. All six senders are filled,
+/// also those that are not shown, so that every field has a meaning. `connections` must be zero.
 void fill_connections(const Configuration& configuration, NMOS_IS05_ST& connections);
 
 } // namespace nmos_instrument::host

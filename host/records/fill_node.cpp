@@ -20,8 +20,8 @@ struct EssenceFacts
 };
 
 constexpr EssenceFacts essence_facts[] = {
-    // In SMPTE ST 2022-6 carriage too, as the SDP file says: a receiver's field has no room for
-    // "video/SMPTE2022-6".
+    // This is the media type in SMPTE ST 2022-6 carriage too, as in the SDP file: a receiver's
+    // field has no room for "video/SMPTE2022-6".
     {"urn:x-nmos:format:video", "video/raw", "Video"},
     {"urn:x-nmos:format:audio", "audio/L24", "Audio"},
     {"urn:x-nmos:format:data", "video/smpte291", "Ancillary data"},
@@ -179,7 +179,7 @@ private:
             set_text(flow.device_id, identity_.device);
             set_text(flow.format, essence.format);
             set_text(flow.media_type, essence.media_type);
-            // The grains of all essences are those of the video frames that they belong to.
+            // A grain of any essence belongs to one video frame.
             const FrameRateFacts& rate = facts_of(configuration_.video.frame_rate);
             flow.grain_rate_numerator = rate.numerator;
             flow.grain_rate_denominator = rate.denominator;

@@ -12,7 +12,7 @@
 namespace nmos_instrument::host {
 
 /// The whole IS-04 state at the start: senders enabled, receivers disabled, every version `now`.
-/// `node` is zero before.
+/// `node` must be zero.
 void fill_node(const Configuration& configuration, const Identity& identity, const TaiTime& now,
                NMOS_IS04_ST& node);
 

@@ -15,7 +15,7 @@
 namespace nmos_instrument::host {
 namespace {
 
-/// What a user can get wrong has been refused with the configuration.
+/// The configuration was checked already, so a finding here is a mistake of this program.
 template <class Record>
 void expect_no_findings(const Record& record)
 {

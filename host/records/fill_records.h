@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// From the configuration to the records that the library reads: the one place where the
-// instrument's node, connections and settings get their first values, so that they agree.
+// Makes the records that the library reads from the configuration. The node, the connections and
+// the settings get their first values here only, so that they agree.
 
 #ifndef NMOS_INSTRUMENT_HOST_RECORDS_FILL_RECORDS_H
 #define NMOS_INSTRUMENT_HOST_RECORDS_FILL_RECORDS_H
@@ -22,31 +22,31 @@ namespace nmos_instrument::host {
 struct SdpSession
 {
     std::uint64_t id = 0;
-    std::uint64_t version = 0; ///< rises whenever the file changes
+    std::uint64_t version = 0; ///< increases whenever the file changes
 
     bool operator==(const SdpSession&) const = default;
 };
 
-/// Everything that the library reads about one instrument. Some 400 kB: keep it on the heap.
+/// Everything that the library reads about one instrument. About 400 kB: keep it on the heap.
 struct Records
 {
     NMOS_IS04_ST node;
     NMOS_IS05_ST connections;
     st_param_sys settings;
     StreamSelection selection;
-    /// One for each sender. The library's record has room for one only: set_sdp_session.
+    /// One for each sender. The library's record has room for only one, see set_sdp_session.
     std::array<SdpSession, sender_count> sdp_sessions;
 };
 
 /// The records at the start: senders enabled, receivers disabled, all versions `now`.
-/// `configuration` is one that parse_configuration made, or the default. Throws std::logic_error
-/// when the library finds anything wrong with what was filled: that is a mistake of this program.
+/// `configuration` comes from parse_configuration, or is the default. Throws std::logic_error if
+/// the library finds anything wrong with the records: that is a mistake of this program.
 std::unique_ptr<Records> make_records(const Configuration& configuration, const TaiTime& now);
 
-/// To be called before ConnectionApi::make_single_senderid_sdp for `sender`.
+/// Call it before ConnectionApi::make_single_senderid_sdp for `sender`.
 void set_sdp_session(Records& records, std::size_t sender);
 
-/// The video format code that ConnectionApi::analyze_sdp_file takes: only its class matters.
+/// The video format code for ConnectionApi::analyze_sdp_file: only its class matters.
 short current_format(const Configuration& configuration);
 
 } // namespace nmos_instrument::host

@@ -17,7 +17,7 @@ void set_octets(std::int16_t (&octets)[4], const std::string& address)
 {
     const std::optional<std::uint32_t> number = ipv4_from_dotted_quad(address);
     if (!number)
-        throw std::logic_error("\"" + address + "\" is no IPv4 address");
+        throw std::logic_error("\"" + address + "\" is not an IPv4 address");
     for (int i = 0; i < 4; ++i)
         octets[i] = static_cast<std::int16_t>(*number >> (24 - 8 * i) & 0xff);
 }
@@ -36,7 +36,7 @@ void fill_settings(const Configuration& configuration, st_param_sys& settings)
     constexpr std::int16_t redundant = 1;        // both legs (SMPTE ST 2022-7)
     constexpr std::int16_t profile_st2059_2 = 1; // SMPTE ST 2059-2
     constexpr std::int16_t eight_a_second = -3;  // logarithm of the interval (IEEE 1588-2008 7.7)
-    constexpr std::int16_t whole_address = 32;   // bits of an address that count
+    constexpr std::int16_t whole_address = 32;   // bits of an address that matter
 
     const PictureSizeFacts& size = facts_of(configuration.video.lines);
     const FrameRateFacts& rate = facts_of(configuration.video.frame_rate);
@@ -74,7 +74,7 @@ void fill_settings(const Configuration& configuration, st_param_sys& settings)
         settings.st2110_vfmt_frame_rate[s] = rate.rate_code;
     }
 
-    // Audio and ancillary data are sent by IP stream 1 alone; the others keep zeros.
+    // Only IP stream 1 sends audio and ancillary data; the other streams keep zeros.
     if (configuration.streams.sender_essences == Essences::all) {
         const SenderDestinations& audio = configuration.destinations[4];
         set_leg(settings.pri_audio_masks[0][0], settings.pri_audio_addresses[0][0],

@@ -9,8 +9,8 @@
 
 namespace nmos_instrument::host {
 
-/// The instrument's settings. `settings` is zero before: that is "off" or "none" for every setting
-/// that the configuration does not know.
+/// The instrument's settings. `settings` must be zero, which means "off" or "none" for every
+/// setting that is not in the configuration.
 void fill_settings(const Configuration& configuration, st_param_sys& settings);
 
 } // namespace nmos_instrument::host

@@ -12,8 +12,8 @@ namespace {
 /// Chosen once at random. Another value would give every instrument new ids.
 constexpr char instruments_name_space[] = "0e0078e3-3c58-4739-a038-ee5a18ff72c3";
 
-/// Kind and number stand behind the serial number, so that no serial number, whatever is in it,
-/// makes two names alike.
+/// Kind and number follow the serial number, so that no two names are alike, whatever the serial
+/// number contains.
 std::string resource_id(std::string_view serial_number, std::string_view kind, std::size_t number)
 {
     std::string name(serial_number);
@@ -37,7 +37,7 @@ std::string name_based_uuid(const std::string& name_space, const std::string& na
 {
     uuid_t space;
     if (uuid_parse(name_space.c_str(), space) != 0)
-        throw std::invalid_argument("\"" + name_space + "\" is no UUID");
+        throw std::invalid_argument("\"" + name_space + "\" is not a UUID");
     uuid_t made;
     uuid_generate_sha1(made, space, name.data(), name.size());
     char text[UUID_STR_LEN];
@@ -58,7 +58,7 @@ std::uint64_t sdp_session_id(const std::string& sender_id)
 {
     uuid_t id;
     if (uuid_parse(sender_id.c_str(), id) != 0)
-        throw std::invalid_argument("\"" + sender_id + "\" is no UUID");
+        throw std::invalid_argument("\"" + sender_id + "\" is not a UUID");
     std::uint64_t number = 0;
     for (int byte = 0; byte < 8; ++byte)
         number = number << 8 | id[byte];

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Who the instrument is: ids that are the same after every restart, made from the serial number.
+// The ids of the instrument. They are made from the serial number, so they survive every restart.
 
 #ifndef NMOS_INSTRUMENT_HOST_RECORDS_IDENTITY_H
 #define NMOS_INSTRUMENT_HOST_RECORDS_IDENTITY_H
@@ -17,7 +17,7 @@ namespace nmos_instrument::host {
 /// RFC 4122 4.3, version 5 (SHA-1), lower case. `name_space` is a UUID text.
 std::string name_based_uuid(const std::string& name_space, const std::string& name);
 
-/// The ids of all resources, whether or not the stream configuration shows them.
+/// The ids of all resources, including those that the configuration hides.
 struct Identity
 {
     explicit Identity(std::string_view serial_number);
@@ -30,8 +30,8 @@ struct Identity
     std::array<std::string, receiver_count> receivers;
 };
 
-/// Session id for the `o=` line of a sender's SDP file: a number that no other sender has (RFC 4566
-/// 5.2), below 2^63 so that every reader can hold it.
+/// The session id for the `o=` line of a sender's SDP file: a number that no other sender has (RFC
+/// 4566 5.2), below 2^63 so that every reader can store it.
 std::uint64_t sdp_session_id(const std::string& sender_id);
 
 } // namespace nmos_instrument::host

@@ -11,23 +11,23 @@
 
 namespace nmos_instrument::host {
 
-/// In a record's field this text stands for JSON null.
+/// This text in a record's field stands for JSON null.
 constexpr std::string_view null_text = "null";
 
-/// Writes `text` and zeros behind it into a record's field. What comes from outside has been
-/// measured before: a text without room is a mistake of this program and throws std::length_error,
-/// with the field as it was.
+/// Writes `text` into a record's field and fills the rest with zeros. Texts from outside have been
+/// measured before: a text that does not fit is a mistake of this program. It throws
+/// std::length_error and leaves the field unchanged.
 template <std::size_t N>
 void set_text(char (&field)[N], std::string_view text)
 {
     if (text.size() >= N)
-        throw std::length_error('"' + std::string(text) + "\" does not fit a field of " +
+        throw std::length_error('"' + std::string(text) + "\" does not fit into a field of " +
                                 std::to_string(N) + " bytes");
     std::memcpy(field, text.data(), text.size());
     std::memset(field + text.size(), 0, N - text.size());
 }
 
-/// The text of a field, up to its NUL and never past its end.
+/// The text of a field, up to its NUL or the end of the field.
 template <std::size_t N>
 std::string_view text_of(const char (&field)[N])
 {

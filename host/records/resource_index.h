@@ -25,14 +25,14 @@ enum class ResourceKind : std::size_t
 
 constexpr std::size_t resource_kind_count = 5;
 
-/// Which position in the records an id of a URL means. Ids never change while the instrument runs,
-/// so this needs no lock.
+/// The position in the records of a resource whose id is in a URL. Ids never change while the
+/// instrument runs, so this needs no lock.
 class ResourceIndex
 {
 public:
     explicit ResourceIndex(const Records& records);
 
-    /// Nothing for an unknown id, and for one that the stream configuration hides.
+    /// Nothing for an id that is unknown or that the configuration hides.
     std::optional<std::size_t> find(ResourceKind kind, std::string_view id) const;
 
 private:

@@ -9,8 +9,8 @@
 
 namespace nmos_instrument::host {
 
-/// The three selectors that the library's operations take. Their words stand in StreamSettings;
-/// the library's headers say what each number does.
+/// The three selectors that the library's operations take. StreamSettings has them in words; the
+/// library's headers say what each number does.
 struct StreamSelection
 {
     int receiver_filter = 0;    ///< 0 all kinds of receivers, 1 video only
@@ -19,8 +19,8 @@ struct StreamSelection
 
     bool operator==(const StreamSelection&) const = default;
 
-    /// Whether the node shows a sender or receiver, by its position in the records. It is the
-    /// library that decides.
+    /// Whether the node shows the sender or receiver at this position in the records, as the
+    /// library decides.
     bool shows_sender(std::size_t sender) const;
     bool shows_receiver(std::size_t receiver) const;
 };

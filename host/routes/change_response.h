@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a change of a connection looks like in HTTP.
+// The HTTP response to a change of a connection.
 
 #ifndef NMOS_INSTRUMENT_HOST_ROUTES_CHANGE_RESPONSE_H
 #define NMOS_INSTRUMENT_HOST_ROUTES_CHANGE_RESPONSE_H
@@ -16,12 +16,12 @@ namespace nmos_instrument::host {
 /// IS-05 v1.0, ConnectionAPI.raml: 200, 202, 400, 423 or 500.
 int http_status(ChangeResult result);
 
-/// Has the instrument make the change, unless `findings` already refuse it; a refusal stands in the
-/// log, a line each.
+/// Makes the change in the instrument, unless `findings` already refuse it. Every refusal is one
+/// line in the log.
 ChangeOutcome change(Instrument& instrument, const ConnectionKey& key, const ConnectionPatch& patch,
                      const Findings& findings);
 
-/// A refusal as the body of an error.
+/// The error response for a refusal.
 HttpResponse refusal_response(const ChangeOutcome& outcome);
 
 } // namespace nmos_instrument::host

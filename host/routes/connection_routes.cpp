@@ -15,7 +15,7 @@ namespace {
 
 using nlohmann::json;
 
-/// What one PATCH asks for, short of answering; an entry of a bulk request asks for the same.
+/// Does what one PATCH, or one entry of a bulk request, asks for. The caller answers.
 ChangeOutcome patch_staged(Instrument& instrument, const ConnectionKey& key, const json& document)
 {
     Findings findings;
@@ -42,7 +42,7 @@ json bulk_answer_to(const Services& services, Side side, const BulkEntry& entry)
         return {{"id", entry.id},
                 {"code", 404},
                 {"error", "Not found"},
-                {"debug", "there is no such id"}};
+                {"debug", "no resource has this id"}};
     const ChangeOutcome outcome = patch_staged(services.instrument, {side, *index}, *entry.params);
     json answer = {{"id", entry.id}, {"code", http_status(outcome.result)}};
     if (outcome.is_refusal()) {
@@ -58,7 +58,7 @@ void post_bulk(const Services& services, const JsonRequest& request, const HttpR
     Findings findings;
     const std::vector<BulkEntry> entries = parse_bulk_request(request.document, findings);
     if (!findings.empty()) {
-        reply(error_response(400, "The body is no bulk request", findings.text()));
+        reply(error_response(400, "The body is not a bulk request", findings.text()));
         return;
     }
     json answers = json::array();
@@ -68,7 +68,7 @@ void post_bulk(const Services& services, const JsonRequest& request, const HttpR
                      json_response(answers.dump(-1, ' ', false, json::error_handler_t::replace)));
 }
 
-/// A leg has one interface: that is all that its constraints say.
+/// A leg has one interface, and its constraints say only that.
 template <Side side>
 HttpResponse constraints(const Services& services, std::size_t index)
 {
@@ -99,7 +99,8 @@ constexpr Route table[] = {
     {"GET", "/x-nmos/connection/v1.0",
      [](Records& records, int) { return ConnectionApi().make_base(&records.connections); }},
 
-    // IS-05 v1.0 wants a 405 for GET of the two, so the library's empty listings are not served.
+    // IS-05 v1.0 requires a 405 for GET on these two, so the library's empty listings are not
+    // served.
     {"GET", "/x-nmos/connection/v1.0/bulk",
      [](Records& records, int) { return ConnectionApi().make_bulk(&records.connections); }},
     {"POST", "/x-nmos/connection/v1.0/bulk/senders", post_bulk<Side::sender>},

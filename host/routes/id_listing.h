@@ -7,8 +7,9 @@
 
 namespace nmos_instrument::host {
 
-/// The listings of "single/senders" and "single/receivers" keep the comma of the last line when the
-/// entries behind it are hidden, which is no JSON. Here it goes. All else stays byte for byte.
+/// Removes the comma that the listings of "single/senders" and "single/receivers" keep in their
+/// last line when the entries after it are hidden: with it they are not JSON. All else stays byte
+/// for byte.
 std::string without_trailing_comma(std::string listing);
 
 } // namespace nmos_instrument::host

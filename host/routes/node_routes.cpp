@@ -18,7 +18,7 @@
 namespace nmos_instrument::host {
 namespace {
 
-/// The sender of ours whose SDP file is at `url`.
+/// The sender of this instrument whose SDP file is at `url`.
 std::optional<std::size_t> own_sender(const Instrument& instrument, const std::string& url)
 {
     const std::string before =
@@ -52,7 +52,7 @@ struct TargetChange
     }
 };
 
-/// The manifest is the SDP file of the sender that the target names.
+/// The manifest is the SDP file of the sender in the target.
 void connect_with_manifest(const Services& services, const TargetSender& sender,
                            const std::shared_ptr<TargetChange>& change)
 {
@@ -62,7 +62,7 @@ void connect_with_manifest(const Services& services, const TargetSender& sender,
             change->apply(patch_to_connect(id, manifest.content));
             return;
         }
-        spdlog::info("a target's manifest could not be fetched: {}", manifest.why);
+        spdlog::info("the manifest of a target could not be fetched: {}", manifest.why);
         change->reply(error_response(500, "The sender's manifest cannot be fetched", manifest.why));
     });
 }
@@ -72,8 +72,8 @@ void put_target(const Services& services, const JsonRequest& request, const Http
     Findings findings;
     const std::optional<TargetSender> sender = parse_target(request.document, findings);
     if (!findings.empty()) {
-        reply(
-            error_response(400, "The body is no sender of IS-04 v1.2 and not {}", findings.text()));
+        reply(error_response(400, "The body is neither an IS-04 v1.2 sender nor {}",
+                             findings.text()));
         return;
     }
     const auto change = std::make_shared<TargetChange>(

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// One row of the URL space: what answers a method on a path.
+// One row of the URL space: the function that answers a method on a path.
 //
 //     {"GET", "/x-nmos/node/v1.2/self",
 //      [](Records& records, int) { return NodeApi().make_self(&records.node); }},
@@ -23,11 +23,11 @@
 
 namespace nmos_instrument::host {
 
-/// A text of the library, made from the records under the instrument's lock; it is served unchanged,
-/// as JSON. `index` is the position that the id in the path stands for, 0 without one.
+/// A text of the library, made from the records under the instrument's lock and served unchanged,
+/// as JSON. `index` is the position of the resource whose id is in the path, or 0 without an id.
 using MakeText = std::string (*)(Records& records, int index);
 
-/// An answer that is more than such a text.
+/// An answer that is not just such a text.
 using MakeResponse = HttpResponse (*)(const Services& services, std::size_t index);
 
 struct JsonRequest
@@ -37,14 +37,14 @@ struct JsonRequest
     const nlohmann::json& document; ///< the body
 };
 
-/// Does what a JSON document asks for, and answers now or later.
+/// Does what a JSON document asks for. May answer later.
 using TakeJson = void (*)(const Services& services, const JsonRequest& request,
                           const HttpReply& reply);
 
 struct Route
 {
-    std::string_view method; ///< "GET" answers HEAD too
-    std::string_view path;   ///< without slash at its end; may hold one of route_table.cpp's ids
+    std::string_view method; ///< "GET" stands for HEAD too
+    std::string_view path;   ///< without a slash at its end; may hold one of route_table.cpp's ids
     std::variant<MakeText, MakeResponse, TakeJson> function;
 };
 

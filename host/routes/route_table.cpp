@@ -19,7 +19,7 @@ constexpr PathId path_ids[] = {
     {"{receiver}", ResourceKind::receiver},
 };
 
-/// Null: the segment stands for itself.
+/// Null if the segment stands for itself.
 const PathId* path_id(std::string_view segment)
 {
     const auto* const found = std::find_if(std::begin(path_ids), std::end(path_ids),
@@ -27,7 +27,7 @@ const PathId* path_id(std::string_view segment)
     return found == std::end(path_ids) ? nullptr : found;
 }
 
-/// "/a/b" is "a", "b"; "/" is nothing. An empty segment stays: "/a//b" is another path.
+/// "/a/b" gives "a" and "b", "/" gives nothing. An empty segment stays: "/a//b" is another path.
 std::vector<std::string_view> segments_of(std::string_view path)
 {
     std::vector<std::string_view> segments;

@@ -22,23 +22,23 @@ public:
     /// The tables must outlive it.
     RouteTable(std::initializer_list<std::span<const Route>> tables);
 
-    /// The routes of one path, a method each.
+    /// The routes of one path, one for each method.
     struct Path
     {
         std::vector<std::string_view> segments;
         std::vector<const Route*> routes;
 
-        /// Null: the path has no such method.
+        /// Null if the path does not have this method.
         const Route* find(std::string_view method) const;
     };
 
     struct Match
     {
         const Path& path;
-        std::size_t index; ///< the position that the id in the path stands for, 0 without one
+        std::size_t index; ///< position of the resource whose id is in the path, or 0
     };
 
-    /// Nothing: there is no such path, or no resource with the id that it names.
+    /// Nothing if there is no such path, or no resource with the id in it.
     std::optional<Match> find(std::string_view path, const ResourceIndex& resources) const;
 
 private:

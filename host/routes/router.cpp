@@ -31,7 +31,7 @@ std::string list_of(const std::vector<const Route*>& routes, bool reading_only)
     return list + "OPTIONS";
 }
 
-/// application/json, and whatever else calls itself JSON (RFC 6839 3.1), in any case.
+/// application/json and all other types that are JSON (RFC 6839 3.1), in upper or lower case.
 bool is_json(const std::optional<std::string>& content_type)
 {
     if (!content_type)
@@ -57,19 +57,18 @@ HttpResponse options_response(const std::string& methods)
 
 HttpResponse not_found(const std::string& path)
 {
-    // The root listing names it, so it is there; nothing below it is.
+    // The root listing names registration/, and its two listings exist; nothing else does.
     const bool registration = path.starts_with("/x-nmos/registration/");
     return error_response(404,
-                          registration
-                              ? "Not found: this node is no registry, it only registers with one"
-                              : "Not found",
+                          registration ? "Not found: this node is not a registry" : "Not found",
                           "there is nothing at " + in_quotes(path));
 }
 
 HttpResponse slash_too_many(const std::string& method, std::string_view path)
 {
     return error_response(404, "Not found",
-                          method + " needs the path without slash at its end: " + in_quotes(path));
+                          method +
+                              " needs the path without the slash at its end: " + in_quotes(path));
 }
 
 HttpResponse not_allowed(const std::string& method, const std::string& allowed)
@@ -147,7 +146,7 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
     try {
         document = parse_json(request.body, JsonComments::refused);
     } catch (const MalformedJson& error) {
-        reply(error_response(400, "The body is not JSON that can be read", error.what()));
+        reply(error_response(400, "The body cannot be read as JSON", error.what()));
         return;
     }
     std::get<TakeJson>(route.function)(services_, {request, index, document}, reply);

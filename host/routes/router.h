@@ -9,15 +9,15 @@
 
 namespace nmos_instrument::host {
 
-/// Finds the route of a request and has it answered. The same for all paths:
+/// Finds the route of a request and answers it. These rules hold for all paths:
 ///
-/// - An unknown path or id is a 404, a method that the path has not is a 405 that names those it
-///   has.
-/// - GET and HEAD may have a slash at the end, other methods may not: that is a 404 (IS-04 v1.2,
-///   APIs: the slash is left out in the primary path of every resource).
-/// - OPTIONS is answered for browsers, which ask before they send what is not simple.
-/// - A body of a media type that is not JSON is a 415; without a type it counts as JSON. One that
-///   is not JSON is a 400 that says where.
+/// - An unknown path or id is a 404. A method that the path does not have is a 405, which names the
+///   methods that it has.
+/// - With GET and HEAD the path may end with a slash. With other methods that is a 404 (IS-04 v1.2,
+///   APIs: the primary path of every resource has no slash at its end).
+/// - OPTIONS is answered because browsers ask before they send a request that is not simple.
+/// - A body whose media type is not JSON is a 415; without a type it counts as JSON. A body that is
+///   not JSON is a 400, which says where the error is.
 class Router
 {
 public:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The URL space of the instrument, a table for each API.
+// The URL space of the instrument, one table for each API.
 
 #ifndef NMOS_INSTRUMENT_HOST_ROUTES_ROUTES_H
 #define NMOS_INSTRUMENT_HOST_ROUTES_ROUTES_H
@@ -11,7 +11,7 @@
 
 namespace nmos_instrument::host {
 
-/// "/", "/x-nmos", and the Registration API, which this node only names.
+/// "/", "/x-nmos", and the two listings of the Registration API, which has nothing else here.
 std::span<const Route> root_routes();
 
 /// IS-04 v1.2 Node API, "/x-nmos/node".
@@ -20,7 +20,7 @@ std::span<const Route> node_routes();
 /// IS-05 v1.0 Connection API, "/x-nmos/connection".
 std::span<const Route> connection_routes();
 
-/// "/healthz" and "/status", for those who operate the instrument.
+/// "/healthz" and "/status", for the people who operate the instrument.
 std::span<const Route> status_routes();
 
 } // namespace nmos_instrument::host

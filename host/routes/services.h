@@ -13,16 +13,16 @@
 
 namespace nmos_instrument::host {
 
-/// What the routes work on. It outlives them.
+/// The objects that the routes use. They outlive the routes.
 struct Services
 {
     Instrument& instrument;
     ManifestFetcher& manifests;
-    StateFile* state_file = nullptr; ///< null: nothing survives
+    StateFile* state_file = nullptr; ///< null: nothing survives a restart
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
 };
 
-/// Answers once the change that was made is in the state file: what a client was told survives.
+/// Answers when the change is in the state file, so that everything a client was told survives.
 inline void reply_when_saved(const Services& services, const HttpReply& reply,
                              HttpResponse response)
 {

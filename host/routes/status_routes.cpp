@@ -57,7 +57,7 @@ std::string status_text(const Services& services)
 
 HttpResponse healthz(const Services& services, std::size_t)
 {
-    // A lock that nobody gives back would show here.
+    // This takes the lock, so a deadlock would show here.
     services.instrument.next_due();
     return json_response("{\"status\":\"ok\"}\n");
 }

@@ -9,19 +9,19 @@
 
 namespace nmos_instrument::host {
 
-/// The value of a dotted quad in decimal without leading zeros, the one form that all readers
-/// understand alike; nothing for any other text.
+/// The value of a dotted quad in decimal without leading zeros, which every reader understands in
+/// the same way; nothing for any other text.
 std::optional<std::uint32_t> ipv4_from_dotted_quad(const std::string& text);
 
-/// The value of whatever inet_aton takes, "10.1" and "0x0a000001" too: SDP files are checked with
-/// it, so a file may carry such a text.
+/// The value of any text that inet_aton accepts, also "10.1" and "0x0a000001". The library checks
+/// SDP files by inet_aton, so an accepted file may contain such a text.
 std::optional<std::uint32_t> ipv4_from_any_form(const std::string& text);
 
 std::string dotted_quad(std::uint32_t address);
 
 bool is_ipv6(const std::string& text);
 
-/// 1.0.0.0 to 223.255.255.255: what a host may have.
+/// 1.0.0.0 to 223.255.255.255: the addresses that a host may have.
 constexpr bool is_unicast(std::uint32_t address)
 {
     return address >> 24 != 0 && address >> 28 < 0xe;

@@ -13,8 +13,8 @@ namespace {
 
 using nlohmann::json;
 
-/// nlohmann's messages begin with "[json.exception.parse_error.101] ", which says nothing to a
-/// reader.
+/// nlohmann's messages begin with "[json.exception.parse_error.101] ", which means nothing to a
+/// user.
 std::string without_tag(std::string message)
 {
     const std::size_t end = message.find("] ");
@@ -23,10 +23,10 @@ std::string without_tag(std::string message)
     return message;
 }
 
-/// Follows the parser through the text and throws where the structure is not acceptable.
+/// Follows the parser through the text and throws if the structure is not acceptable.
 ///
-/// A reader of its own, not the callback of json::parse: with a callback the parser walks through
-/// the whole array behind every object in it, so that 1 MiB of "[{},{},..." takes minutes.
+/// It does not use the callback of json::parse: with a callback the parser walks through the whole
+/// array after every object in it, so that 1 MiB of "[{},{},..." takes minutes.
 class StructureGuard : public json::json_sax_t
 {
 public:
@@ -76,8 +76,8 @@ private:
     {
         element();
         if (static_cast<int>(levels_.size()) == json_depth_limit)
-            throw MalformedJson(path() + ": deeper than " + std::to_string(json_depth_limit) +
-                                " levels");
+            throw MalformedJson(path() + ": nested deeper than " +
+                                std::to_string(json_depth_limit) + " levels");
         levels_.emplace_back();
         levels_.back().is_array = is_array;
         return true;
@@ -100,7 +100,7 @@ private:
     std::vector<Level> levels_;
 };
 
-/// "line 1, column 18", as the parser's own messages have it.
+/// "line 1, column 18", as in the parser's own messages.
 std::string place_of(std::string_view text, std::size_t at)
 {
     const std::string_view before = text.substr(0, at);
@@ -114,7 +114,7 @@ std::string place_of(std::string_view text, std::size_t at)
 
 json parse_json(std::string_view text, JsonComments comments)
 {
-    // The parser would take it for the end, and never see what follows.
+    // The parser would take a NUL for the end and ignore the rest.
     if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
         throw MalformedJson("parse error at " + place_of(text, nul) + ": a NUL byte");
     const bool ignore_comments = comments == JsonComments::allowed;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// JSON that people and other programs hand to us.
+// JSON that comes from people and other programs.
 
 #ifndef NMOS_INSTRUMENT_HOST_TEXT_JSON_INPUT_H
 #define NMOS_INSTRUMENT_HOST_TEXT_JSON_INPUT_H
@@ -18,20 +18,20 @@ enum class JsonComments
     allowed ///< "//" and "/* */"
 };
 
-/// Arrays and objects may stand this deep in one another. The limit protects what walks the parsed
-/// values later: copying, comparing and printing them recurses.
+/// How deep arrays and objects may be nested. The limit protects later work on the parsed values:
+/// copying, comparing and printing them is recursive.
 constexpr int json_depth_limit = 64;
 
-/// Text that is not JSON, JSON that is too deep, or an object with one key twice. The text says
-/// where (line and column, or JSON pointer) and what is wrong.
+/// Text that is not JSON, JSON that is nested too deep, or an object that has a key twice. what()
+/// says where (line and column, or JSON pointer) and what is wrong.
 class MalformedJson : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Throws MalformedJson. RFC 8259 leaves open what a repeated key means; here it is refused, since
-/// one of its values would be lost without a word.
+/// Throws MalformedJson. RFC 8259 does not say what a repeated key means; it is refused here, since
+/// one of its values would be lost silently.
 nlohmann::json parse_json(std::string_view text, JsonComments comments);
 
 } // namespace nmos_instrument::host

@@ -12,7 +12,7 @@ namespace nmos_instrument::host {
 std::string printable(std::string_view text);
 
 /// `text` in quotes, for a message or the log: one line of visible ASCII, other bytes as \xHH, and
-/// cut when it is longer than it helps. What clients send can so never forge a line of the log.
+/// shortened if it is long. So a client cannot forge a line of the log.
 std::string in_quotes(std::string_view text);
 
 } // namespace nmos_instrument::host

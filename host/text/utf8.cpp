@@ -6,7 +6,7 @@
 
 namespace nmos_instrument::host {
 
-/// The JSON library's own judgement, because in JSON the text must stand.
+/// The JSON library decides, because the text will be part of JSON.
 bool is_utf8(const std::string& text)
 {
     try {

@@ -9,15 +9,15 @@
 
 namespace nmos_instrument::host {
 
-/// A file that cannot be read. The text names the reason, not the file.
+/// A file that cannot be read. what() gives the reason but does not name the file.
 class UnreadableFile : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The bytes of a file; "-" is standard input. Reads at most `limit` bytes, so that a device that
-/// never ends is refused like any other file that is too large. Throws UnreadableFile.
+/// The bytes of a file; "-" is standard input. Reads at most `limit` bytes, so that an endless
+/// device is refused like any other file that is too large. Throws UnreadableFile.
 std::string read_whole_file(const std::string& name, std::size_t limit);
 
 } // namespace nmos_instrument::host

@@ -30,7 +30,7 @@ std::chrono::system_clock::time_point system_time_of(const TaiTime& time)
     using std::chrono::system_clock;
     const auto remaining = std::clamp(span_between(tai_now(), time), std::chrono::nanoseconds(0),
                                       std::chrono::nanoseconds(std::chrono::hours(1)));
-    // Not now() + remaining: the time between the two readings of the clock would be added.
+    // Not now() + remaining: that would add the time between the two readings of the clock.
     if (remaining < std::chrono::minutes(59)) {
         const auto since_epoch = std::chrono::seconds(time.seconds) - tai_offset() +
                                  std::chrono::nanoseconds(time.nanoseconds);

@@ -9,15 +9,15 @@
 
 namespace nmos_instrument::host {
 
-/// TAI less UTC: the kernel's offset, which a PTP or NTP daemon keeps, or 37 s where nobody has set
-/// it. 37 s holds since 2017-01-01, and no leap second has been announced since.
+/// TAI minus UTC: the kernel's offset, which a PTP or NTP daemon maintains, or 37 s if it has not
+/// been set. 37 s is right since 2017-01-01; no leap second has been announced since then.
 std::chrono::seconds tai_offset();
 
 /// The machine's time as TAI.
 TaiTime tai_now();
 
-/// The instant of the system clock that `time` is; never further away than an hour, so that who
-/// waits for it looks at the clocks again: they may have been set, and leap seconds happen.
+/// `time` on the system clock, but never more than an hour away, so that a waiting thread looks at
+/// the clocks again: they may have been set, and leap seconds happen.
 std::chrono::system_clock::time_point system_time_of(const TaiTime& time);
 
 } // namespace nmos_instrument::host

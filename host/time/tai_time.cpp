@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::int32_t nanoseconds_per_second = 1'000'000'000;
 
-/// Digits alone: from_chars takes no sign for an unsigned number and no space.
+/// Accepts digits only: from_chars takes neither a sign for an unsigned number nor a space.
 std::optional<std::uint64_t> parse_digits(std::string_view digits)
 {
     std::uint64_t value = 0;

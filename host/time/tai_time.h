@@ -18,7 +18,7 @@ struct TaiTime
     std::uint64_t seconds = 0;    ///< up to last_tai_second
     std::int32_t nanoseconds = 0; ///< 0 to 999999999
 
-    // What clang-tidy 14 makes of it is a comparison with 0.
+    // clang-tidy 14 sees a comparison with 0 here.
     auto operator<=>(const TaiTime&) const = default; // NOLINT(modernize-use-nullptr)
 };
 
@@ -28,21 +28,21 @@ constexpr std::uint64_t last_tai_second = (std::uint64_t{1} << 48) - 1;
 /// "<seconds>:<nanoseconds>"
 std::string to_text(const TaiTime& time);
 
-/// "<seconds>:<nanoseconds>" in digits; nothing when the text is malformed, the nanoseconds are a
-/// second or more, or the seconds are beyond last_tai_second.
+/// "<seconds>:<nanoseconds>" in digits; nothing if the text is malformed, if the nanoseconds are a
+/// second or more, or if the seconds are after last_tai_second.
 std::optional<TaiTime> parse_tai_time(std::string_view text);
 
 /// The rule of parse_tai_time in words.
 std::string_view allowed_tai_time();
 
-/// Nothing when the sum is beyond last_tai_second.
+/// Nothing if the sum is after last_tai_second.
 std::optional<TaiTime> sum_of(const TaiTime& time, const TaiTime& span);
 
-/// The next version of a resource: `now`, or the smallest step forward where the clock has not
-/// moved beyond `previous`.
+/// The next version of a resource: `now`, or the smallest step forward if the clock is not yet
+/// past `previous`.
 TaiTime later_than(const TaiTime& previous, const TaiTime& now);
 
-/// `to` less `from` in nanoseconds, bounded to plus or minus 100 years.
+/// `to` minus `from` in nanoseconds, limited to plus or minus 100 years.
 std::chrono::nanoseconds span_between(const TaiTime& from, const TaiTime& to);
 
 } // namespace nmos_instrument::host

@@ -17,7 +17,7 @@
 namespace nmos_instrument::program {
 namespace {
 
-/// Hundreds of times what an SDP file needs.
+/// Hundreds of times the size of an SDP file.
 constexpr std::size_t largest_file = std::size_t{4} << 20;
 
 struct CheckSdpOptions
@@ -49,7 +49,7 @@ ExitStatus status_of(const CheckedFile& file)
 ExitStatus check_sdp(const CheckSdpOptions& options)
 {
     if (std::count(options.files.begin(), options.files.end(), "-") > 1) {
-        std::cerr << "FILE: standard input (\"-\") can be read once\n";
+        std::cerr << "FILE: standard input (\"-\") can be read only once\n";
         return wrong_use;
     }
     ExitStatus worst = done;
@@ -65,7 +65,7 @@ ExitStatus check_sdp(const CheckSdpOptions& options)
     return worst;
 }
 
-/// The code of a video format as the library takes it; only its class matters.
+/// The library's code of a video format; only the class of the code matters.
 short format_code(const std::string& word)
 {
     for (const auto& [name, code] : {std::pair{"2k", 0}, {"4k", 9}, {"any", 3}}) {
@@ -83,7 +83,7 @@ short format_code(const std::string& word)
     return code;
 }
 
-/// "--NAME" and "--no-NAME" for something that is so unless told otherwise.
+/// "--NAME" and "--no-NAME" for something that is true by default.
 void add_switch(CLI::App& command, const std::string& name, bool& value, const std::string& help)
 {
     CLI::Option* const yes = command.add_flag_callback(
@@ -115,8 +115,8 @@ void add_check_sdp_command(CLI::App& program, ExitStatus& status)
             [&instrument](const std::string& word) {
                 instrument.current_format = format_code(word);
             },
-            "the video format that it is set to: 2k (stays at 2K), 4k or any (may change), or "
-            "its code as a number")
+            "the video format that the instrument is set to: 2k (stays at 2K), 4k or any (may "
+            "change), or its code as a number")
         ->default_str("any")
         ->type_name("2k|4k|any|N");
     command->add_flag("--json", options->json, "report as JSON");

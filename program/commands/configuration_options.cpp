@@ -8,11 +8,13 @@ namespace nmos_instrument::program {
 
 void ConfigurationOptions::add_to(CLI::App& command)
 {
-    command.add_option("--config", file, "configuration of the instrument, JSON with comments")
+    command
+        .add_option("--config", file,
+                    "configuration of the instrument: JSON, with or without comments")
         ->type_name("FILE");
     CLI::Option* const print_option = command.add_flag(
-        "--print-config", print, "print the configuration with every key explained, and end");
-    command.add_flag("--check-config", check, "only check the configuration")
+        "--print-config", print, "print the configuration with every key explained, and exit");
+    command.add_flag("--check-config", check, "only check the configuration, and exit")
         ->excludes(print_option);
 }
 

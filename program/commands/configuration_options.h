@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The options with which a command takes its configuration.
+// The options that tell a command which configuration to use.
 
 #ifndef NMOS_INSTRUMENT_PROGRAM_COMMANDS_CONFIGURATION_OPTIONS_H
 #define NMOS_INSTRUMENT_PROGRAM_COMMANDS_CONFIGURATION_OPTIONS_H
@@ -18,7 +18,7 @@ namespace nmos_instrument::program {
 
 struct ConfigurationOptions
 {
-    std::optional<std::string> file; ///< none: the default configuration
+    std::optional<std::string> file; ///< without it: the default configuration
     bool print = false;
     bool check = false;
 
@@ -28,12 +28,12 @@ struct ConfigurationOptions
     bool asks_about_configuration() const { return print || check; }
 };
 
-/// The configuration that the options ask for; nothing, and a status other than `done`, when it
-/// could not be had. What is wrong goes to `errors`.
+/// The configuration that the options ask for. Returns nothing, with a status other than `done`, if
+/// it cannot be read or is refused; `errors` then receives the reasons.
 std::optional<host::Configuration> load(const ConfigurationOptions& options, std::ostream& errors,
                                         ExitStatus& status);
 
-/// What --print-config or --check-config ask for.
+/// Answers --print-config and --check-config.
 void answer_about(const host::Configuration& configuration, const ConfigurationOptions& options,
                   std::ostream& out);
 

@@ -30,10 +30,10 @@ struct PrintOptions
     ConfigurationOptions configuration;
 };
 
-/// 2025-01-01 00:00:00 UTC. What is printed shows no clock, so that it can be compared.
+/// 2025-01-01 00:00:00 UTC. Printed texts never depend on the clock, so that they can be compared.
 constexpr host::TaiTime fixed_instant = {1735689637, 0};
 
-constexpr std::string_view hint = "; nmos-instrument print --list names all texts";
+constexpr std::string_view hint = "; nmos-instrument print --list shows all texts";
 
 std::string range_of(std::size_t count)
 {
@@ -54,7 +54,7 @@ void list_texts(const host::Records& records, std::ostream& out)
     }
 }
 
-/// The number that `word` says.
+/// The number that `word` spells, if it is one.
 std::optional<int> parse_number(const std::string& word)
 {
     int number = 0;
@@ -65,7 +65,7 @@ std::optional<int> parse_number(const std::string& word)
     return number;
 }
 
-/// The index that `word` says, when it is one of `count`.
+/// The index that `word` spells, if it is below `count`.
 std::optional<int> parse_index(const std::string& word, std::size_t count)
 {
     const std::optional<int> index = parse_number(word);
@@ -76,7 +76,7 @@ std::optional<int> parse_index(const std::string& word, std::size_t count)
 
 ExitStatus print_text(const PrintOptions& options, const TextInput& input)
 {
-    // A second word is either a part of the name or an index.
+    // A second word is either part of the name or an index.
     const Text* text = find_text(options.text + ' ' + options.index);
     const bool second_word_is_name = text != nullptr;
     if (!second_word_is_name)
@@ -160,11 +160,12 @@ void add_print_command(CLI::App& program, ExitStatus& status)
     command->add_option("TEXT", options->text, "name of the text, see --list")->type_name("");
     command
         ->add_option("INDEX", options->index,
-                     "which source, flow, device, sender or receiver; after root, which path")
+                     "which source, flow, device, sender or receiver; with root, which path")
         ->type_name("");
-    command->add_flag("--list", options->list, "name every text");
-    command->add_flag("--pretty", options->pretty,
-                      "indent JSON for reading; without it the bytes are the library's");
+    command->add_flag("--list", options->list, "list every text");
+    command->add_flag(
+        "--pretty", options->pretty,
+        "indent JSON for people to read; without it the bytes are those of the library");
     const auto add_filter = [command](const char* name, std::optional<int>& filter,
                                       const char* values) {
         command->add_option(name, filter, values)->check(one_of(values))->type_name("N");

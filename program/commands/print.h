@@ -9,8 +9,8 @@
 
 namespace nmos_instrument::program {
 
-/// Adds `print TEXT [INDEX]`, which prints any text of the library. When the command line asks for
-/// it, `status` receives the outcome.
+/// Adds `print TEXT [INDEX]`, which prints any text of the library. `status` receives the outcome
+/// if the command line asks for this command.
 void add_print_command(CLI::App& program, ExitStatus& status);
 
 } // namespace nmos_instrument::program

@@ -17,13 +17,13 @@ using nlohmann::ordered_json;
 
 constexpr const char* leg_names[2] = {"primary", "secondary"};
 
-/// "-" where nothing was found.
+/// "-" if nothing was found.
 std::string cell(const std::string& value)
 {
     return value.empty() ? "-" : printable(value);
 }
 
-/// Blanks up to the next column, at least one.
+/// `text` with spaces up to the next column, at least one.
 std::string padded(std::string text, std::size_t width)
 {
     text.resize(std::max(width, text.size() + 1), ' ');
@@ -82,7 +82,7 @@ void report_as_text(const CheckedFile& file, std::ostream& out, std::ostream& er
 {
     const std::string name = file.name == "-" ? "standard input" : file.name;
     if (!file.verdict) {
-        errors << name << ": not readable: " << file.read_error << '\n';
+        errors << name << ": cannot be read: " << file.read_error << '\n';
         return;
     }
     const SdpVerdict& verdict = *file.verdict;

@@ -17,15 +17,16 @@ struct CheckedFile
 {
     std::string name; ///< "-" is standard input
     std::optional<SdpVerdict> verdict;
-    std::string read_error; ///< when there is no verdict
+    std::string read_error; ///< if there is no verdict
 };
 
-/// For people. Other bytes of the file than visible ASCII are shown as \xHH: it may come from
-/// anywhere, and a terminal obeys some of them. That a file is not readable goes to `errors`.
+/// For people. Bytes of the file that are not visible ASCII are shown as \xHH: the file may come
+/// from anywhere, and a terminal obeys some bytes. A file that cannot be read is reported in
+/// `errors`.
 void report_as_text(const CheckedFile& file, std::ostream& out, std::ostream& errors);
 
-/// For programs: an array with one object for each file. A value that was not found is null; bytes
-/// that are no UTF-8 become U+FFFD.
+/// For programs: an array with one object for each file. A value that was not found is null. Bytes
+/// that are not UTF-8 become U+FFFD.
 void report_as_json(const std::vector<CheckedFile>& files, std::ostream& out);
 
 } // namespace nmos_instrument::program

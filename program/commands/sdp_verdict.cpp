@@ -12,10 +12,10 @@
 namespace nmos_instrument::program {
 namespace {
 
-/// ConnectionApi::analyze_sdp_file looks at so many lines.
+/// How many lines ConnectionApi::analyze_sdp_file examines.
 constexpr std::size_t examined_lines = 100;
 
-/// Beyond this size messages are not traced to their lines: that reads the file once a line.
+/// Above this size messages are not traced to their lines: tracing reads the file once a line.
 constexpr std::size_t traceable_size = std::size_t{256} << 10;
 
 enum class Outcome
@@ -25,7 +25,7 @@ enum class Outcome
     gave_up
 };
 
-/// `errors` and `found` are fresh.
+/// `errors` and `found` must be fresh.
 Outcome analyze(const std::string& sdp, const ReceivingInstrument& instrument, std::string& errors,
                 sdp_str& found)
 {
@@ -50,7 +50,7 @@ public:
             ends_.push_back(at + 1);
     }
 
-    /// Those that a line break ends.
+    /// How many lines end with a line break.
     std::size_t complete() const { return ends_.size(); }
 
     std::string first(std::size_t count) const
@@ -58,7 +58,7 @@ public:
         return text_.substr(0, count == 0 ? 0 : ends_[count - 1]);
     }
 
-    /// What stands behind the last line break.
+    /// The text after the last line break.
     std::string_view rest() const
     {
         return std::string_view(text_).substr(ends_.empty() ? 0 : ends_.back());
@@ -80,8 +80,8 @@ void add_messages(const std::string& errors, std::size_t line, std::vector<SdpMe
     }
 }
 
-/// The parser goes from line to line, so what it says about the first n lines begins what it says
-/// about the first n + 1. Returns the line at which it gave up, 0 when it did not.
+/// The parser reads line by line, so its messages about the first n lines are the beginning of
+/// those about the first n + 1. Returns the line at which the parser gave up, or 0 if it did not.
 std::size_t trace_messages(const Lines& lines, const ReceivingInstrument& instrument,
                            std::vector<SdpMessage>& messages)
 {
@@ -99,7 +99,7 @@ std::size_t trace_messages(const Lines& lines, const ReceivingInstrument& instru
     return 0;
 }
 
-/// The leading integer of a text, as strtol reads it; empty when there is none.
+/// The leading integer of a text, as strtol reads it; empty if there is none.
 std::string leading_number(std::string_view text)
 {
     std::size_t begin = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
@@ -114,7 +114,7 @@ std::string leading_number(std::string_view text)
     return std::string(text.substr(begin, end - begin));
 }
 
-/// Port 0 is accepted by the parser and switches a medium off (RFC 3264 5.1).
+/// The parser accepts port 0, which switches a medium off (RFC 3264 5.1).
 bool is_usable(const FoundLeg& leg)
 {
     return !leg.address.empty() && std::strtol(leg.port.c_str(), nullptr, 10) > 0;
@@ -142,7 +142,7 @@ void take_over(const sdp_str& found, SdpVerdict& verdict)
     };
 }
 
-/// What the parser makes of a last line without line break.
+/// What the parser makes of a last line without a line break.
 std::string number_of(std::string_view rest)
 {
     std::string number;
@@ -156,7 +156,7 @@ std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
 {
     std::vector<std::string> hints;
     if (lines.complete() < examined_lines && !lines.rest().empty()) {
-        hints.push_back("the file does not end in a line break: line " +
+        hints.push_back("the file does not end with a line break: line " +
                         std::to_string(lines.complete() + 1) + " was read as the number " +
                         number_of(lines.rest()) + ", not as a line; end it with a line break");
     }
@@ -165,7 +165,7 @@ std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
                         " lines were examined");
     if (const std::size_t nul = sdp.find('\0'); nul != std::string::npos)
         hints.push_back("byte " + std::to_string(nul + 1) +
-                        " is NUL: a value ends there for the checks");
+                        " is NUL: the checks read a value only up to there");
     constexpr std::size_t room = sizeof CONNECTION_HALF_IS05_ST::transport_file_data - 1;
     if (sdp.size() > room)
         hints.push_back("the file has " + std::to_string(sdp.size()) +
@@ -198,8 +198,8 @@ SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrume
     if (outcome == Outcome::gave_up) {
         verdict.cause = last_line == 0 ? "a line" : "line " + std::to_string(last_line);
         verdict.cause += " lacks its second value: \"a=group:DUP\" takes two names, "
-                         "\"a=source-filter: incl IN IP4\" two addresses; what follows was not "
-                         "examined";
+                         "\"a=source-filter: incl IN IP4\" two addresses; the lines after it "
+                         "were not examined";
     }
     verdict.hints = hints_about(sdp, lines, verdict);
     return verdict;

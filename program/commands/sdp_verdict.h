@@ -10,7 +10,7 @@
 
 namespace nmos_instrument::program {
 
-/// The instrument that receives.
+/// The instrument whose receivers are offered the file.
 struct ReceivingInstrument
 {
     bool switch_capable = true;
@@ -20,11 +20,11 @@ struct ReceivingInstrument
 
 struct SdpMessage
 {
-    std::size_t line; ///< of the file, from 1; 0 when it is not known
-    std::string text; ///< without line break
+    std::size_t line; ///< of the file, from 1; 0 if unknown
+    std::string text; ///< without its line break
 };
 
-/// Texts as they stand in the file; empty when it does not say them.
+/// Texts as they are in the file; empty where it has none.
 struct FoundLeg
 {
     std::string source;
@@ -32,22 +32,22 @@ struct FoundLeg
     std::string port;
 };
 
-/// One thing that a file says about both legs together.
+/// One value that a file gives for both legs together.
 struct FoundValue
 {
     const char* key;   ///< for programs
     const char* title; ///< for people
-    std::string value; ///< empty when the file does not say it
+    std::string value; ///< empty if the file has none
 };
 
 struct SdpVerdict
 {
     bool taken = false;
-    std::vector<SdpMessage> messages; ///< the parser's, in its order
-    std::string cause;                ///< why the parser gave up; empty when it did not
+    std::vector<SdpMessage> messages; ///< of the parser, in its order
+    std::string cause;                ///< why the parser gave up; empty if it did not
     std::array<FoundLeg, 2> legs;     ///< primary, secondary
     std::vector<FoundValue> format;
-    std::vector<std::string> hints; ///< what is worth knowing in either case
+    std::vector<std::string> hints; ///< worth knowing whatever the verdict
 };
 
 /// What ConnectionApi::analyze_sdp_file says about a file.

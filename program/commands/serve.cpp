@@ -48,8 +48,8 @@ void start_log(const std::string& level)
     spdlog::set_default_logger(logger);
 }
 
-/// SIGTERM and SIGINT, for the thread that waits for them and no other. To be made before any
-/// thread is started: threads inherit what is blocked.
+/// Keeps SIGTERM and SIGINT for the thread that waits for them. Make it before any thread starts:
+/// threads inherit the blocked signals.
 class EndSignals
 {
 public:
@@ -59,7 +59,7 @@ public:
         sigaddset(&signals_, SIGTERM);
         sigaddset(&signals_, SIGINT);
         pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
-        // A client that goes away is no reason to end.
+        // The program does not end because a client goes away.
         static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     }
 
@@ -87,8 +87,8 @@ host::HttpServerOptions server_options(const ServeOptions& options)
     return server;
 }
 
-/// Where the configuration says; where the options say so at the first port from there on that
-/// nobody uses.
+/// Listens where the configuration says; if the options allow it, at the first free port from
+/// there on.
 host::ListeningSocket listen(const ServeOptions& options, const host::ServerSettings& settings)
 {
     const auto port = static_cast<std::uint16_t>(settings.port);
@@ -100,8 +100,8 @@ host::ListeningSocket listen(const ServeOptions& options, const host::ServerSett
         if (error.code() != std::errc::address_in_use)
             throw;
         throw std::runtime_error(std::string(error.what()) +
-                                 "; --port PORT serves at another one, --first-free-port at the "
-                                 "next one that nobody uses");
+                                 "; use --port PORT for another port, or --first-free-port for "
+                                 "the next free one");
     }
 }
 
@@ -109,7 +109,7 @@ void run(const ServeOptions& options, host::Configuration configuration)
 {
     const EndSignals end_signals;
 
-    // First the port: the records that the instrument shows name it.
+    // The port comes first, because the records of the instrument name it.
     host::ListeningSocket socket = listen(options, configuration.server);
     configuration.server.port = socket.port();
 
@@ -131,7 +131,7 @@ void run(const ServeOptions& options, host::Configuration configuration)
 
     host::ManifestFetcher manifests;
     const host::Router router({instrument, manifests, state_file ? &*state_file : nullptr});
-    // Last, so that it stops before what its handlers use goes away.
+    // The server comes last, so that it stops before anything that its handlers use goes away.
     const host::HttpServer server(
         std::move(socket), server_options(options),
         [&](const host::HttpRequest& request, const host::HttpReply& reply) {
@@ -139,14 +139,14 @@ void run(const ServeOptions& options, host::Configuration configuration)
         });
 
     const std::string url = host::base_url(configuration.server);
-    spdlog::info("serving {} ({} connections at most)", url, server.connection_limit());
+    spdlog::info("serving {} (at most {} connections)", url, server.connection_limit());
     if (configuration.server.address.starts_with("127."))
         spdlog::info("only this machine can reach {}: set server.address in the configuration",
                      configuration.server.address);
-    std::cout << url << std::endl; // flushed: whoever started us waits for it
+    std::cout << url << std::endl; // flushed, because a script that started us waits for it
 
     const int signal = end_signals.wait();
-    spdlog::info("ending on signal {}", signal);
+    spdlog::info("stopping on signal {}", signal);
 }
 
 ExitStatus serve(const ServeOptions& options)
@@ -182,19 +182,20 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
     options->configuration.add_to(*command);
     command
         ->add_option("--state", options->state_file,
-                     "keeps connections, versions and counters across restarts")
+                     "file that keeps connections, versions and counters across restarts")
         ->type_name("FILE");
-    command->add_option("--port", options->port, "instead of the port of the configuration")
+    command
+        ->add_option("--port", options->port, "TCP port, instead of the one in the configuration")
         ->check(CLI::Range(1, 65535))
         ->type_name("PORT");
     command->add_flag("--first-free-port", options->first_free_port,
-                      "from the port on, take the first one that nobody uses");
+                      "if the port is in use, serve at the next free one");
     command
         ->add_option("--connections-per-address", options->connections_per_address,
-                     "of one client at the same time; 0: no limit")
+                     "how many connections one client may have at once; 0: no limit")
         ->capture_default_str()
         ->type_name("N");
-    command->add_option("--log-level", options->log_level, "what goes to standard error")
+    command->add_option("--log-level", options->log_level, "how much is logged to standard error")
         ->check(CLI::IsMember({"debug", "info", "warning", "error", "off"}))
         ->capture_default_str()
         ->type_name("LEVEL");

@@ -126,7 +126,7 @@ constexpr Text texts[] = {
      [](Input in, int index) {
          return RegistrationApi().make_resource_flowid(&in.records.node, index);
      }},
-    {"resource-devices", "all devices, without tags and envelopes", json, nullptr,
+    {"resource-devices", "all devices, without tags or envelopes", json, nullptr,
      [](Input in, int) {
          const host::StreamSelection& s = in.records.selection;
          return RegistrationApi().make_resource_devices(&in.records.node, s.receiver_filter,
@@ -155,12 +155,13 @@ constexpr Text texts[] = {
      [](Input in, int) { return RegistrationApi().make_health(&in.records.node); }},
 
     // The IS-05 Connection API.
-    {"single-senders", "ids of the senders (no JSON when the last are hidden)", json, nullptr,
+    {"single-senders", "ids of the senders (not JSON if the last ones are hidden)", json, nullptr,
      [](Input in, int) {
          return ConnectionApi().make_single_senders(&in.records.node,
                                                     in.records.selection.sender_filter != 0);
      }},
-    {"single-receivers", "ids of the receivers (no JSON when the last are hidden)", json, nullptr,
+    {"single-receivers", "ids of the receivers (not JSON if the last ones are hidden)", json,
+     nullptr,
      [](Input in, int) {
          const host::StreamSelection& s = in.records.selection;
          return ConnectionApi().make_single_receivers(&in.records.node, s.receiver_filter,
@@ -187,7 +188,7 @@ constexpr Text texts[] = {
      }},
     {"sdp", "SDP file of one sender", fixed, senders, sdp},
 
-    // Beside the NMOS APIs.
+    // Texts that belong to no NMOS API.
     {"service", "service file for the Avahi daemon", fixed, nullptr, service},
     {"params", "settings of the instrument", json, nullptr,
      [](Input in, int) { return Nmos().make_param_json(&in.records.settings, 0); }},

@@ -15,7 +15,7 @@
 
 namespace nmos_instrument::program {
 
-/// What texts are made from.
+/// What the texts are made from.
 struct TextInput
 {
     const host::Configuration& configuration;
@@ -25,7 +25,7 @@ struct TextInput
 enum class TextForm
 {
     json,       ///< may be indented
-    fixed_lines ///< laid out by hand, or no JSON: printed as it is
+    fixed_lines ///< laid out by hand, or not JSON: printed as it is
 };
 
 struct Text
@@ -33,15 +33,14 @@ struct Text
     std::string_view name; ///< one word, or two
     std::string_view description;
     TextForm form;
-    /// How many of the instrument's resources the text can be asked for; null when it takes no
-    /// index.
+    /// How many resources of the instrument have this text; null if it takes no index.
     std::size_t (*count)(const host::Records&);
     std::string (*make)(const TextInput&, int index);
 };
 
 std::span<const Text> all_texts();
 
-/// Null when there is none of that name.
+/// Null if no text has that name.
 const Text* find_text(std::string_view name);
 
 } // namespace nmos_instrument::program

@@ -207,7 +207,7 @@ const Refusal refusals[] = {
     {R"({"carriage": "ST 2022-6", "payload_types": {"video": 96}})",
      "file: /payload_types/video: found 96 with ST 2022-6 carriage, allowed: 98"},
     {R"({"interfaces": [{"name": "a"}, {"name": "a"}]})",
-     "file: /interfaces/1/name: found the name of the first interface, allowed: another one"},
+     "file: /interfaces/1/name: found the name of the first interface, allowed: a different one"},
 };
 
 TEST(Configuration, ARefusalNamesFilePlaceFoundAndAllowed)

@@ -62,7 +62,7 @@ TEST(CheckSdp, HintsAtAMissingLineBreak)
 {
     const ProgramRun run = run_program({"check-sdp", "-"}, good_sdp + "a=x"s);
     EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.out, HasSubstr("  hint: the file does not end in a line break: line 10 was "
+    EXPECT_THAT(run.out, HasSubstr("  hint: the file does not end with a line break: line 10 was "
                                    "read as the number 0, not as a line"));
 }
 
@@ -128,9 +128,9 @@ TEST(CheckSdp, SaysWhyAFileIsNotReadableAndGoesOn)
     const TemporaryFile good(good_sdp);
     const ProgramRun run = run_program({"check-sdp", "/", "", "/dev/zero", good.name()});
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.errors, "/: not readable: Is a directory\n"
-                          ": not readable: No such file or directory\n"
-                          "/dev/zero: not readable: larger than 4194304 bytes\n");
+    EXPECT_EQ(run.errors, "/: cannot be read: Is a directory\n"
+                          ": cannot be read: No such file or directory\n"
+                          "/dev/zero: cannot be read: larger than 4194304 bytes\n");
     EXPECT_THAT(run.out, HasSubstr(good.name() + ": taken"));
 }
 

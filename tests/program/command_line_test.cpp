@@ -54,7 +54,7 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
         {{}, "A command is required"},
         {{"prnt"}, "no command \"prnt\"; there are print, check-sdp, serve\n"},
         {{"--list"}, "--list"},
-        {{"print"}, "print: TEXT is missing; nmos-instrument print --list names all texts"},
+        {{"print"}, "print: TEXT is missing; nmos-instrument print --list shows all texts"},
         {{"print", ""}, "print: TEXT is missing"},
         {{"print", "nodes"}, "print: no text \"nodes\"; nmos-instrument print --list"},
         {{"print", "root", "nodes"}, "print root: takes no INDEX, found \"nodes\""},
@@ -74,7 +74,7 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
         {{"print", "self", "--config"}, "--config"},
         {{"print", "--print-config", "--check-config"}, "--print-config"},
         {{"check-sdp"}, "FILE is required"},
-        {{"check-sdp", "-", "-"}, "FILE: standard input (\"-\") can be read once"},
+        {{"check-sdp", "-", "-"}, "FILE: standard input (\"-\") can be read only once"},
         {{"check-sdp", "-", "--current-format", "32768"},
          "--current-format: found \"32768\", allowed: 2k, 4k, any, or a number from -32768 to "
          "32767"},

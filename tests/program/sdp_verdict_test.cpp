@@ -116,11 +116,12 @@ TEST(JudgeSdp, AFileThatTheParserGivesUpOnIsRefusedWithItsCause)
 
 TEST(JudgeSdp, HintsAtALastLineThatWasReadAsANumber)
 {
-    EXPECT_THAT(judged("c=IN IP4 233.252.0.1/64\nm=video 5004").hints,
-                ElementsAre("the file does not end in a line break: line 2 was read as the number "
-                            "0, not as a line; end it with a line break",
-                            "no leg has both an address and a port from 1 to 65535: there is "
-                            "nothing to receive"));
+    EXPECT_THAT(
+        judged("c=IN IP4 233.252.0.1/64\nm=video 5004").hints,
+        ElementsAre("the file does not end with a line break: line 2 was read as the number "
+                    "0, not as a line; end it with a line break",
+                    "no leg has both an address and a port from 1 to 65535: there is "
+                    "nothing to receive"));
     EXPECT_THAT(judged("+5004 m=video").hints[0], HasSubstr("line 1 was read as the number 5004,"));
     EXPECT_THAT(judged("99999999999").hints[0], HasSubstr("as the number 2147483647,"));
     EXPECT_THAT(judged("c=IN IP4 233.252.0.1/64\nm=video 5004 x\r").hints, IsEmpty());
@@ -142,7 +143,7 @@ TEST(JudgeSdp, HintsAtLinesThatWereNotExamined)
 TEST(JudgeSdp, HintsAtNulBytes)
 {
     EXPECT_THAT(judged("c=IN IP4 233.252.0.1\0/64\nm=video 5004 x\n"s).hints,
-                ElementsAre("byte 21 is NUL: a value ends there for the checks"));
+                ElementsAre("byte 21 is NUL: the checks read a value only up to there"));
 }
 
 TEST(JudgeSdp, HintsAtAFileThatNoConnectionStateHolds)

@@ -173,7 +173,7 @@ class Staging(InstrumentTest):
                            f"/transport_params/1/{member}", "IPv4 address")
                 for value in ("::1", "2001:db8::1", "::ffff:192.0.2.1"):
                     yield (side, {"transport_params": [{}, {member: value}]},
-                           f"/transport_params/1/{member}", "no IPv6")
+                           f"/transport_params/1/{member}", "does not support IPv6")
         for side, members in (("sender", ("source_port", "destination_port")),
                               ("receiver", ("destination_port",))):
             for member in members:

@@ -145,7 +145,7 @@ class UrlSpace(InstrumentTest):
             for method in ("GET", "POST"):
                 with self.subTest(f"{method} {path}"):
                     self.assert_error(self.instrument.request(method, path), 404,
-                                      "this node is no registry")
+                                      "this node is not a registry")
 
     def test_query_is_ignored(self):
         self.assertEqual(self.instrument.get(NODE + "/self?a=b").json["label"], "QX3100/QX3300")
