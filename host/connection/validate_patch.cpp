@@ -53,7 +53,7 @@ public:
 private:
     void apply_transport_file(const TransportFilePatch& file, ConnectionPatch& result)
     {
-        // IS-05 v1.0: both are strings or both are null, together with what is already staged.
+        // IS-05 v1.0: both are strings or both are null, after the merge with what is staged.
         const std::string data(
             file.data.value_or(std::string(text_of(staged_.transport_file_data))));
         const std::string type(

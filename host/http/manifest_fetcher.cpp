@@ -188,7 +188,7 @@ private:
     }
 
     CURLM* multi_ = nullptr;
-    std::map<CURL*, std::unique_ptr<Fetch>> running_; ///< of the thread alone
+    std::map<CURL*, std::unique_ptr<Fetch>> running_; ///< used by the thread only
     std::mutex mutex_;
     std::vector<std::unique_ptr<Fetch>> waiting_;
     std::size_t running_count_ = 0;

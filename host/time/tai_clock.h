@@ -10,7 +10,7 @@
 namespace nmos_instrument::host {
 
 /// TAI minus UTC: the kernel's offset, which a PTP or NTP daemon maintains, or 37 s if it has not
-/// been set. 37 s is right since 2017-01-01; no leap second has been announced since then.
+/// been set. 37 s has been right since 2017-01-01; no leap second has been announced since then.
 std::chrono::seconds tai_offset();
 
 /// The machine's time as TAI.
