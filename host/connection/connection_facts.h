@@ -23,10 +23,9 @@ struct ConnectionFacts
     /// For each leg: the only address that a sender's "source_ip" or a receiver's "interface_ip"
     /// can have.
     std::array<std::string, leg_count> interface_addresses;
-    std::array<std::string, leg_count>
-        start_addresses;                  ///< senders: what "auto" means for "destination_ip"
-    std::vector<std::string> media_types; ///< receivers, like "video/raw"
-    bool switch_capable = true;           ///< between 2K and 4K
+    std::array<std::string, leg_count> start_addresses; ///< senders: "auto" for "destination_ip"
+    std::vector<std::string> media_types;               ///< receivers, like "video/raw"
+    bool switch_capable = true;                         ///< between 2K and 4K
     bool switch_allowed = true;
     short current_format = 3; ///< as ConnectionApi::analyze_sdp_file takes it
 };

@@ -38,7 +38,7 @@ struct ConnectionKey
     Side side = Side::sender;
     std::size_t index = 0;
 
-    // clang-tidy 14 sees a comparison with 0 here.
+    // clang-tidy 14 sees a comparison with the literal 0 here.
     auto operator<=>(const ConnectionKey&) const = default; // NOLINT(modernize-use-nullptr)
 };
 

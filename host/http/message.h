@@ -37,7 +37,7 @@ struct HttpResponse
 {
     int status = 200;
 
-    /// Sent as it is; without this header if empty.
+    /// Sent as it is; if empty, there is no such header.
     std::string content_type = "application/json";
 
     std::string body;

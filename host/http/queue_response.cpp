@@ -67,7 +67,7 @@ int queue_response(MHD_Connection* connection, HttpResponse response, AfterAnswe
 {
     if (queue(connection, response, after))
         return response.status;
-    response = error_response(500, "Internal error", "HTTP does not allow the answer");
+    response = error_response(500, "Internal error", "the answer cannot be sent");
     return queue(connection, response, after) ? response.status : 0;
 }
 

@@ -31,7 +31,7 @@ bool waits_before_body(MHD_Connection* connection)
     return expectation != nullptr && strcasecmp(expectation, "100-continue") == 0;
 }
 
-// 0 for a chunked body. libmicrohttpd has refused malformed lengths before.
+// 0 for a chunked body. libmicrohttpd has already refused malformed lengths.
 unsigned long long announced_length(MHD_Connection* connection)
 {
     const char* length = header(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);

@@ -18,7 +18,7 @@ struct TaiTime
     std::uint64_t seconds = 0;    ///< up to last_tai_second
     std::int32_t nanoseconds = 0; ///< 0 to 999999999
 
-    // clang-tidy 14 sees a comparison with 0 here.
+    // clang-tidy 14 sees a comparison with the literal 0 here.
     auto operator<=>(const TaiTime&) const = default; // NOLINT(modernize-use-nullptr)
 };
 

@@ -309,9 +309,8 @@ TEST(HttpServer, SendsNothingThatHttpDoesNotAllow)
         ASSERT_TRUE(response) << path;
         EXPECT_EQ(response->status, 500) << path;
         EXPECT_EQ(response->headers.count("set-cookie"), 0U) << path;
-        EXPECT_EQ(
-            response->body,
-            R"({"code":500,"error":"Internal error","debug":"HTTP does not allow the answer"})");
+        EXPECT_EQ(response->body,
+                  R"({"code":500,"error":"Internal error","debug":"the answer cannot be sent"})");
     }
 }
 
