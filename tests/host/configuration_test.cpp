@@ -274,10 +274,9 @@ TEST(ExplainConfiguration, ParsesAgainToItself)
 TEST(ExplainConfiguration, SaysWhatIsAllowedBesideTheValue)
 {
     const std::string text = explain_configuration(Configuration());
-    EXPECT_THAT(text,
-                HasSubstr("        // TCP port to serve at, and the one that all bodies name. "
-                          "Allowed: 1 to 65535.\n"
-                          "        \"port\": 3000\n"));
+    EXPECT_THAT(text, HasSubstr("        // The TCP port to serve at, which all bodies name too. "
+                                "Allowed: 1 to 65535.\n"
+                                "        \"port\": 3000\n"));
     EXPECT_THAT(text, HasSubstr("    // How video is sent: SMPTE ST 2110, or SMPTE ST 2022-6. "
                                 "Allowed: \"ST 2110\", \"ST 2022-6\".\n"
                                 "    \"carriage\": \"ST 2110\",\n"));

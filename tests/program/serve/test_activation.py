@@ -202,7 +202,7 @@ class Activation(InstrumentTest):
         for patch in ({}, {"master_enable": True}, IMMEDIATE, scheduled("1:0"),
                       {"transport_params": [{}, {}]}):
             with self.subTest(patch):
-                self.assert_error(self.instrument.patch(resource, patch), 423, "mode null")
+                self.assert_error(self.instrument.patch(resource, patch), 423, "mode to null")
                 self.assertEqual(self.instrument.staged(resource), staged)
         target = f"/x-nmos/node/v1.2/{resource}/target"
         self.assert_error(self.instrument.request("PUT", target, {}), 423)

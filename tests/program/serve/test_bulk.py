@@ -22,7 +22,7 @@ class Bulk(InstrumentTest):
                 (ids[1], {**port, **IMMEDIATE}, 200, None),
                 (ids[1], {"master_enable": "yes"}, 400, "/master_enable"),
                 (ids[1], {**later}, 202, None),
-                (ids[1], {}, 423, "mode null"),
+                (ids[1], {}, 423, "mode to null"),
                 (ids[1], {"activation": {"mode": None}}, 200, None),
                 (ids[2], 5, 400, "object"),
                 (ids[2], port, 200, None),
