@@ -25,7 +25,7 @@ void require_same_text(FuzzInput fuzz, Slashes slashes)
         json.string(array);
     }
     {
-        FastJsonWriter json(text);
+        JsonWriter json(text);
         json.string(array);
         json.end_array();
     }

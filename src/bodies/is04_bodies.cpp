@@ -18,7 +18,7 @@ constexpr std::size_t audio_flow = 1;
 
 /// A node is reached at one address: the first endpoint is shown, all others are only looked at
 /// for a port that no JSON number can hold.
-void write_endpoints(FastJsonWriter& json, const NMOS_IS04_ST& node)
+void write_endpoints(JsonWriter& json, const NMOS_IS04_ST& node)
 {
     const auto endpoints = valid_entries(node.endpoints, node.endpoints_count);
     if (endpoints.empty())
@@ -37,7 +37,7 @@ void write_endpoints(FastJsonWriter& json, const NMOS_IS04_ST& node)
     json.end_array();
 }
 
-void write_clock(FastJsonWriter& json, const CLOCK_IS04_ST& clock)
+void write_clock(JsonWriter& json, const CLOCK_IS04_ST& clock)
 {
     const bool is_ptp = holds(clock.ref_type, "ptp");
     json.begin_object();
@@ -54,7 +54,7 @@ void write_clock(FastJsonWriter& json, const CLOCK_IS04_ST& clock)
     json.end_object();
 }
 
-void write_interface(FastJsonWriter& json, const INTERFACE_IS04_ST& interface)
+void write_interface(JsonWriter& json, const INTERFACE_IS04_ST& interface)
 {
     json.begin_object();
     json.member_or_null("chassis_id", interface.chassis_id);
@@ -92,9 +92,8 @@ void write_component(JsonWriter& json, const FLOW_IS04_ST& flow, std::string_vie
 
 /// A sender or receiver has one subscription: the first entry decides, later ones never show.
 template <std::size_t K, std::size_t N>
-[[gnu::always_inline]] inline void
-write_subscription(FastJsonWriter& json, const char (&peer_key)[K],
-                   const SUBSCRIPTION_IS04_ST (&entries)[N], std::int32_t count)
+void write_subscription(JsonWriter& json, const char (&peer_key)[K],
+                        const SUBSCRIPTION_IS04_ST (&entries)[N], std::int32_t count)
 {
     json.key("subscription").begin_object();
     if (count > 0) {
@@ -106,8 +105,7 @@ write_subscription(FastJsonWriter& json, const char (&peer_key)[K],
 
 /// In a sender's own body every id is a string.
 template <std::size_t N>
-[[gnu::always_inline]] inline void write_sender_id(FastJsonWriter& json, const char (&id)[N],
-                                                   bool may_be_null)
+void write_sender_id(JsonWriter& json, const char (&id)[N], bool may_be_null)
 {
     if (may_be_null && holds(id, "null"))
         json.null();
@@ -117,9 +115,9 @@ template <std::size_t N>
 
 } // namespace
 
-void write_node(JsonText& text, const NMOS_IS04_ST& node)
+[[gnu::flatten]] void write_node(JsonText& text, const NMOS_IS04_ST& node)
 {
-    FastJsonWriter json(text);
+    JsonWriter json(text);
     json.begin_object();
     json.key("api").begin_object();
     write_endpoints(json, node);
@@ -145,8 +143,8 @@ void write_node(JsonText& text, const NMOS_IS04_ST& node)
     json.end_object();
 }
 
-void write_device(JsonText& text, const DEVICE_IS04_ST& device, const DeviceSelection& selection,
-                  DeviceTags tags)
+[[gnu::flatten]] void write_device(JsonText& text, const DEVICE_IS04_ST& device,
+                                   const DeviceSelection& selection, DeviceTags tags)
 {
     JsonWriter json(text);
     json.begin_object();
@@ -177,7 +175,8 @@ void write_device(JsonText& text, const DEVICE_IS04_ST& device, const DeviceSele
     json.end_object();
 }
 
-void write_source(JsonText& text, const SOURCE_IS04_ST& source, std::size_t position)
+[[gnu::flatten]] void write_source(JsonText& text, const SOURCE_IS04_ST& source,
+                                   std::size_t position)
 {
     JsonWriter json(text);
     json.begin_object();
@@ -201,7 +200,7 @@ void write_source(JsonText& text, const SOURCE_IS04_ST& source, std::size_t posi
     json.end_object();
 }
 
-void write_flow(JsonText& text, const FLOW_IS04_ST& flow, std::size_t position)
+[[gnu::flatten]] void write_flow(JsonText& text, const FLOW_IS04_ST& flow, std::size_t position)
 {
     const bool is_video = position == video_flow;
     const bool is_audio = position == audio_flow;
@@ -243,11 +242,11 @@ void write_flow(JsonText& text, const FLOW_IS04_ST& flow, std::size_t position)
     json.end_object();
 }
 
-void write_sender(JsonText& text, const SENDER_IS04_ST& sender, SenderForm form)
+[[gnu::flatten]] void write_sender(JsonText& text, const SENDER_IS04_ST& sender, SenderForm form)
 {
     const bool is_target = form == SenderForm::receiver_target;
 
-    FastJsonWriter json(text);
+    JsonWriter json(text);
     json.begin_object();
     if (is_target)
         json.key("caps").empty_object();
@@ -265,9 +264,9 @@ void write_sender(JsonText& text, const SENDER_IS04_ST& sender, SenderForm form)
     json.end_object();
 }
 
-void write_receiver(JsonText& text, const RECEIVER_IS04_ST& receiver)
+[[gnu::flatten]] void write_receiver(JsonText& text, const RECEIVER_IS04_ST& receiver)
 {
-    FastJsonWriter json(text);
+    JsonWriter json(text);
     json.begin_object();
     json.key("caps").begin_object();
     json.strings("media_types", receiver.media_types, receiver.media_types_count);

@@ -62,7 +62,7 @@ void write_sender_leg(JsonWriter& json, const CONNECTION_LEG_IS05_ST& leg,
 
 } // namespace
 
-void write_receiver_connection(JsonText& text, const CONNECTION_HALF_IS05_ST& half)
+[[gnu::flatten]] void write_receiver_connection(JsonText& text, const CONNECTION_HALF_IS05_ST& half)
 {
     JsonWriter json(text);
     json.begin_object();
@@ -78,8 +78,9 @@ void write_receiver_connection(JsonText& text, const CONNECTION_HALF_IS05_ST& ha
     json.end_object();
 }
 
-void write_sender_connection(JsonText& text, const CONNECTION_HALF_IS05_ST& half,
-                             const CONNECTION_HALF_IS05_ST& staged, UnsetAddress unset)
+[[gnu::flatten]] void write_sender_connection(JsonText& text, const CONNECTION_HALF_IS05_ST& half,
+                                              const CONNECTION_HALF_IS05_ST& staged,
+                                              UnsetAddress unset)
 {
     JsonWriter json(text);
     json.begin_object();

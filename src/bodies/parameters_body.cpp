@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "records/record_fields.h"
 #include "text/number_text.h"
@@ -128,7 +129,7 @@ void write_setting(JsonWriter& json, const st_param_sys& sys, const Setting& set
 }
 
 /// At most 2 KB: too short to be flushed.
-void write_stream(JsonText& text, const st_param_sys& sys)
+[[gnu::flatten]] void write_stream(JsonText& text, const st_param_sys& sys)
 {
     JsonWriter json(text);
     json.begin_object();
@@ -152,14 +153,13 @@ void write_stream_status(JsonWriter& json)
 
 } // namespace
 
-void write_parameters(JsonText& text, const st_param_sys& sys)
+[[gnu::flatten]] void write_parameters(JsonText& text, const st_param_sys& sys)
 {
     JsonWriter json(text);
     json.begin_object();
-    write_stream_status(json.key("judge_stream1"));
-    write_stream_status(json.key("judge_stream2"));
-    write_stream_status(json.key("judge_stream3"));
-    write_stream_status(json.key("judge_stream4"));
+    for (const std::string_view key :
+         {"judge_stream1", "judge_stream2", "judge_stream3", "judge_stream4"})
+        write_stream_status(json.key(key));
     json.key("ptp_comm_mode").number(sys.ptp_comm_mode);
     json.key("ptp_delay_msg_rate").number(sys.ptp_delay_msg_rate);
     json.key("ptp_domain_num_pri").number(sys.ptp_domain_num_pri);
@@ -170,10 +170,8 @@ void write_parameters(JsonText& text, const st_param_sys& sys)
     // Streams 2 to 4 repeat stream 1: readers of this document know it so.
     JsonText stream(text.slashes());
     write_stream(stream, sys);
-    json.key("stream1").value_of(stream);
-    json.key("stream2").value_of(stream);
-    json.key("stream3").value_of(stream);
-    json.key("stream4").value_of(stream);
+    for (const std::string_view key : {"stream1", "stream2", "stream3", "stream4"})
+        json.key(key).value_of(stream);
     json.key("type").number(sys.type);
     json.end_object();
 }

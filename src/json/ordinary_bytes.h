@@ -45,7 +45,7 @@ public:
         : slash_(_mm_set1_epi8(slashes == Slashes::escaped ? '/' : '"'))
     {}
 
-    [[gnu::always_inline]] Marks copy(char* to, const char* from) const noexcept
+    Marks copy(char* to, const char* from) const noexcept
     {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes);
@@ -78,7 +78,7 @@ private:
         : slash_(vdupq_n_u8(slashes == Slashes::escaped ? '/' : '"'))
     {}
 
-    [[gnu::always_inline]] Marks copy(char* to, const char* from) const noexcept
+    Marks copy(char* to, const char* from) const noexcept
     {
         const uint8x16_t bytes = vld1q_u8(reinterpret_cast<const std::uint8_t*>(from));
         vst1q_u8(reinterpret_cast<std::uint8_t*>(to), bytes);
@@ -108,7 +108,7 @@ private:
         : slash_(every_byte(slashes == Slashes::escaped ? '/' : '"'))
     {}
 
-    [[gnu::always_inline]] Marks copy(char* to, const char* from) const noexcept
+    Marks copy(char* to, const char* from) const noexcept
     {
         Marks bytes;
         std::memcpy(&bytes, from, size);
