@@ -9,6 +9,7 @@
 #include "listings/connection_listings.h"
 #include "listings/root_listing.h"
 #include "records/membership.h"
+#include "records/positions.h"
 #include "sdp/sdp_lines.h"
 #include "sdp/sdp_parser.h"
 #include "sdp/sdp_writer.h"
@@ -34,9 +35,9 @@ const CONNECTION_IS05_ST& receiver_connection(const NMOS_IS05_ST* state, int ind
 Essence essence_of_sender(int index)
 {
     switch (index) {
-    case 4:
+    case audio_sender:
         return Essence::audio;
-    case 5:
+    case ancillary_sender:
         return Essence::ancillary;
     default:
         return Essence::video;

@@ -21,9 +21,9 @@ namespace {
 /// The lines that the parser examines.
 std::vector<std::string_view> lines_of(std::string_view text)
 {
-    constexpr std::size_t most = 100;
     std::vector<std::string_view> lines;
-    for (std::size_t end; lines.size() < most && (end = text.find('\n')) != std::string_view::npos;
+    for (std::size_t end;
+         lines.size() < sdp_examined_lines && (end = text.find('\n')) != std::string_view::npos;
          text.remove_prefix(end + 1))
         lines.push_back(text.substr(0, end));
     return lines;

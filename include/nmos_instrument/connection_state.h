@@ -13,6 +13,7 @@
 #ifndef NMOS_INSTRUMENT_CONNECTION_STATE_H
 #define NMOS_INSTRUMENT_CONNECTION_STATE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -73,6 +74,9 @@ struct NMOS_IS05_ST
     /// with another capacity passes its own record of the same layout.
     CONNECTION_IS05_ST receivers[24];
 };
+
+/// So many lines of an SDP file are examined by ConnectionApi::analyze_sdp_file. Since 1.0.
+constexpr std::size_t sdp_examined_lines = 100;
 
 /// Bits of sdp_str::found_flags. Leg 0 is the primary leg, leg 1 the secondary.
 enum sdp_found_flag : std::uint32_t

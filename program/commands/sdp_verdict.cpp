@@ -12,9 +12,6 @@
 namespace nmos_instrument::program {
 namespace {
 
-/// How many lines ConnectionApi::analyze_sdp_file examines.
-constexpr std::size_t examined_lines = 100;
-
 /// Above this size messages are not traced to their lines: tracing reads the file once a line.
 constexpr std::size_t traceable_size = std::size_t{256} << 10;
 
@@ -85,7 +82,7 @@ void add_messages(const std::string& errors, std::size_t line, std::vector<SdpMe
 std::size_t trace_messages(const Lines& lines, const ReceivingInstrument& instrument,
                            std::vector<SdpMessage>& messages)
 {
-    const std::size_t last = std::min(lines.complete(), examined_lines);
+    const std::size_t last = std::min(lines.complete(), sdp_examined_lines);
     std::size_t known = 0;
     for (std::size_t line = 1; line <= last; ++line) {
         std::string errors;
@@ -155,13 +152,13 @@ std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
                                      const SdpVerdict& verdict)
 {
     std::vector<std::string> hints;
-    if (lines.complete() < examined_lines && !lines.rest().empty()) {
+    if (lines.complete() < sdp_examined_lines && !lines.rest().empty()) {
         hints.push_back("the file does not end with a line break: line " +
                         std::to_string(lines.complete() + 1) + " was read as the number " +
                         number_of(lines.rest()) + ", not as a line; end it with a line break");
     }
-    if (lines.complete() + (lines.rest().empty() ? 0 : 1) > examined_lines)
-        hints.push_back("only the first " + std::to_string(examined_lines) +
+    if (lines.complete() + (lines.rest().empty() ? 0 : 1) > sdp_examined_lines)
+        hints.push_back("only the first " + std::to_string(sdp_examined_lines) +
                         " lines were examined");
     if (const std::size_t nul = sdp.find('\0'); nul != std::string::npos)
         hints.push_back("byte " + std::to_string(nul + 1) +

@@ -7,14 +7,11 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "records/positions.h"
 #include "records/record_fields.h"
 
 namespace nmos_instrument {
 namespace {
-
-constexpr std::size_t audio_source = 1;
-constexpr std::size_t video_flow = 0;
-constexpr std::size_t audio_flow = 1;
 
 /// A node is reached at one address: the first endpoint is shown, all others are only looked at
 /// for a port that no JSON number can hold.

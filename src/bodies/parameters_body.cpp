@@ -3,96 +3,14 @@
 #include "bodies/parameters_body.h"
 
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "records/record_fields.h"
+#include "records/settings_table.h"
 #include "text/number_text.h"
 
 namespace nmos_instrument {
 namespace {
-
-/// How elements of the table become a JSON value.
-enum class Conversion : std::uint8_t
-{
-    number,  ///< one element
-    address, ///< four octets, as dotted text
-    port,    ///< low byte, high byte
-};
-
-struct Setting
-{
-    char key[32];
-    std::uint16_t element; ///< of IP stream 1
-    Conversion conversion;
-};
-
-/// Element number of a member of the table.
-#define ELEMENT(member) (offsetof(st_param_sys, member) / sizeof(std::int16_t))
-
-// The members of a stream, in ascending order of their keys. Every stream shows the settings of IP
-// stream 1, so no stride is needed here.
-constexpr Setting stream_settings[] = {
-    {"pri_anc_dst_ip", ELEMENT(pri_anc_addresses[0].dst_ip), Conversion::address},
-    {"pri_anc_dst_mask", ELEMENT(pri_anc_masks[0].dst_mask), Conversion::number},
-    {"pri_anc_dst_port", ELEMENT(pri_anc_dst_port), Conversion::port},
-    {"pri_anc_src_ip", ELEMENT(pri_anc_addresses[0].src_ip), Conversion::address},
-    {"pri_anc_src_mask", ELEMENT(pri_anc_masks[0].src_mask), Conversion::number},
-    {"pri_anc_vlan_id", ELEMENT(pri_anc_vlan_id), Conversion::number},
-    {"pri_anc_vlan_mask", ELEMENT(pri_anc_vlan_mask), Conversion::number},
-    {"pri_audio_dst_ip", ELEMENT(pri_audio_addresses[0][0].dst_ip), Conversion::address},
-    {"pri_audio_dst_mask", ELEMENT(pri_audio_masks[0][0].dst_mask), Conversion::number},
-    {"pri_audio_dst_port", ELEMENT(pri_audio_dst_port), Conversion::port},
-    {"pri_audio_src_ip", ELEMENT(pri_audio_addresses[0][0].src_ip), Conversion::address},
-    {"pri_audio_src_mask", ELEMENT(pri_audio_masks[0][0].src_mask), Conversion::number},
-    {"pri_audio_vlan_id", ELEMENT(pri_audio_vlan_id), Conversion::number},
-    {"pri_audio_vlan_mask", ELEMENT(pri_audio_vlan_mask), Conversion::number},
-    {"pri_video_dst_ip", ELEMENT(pri_video_addresses[0].dst_ip), Conversion::address},
-    {"pri_video_dst_mask", ELEMENT(pri_video_masks[0].dst_mask), Conversion::number},
-    {"pri_video_dst_port", ELEMENT(pri_video_dst_port), Conversion::port},
-    {"pri_video_src_ip", ELEMENT(pri_video_addresses[0].src_ip), Conversion::address},
-    {"pri_video_src_mask", ELEMENT(pri_video_masks[0].src_mask), Conversion::number},
-    {"pri_video_vlan_id", ELEMENT(pri_video_vlan_id), Conversion::number},
-    {"pri_video_vlan_mask", ELEMENT(pri_video_vlan_mask), Conversion::number},
-    {"sec_anc_dst_ip", ELEMENT(sec_anc_addresses[0].dst_ip), Conversion::address},
-    {"sec_anc_dst_mask", ELEMENT(sec_anc_masks[0].dst_mask), Conversion::number},
-    {"sec_anc_dst_port", ELEMENT(sec_anc_dst_port), Conversion::port},
-    {"sec_anc_src_ip", ELEMENT(sec_anc_addresses[0].src_ip), Conversion::address},
-    {"sec_anc_src_mask", ELEMENT(sec_anc_masks[0].src_mask), Conversion::number},
-    {"sec_anc_vlan_id", ELEMENT(sec_anc_vlan_id), Conversion::number},
-    {"sec_anc_vlan_mask", ELEMENT(sec_anc_vlan_mask), Conversion::number},
-    {"sec_audio_dst_ip", ELEMENT(sec_audio_addresses[0][0].dst_ip), Conversion::address},
-    {"sec_audio_dst_mask", ELEMENT(sec_audio_masks[0][0].dst_mask), Conversion::number},
-    {"sec_audio_dst_port", ELEMENT(sec_audio_dst_port), Conversion::port},
-    {"sec_audio_src_ip", ELEMENT(sec_audio_addresses[0][0].src_ip), Conversion::address},
-    {"sec_audio_src_mask", ELEMENT(sec_audio_masks[0][0].src_mask), Conversion::number},
-    {"sec_audio_vlan_id", ELEMENT(sec_audio_vlan_id), Conversion::number},
-    {"sec_audio_vlan_mask", ELEMENT(sec_audio_vlan_mask), Conversion::number},
-    {"sec_video_dst_ip", ELEMENT(sec_video_addresses[0].dst_ip), Conversion::address},
-    {"sec_video_dst_mask", ELEMENT(sec_video_masks[0].dst_mask), Conversion::number},
-    {"sec_video_dst_port", ELEMENT(sec_video_dst_port), Conversion::port},
-    {"sec_video_src_ip", ELEMENT(sec_video_addresses[0].src_ip), Conversion::address},
-    {"sec_video_src_mask", ELEMENT(sec_video_masks[0].src_mask), Conversion::number},
-    {"sec_video_vlan_id", ELEMENT(sec_video_vlan_id), Conversion::number},
-    {"sec_video_vlan_mask", ELEMENT(sec_video_vlan_mask), Conversion::number},
-    {"st2110_vfmt_frame_rate", ELEMENT(st2110_vfmt_frame_rate), Conversion::number},
-    {"st2110_vfmt_rtp_payload_anc", ELEMENT(st2110_vfmt_rtp_payload_anc), Conversion::number},
-    {"st2110_vfmt_rtp_payload_audio", ELEMENT(st2110_vfmt_rtp_payload_audio), Conversion::number},
-    {"st2110_vfmt_rtp_payload_video", ELEMENT(st2110_vfmt_rtp_payload_video), Conversion::number},
-    {"st2110_vfmt_struct", ELEMENT(st2110_vfmt_struct), Conversion::number},
-    {"st2110_vfmt_system", ELEMENT(st2110_vfmt_system), Conversion::number},
-    {"st2110_vfmt_timestamp_read", ELEMENT(st2110_vfmt_timestamp_read), Conversion::number},
-};
-
-#undef ELEMENT
-
-std::int16_t element_value(const st_param_sys& sys, std::size_t element)
-{
-    std::int16_t value = 0;
-    std::memcpy(&value, reinterpret_cast<const char*>(&sys) + element * sizeof value, sizeof value);
-    return value;
-}
 
 void write_address(JsonWriter& json, const st_param_sys& sys, std::size_t element)
 {
@@ -112,28 +30,30 @@ int port_value(const st_param_sys& sys, std::size_t element)
     return element_value(sys, element) | element_value(sys, element + 1) * 256;
 }
 
-void write_setting(JsonWriter& json, const st_param_sys& sys, const Setting& setting)
+void write_setting(JsonWriter& json, const st_param_sys& sys, const StreamSetting& setting)
 {
     json.key(field_text(setting.key));
-    switch (setting.conversion) {
-    case Conversion::number:
-        json.number(element_value(sys, setting.element));
+    switch (setting.kind) {
+    case SettingKind::number:
+    case SettingKind::vlan_id:
+        json.number(element_value(sys, setting.first));
         break;
-    case Conversion::address:
-        write_address(json, sys, setting.element);
+    case SettingKind::address:
+        write_address(json, sys, setting.first);
         break;
-    case Conversion::port:
-        json.number(port_value(sys, setting.element));
+    case SettingKind::port:
+    case SettingKind::flat_port:
+        json.number(port_value(sys, setting.first));
         break;
     }
 }
 
-/// At most 2 KB: too short to be flushed.
+/// The settings of IP stream 1. At most 2 KB: too short to be flushed.
 [[gnu::flatten]] void write_stream(JsonText& text, const st_param_sys& sys)
 {
     JsonWriter json(text);
     json.begin_object();
-    for (const Setting& setting : stream_settings)
+    for (const StreamSetting& setting : stream_settings)
         write_setting(json, sys, setting);
     json.end_object();
 }

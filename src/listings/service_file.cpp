@@ -2,23 +2,10 @@
 
 #include "listings/service_file.h"
 
-#include <cstddef>
-
 #include "text/number_text.h"
 #include "text/text_buffer.h"
 
 namespace nmos_instrument {
-namespace {
-
-void append_number_line(TextBuffer& text, std::string_view before, int number,
-                        std::string_view after)
-{
-    char digits[number_text_size];
-    const char* const end = write_integer(digits, number);
-    text.append(before, std::string_view(digits, static_cast<std::size_t>(end - digits)), after);
-}
-
-} // namespace
 
 std::string service_file_text(const ServiceValues& values)
 {
@@ -31,17 +18,19 @@ std::string service_file_text(const ServiceValues& values)
                 "  <name replace-wildcards=\"yes\">%h</name>\n"
                 "\n"
                 "  <service>\n"
-                "    <type>_nmos-node._tcp</type>\n");
-    append_number_line(text, "    <port>", values.port, "</port>\n");
-    text.append("    <txt-record>api_proto=", values.protocol, txt_end,
-                "    <txt-record>api_ver=v1.2</txt-record>\n");
-    append_number_line(text, "    <txt-record>ver_slf=", values.ver_slf, txt_end);
-    append_number_line(text, "    <txt-record>ver_src=", values.ver_src, txt_end);
-    append_number_line(text, "    <txt-record>ver_flw=", values.ver_flw, txt_end);
-    append_number_line(text, "    <txt-record>ver_dvc=", values.ver_dvc, txt_end);
-    append_number_line(text, "    <txt-record>ver_snd=", values.ver_snd, txt_end);
-    append_number_line(text, "    <txt-record>ver_rcv=", values.ver_rcv, txt_end);
-    text.append("  </service>\n"
+                "    <type>_nmos-node._tcp</type>\n"
+                "    <port>",
+                NumberText(values.port),
+                "</port>\n"
+                "    <txt-record>api_proto=",
+                values.protocol, txt_end, "    <txt-record>api_ver=v1.2", txt_end,
+                "    <txt-record>ver_slf=", NumberText(values.ver_slf), txt_end,
+                "    <txt-record>ver_src=", NumberText(values.ver_src), txt_end,
+                "    <txt-record>ver_flw=", NumberText(values.ver_flw), txt_end,
+                "    <txt-record>ver_dvc=", NumberText(values.ver_dvc), txt_end,
+                "    <txt-record>ver_snd=", NumberText(values.ver_snd), txt_end,
+                "    <txt-record>ver_rcv=", NumberText(values.ver_rcv), txt_end,
+                "  </service>\n"
                 "</service-group>\n");
     return text.take();
 }

@@ -6,6 +6,7 @@
 #include "nmos_instrument/record_check.h"
 
 #include "record_check/rules.h"
+#include "records/positions.h"
 #include "records/record_fields.h"
 
 namespace nmos_instrument {
@@ -27,7 +28,7 @@ struct TextColumn
     bool contains(std::string_view text) const
     {
         for (std::size_t i = 0; i < count; ++i) {
-            if (text_of(entry(i)) == text)
+            if (field_text(entry(i)) == text)
                 return true;
         }
         return false;
@@ -94,7 +95,7 @@ void check_unique(const RecordPart& part, FieldName field, FieldBytes bytes,
         for (std::size_t i = 0; i < column.count; ++i) {
             if (column.entry(i).data() == bytes.data())
                 return;
-            if (text_of(column.entry(i)) == text_of(bytes)) {
+            if (field_text(column.entry(i)) == field_text(bytes)) {
                 part.report(field, bytes, {column.entry_path(i), " is the same"});
                 return;
             }
@@ -105,7 +106,7 @@ void check_unique(const RecordPart& part, FieldName field, FieldBytes bytes,
 void check_reference(const RecordPart& part, FieldName field, FieldBytes id,
                      const TextColumn& column, const char* rule_when_absent)
 {
-    if (part.text(field, id, uuid) && !column.contains(text_of(id)))
+    if (part.text(field, id, uuid) && !column.contains(field_text(id)))
         part.report(field, id, {rule_when_absent});
 }
 
@@ -157,7 +158,7 @@ void check_interface_bindings(const RecordPart& part, const char (&bindings)[10]
     for (std::size_t i = 0; i < count; ++i) {
         const FieldName field = {"interface_bindings", i};
         if (part.text(field, bindings[i], any_text) &&
-            !names.interfaces.contains(text_of(bindings[i])))
+            !names.interfaces.contains(field_text(bindings[i])))
             part.report(field, bindings[i], {"no interface of the record has this name"});
     }
 }
@@ -201,17 +202,18 @@ void check_source(const RecordPart& part, const SOURCE_IS04_ST& source, std::siz
     check_core(part, source.id, source.version, source.label, source.description, names);
     check_device_reference(part, source.device_id, names);
     if (part.text("clock_name", source.clock_name, clock_name) &&
-        !names.clocks.contains(text_of(source.clock_name)))
+        !names.clocks.contains(field_text(source.clock_name)))
         part.report("clock_name", source.clock_name, {"no clock of the record has this name"});
     // An audio source needs "channels", and only source 1 gets them.
-    part.one_of("format", source.format, index == 1 ? all_formats : all_formats_but_audio);
+    part.one_of("format", source.format,
+                index == audio_source ? all_formats : all_formats_but_audio);
 }
 
 void check_flow(const RecordPart& part, const FLOW_IS04_ST& flow, std::size_t index,
                 const Names& names)
 {
-    const bool has_video_members = index == 0;
-    const bool has_audio_members = index == 1;
+    const bool has_video_members = index == video_flow;
+    const bool has_audio_members = index == audio_flow;
     check_core(part, flow.id, flow.version, flow.label, flow.description, names);
     // A video flow needs the members that only flow 0 gets, an audio flow those of flow 1.
     part.one_of("format", flow.format,
@@ -232,7 +234,7 @@ void check_flow(const RecordPart& part, const FLOW_IS04_ST& flow, std::size_t in
             part.text("transfer_characteristic", flow.transfer_characteristic, any_text);
         }
     }
-    part.text("media_type", flow.media_type, media_type_rule(text_of(flow.format)));
+    part.text("media_type", flow.media_type, media_type_rule(field_text(flow.format)));
     if (has_video_members || has_audio_members) {
         part.number("bit_depth", flow.bit_depth, 1, largest_number);
         part.number("grain_rate_denominator", flow.grain_rate_denominator, 1, largest_number);
@@ -305,7 +307,7 @@ void check_receiver(const RecordPart& part, const RECEIVER_IS04_ST& receiver, co
     part.one_of("format", receiver.format, all_formats);
     for (std::size_t i = 0; i < media_types; ++i)
         part.text({"media_types", i}, receiver.media_types[i],
-                  media_type_rule(text_of(receiver.format)));
+                  media_type_rule(field_text(receiver.format)));
 }
 
 } // namespace

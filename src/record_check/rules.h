@@ -8,12 +8,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "records/record_fields.h"
+#include "text/ipv4_text.h"
+#include "text/text_rules.h"
 
 namespace nmos_instrument {
 
@@ -24,23 +25,8 @@ struct TextRule
     const char* demand; ///< continues "it must be"
 };
 
-bool is_utf8(std::string_view text);
 bool is_utf8_and_not_empty(std::string_view text);
-bool is_uuid(std::string_view text);
-bool is_version_time(std::string_view text);
-bool is_uri(std::string_view text);
-bool is_http_url(std::string_view text);
-bool is_dotted_quad(std::string_view text);
 bool is_dotted_quad_or_auto(std::string_view text);
-bool is_api_version(std::string_view text);
-bool is_clock_name(std::string_view text);
-bool is_mac_address(std::string_view text);
-bool is_lower_case_eui64(std::string_view text);
-bool is_eui64(std::string_view text);
-bool is_digits(std::string_view text);
-bool is_media_type(std::string_view text);
-bool is_video_media_type(std::string_view text);
-bool is_audio_media_type(std::string_view text);
 
 // JSON text is UTF-8 (RFC 8259, 8.1), and the bodies carry every byte as it stands in the record.
 inline constexpr TextRule any_text = {is_utf8, "UTF-8"};
@@ -65,11 +51,6 @@ inline constexpr TextRule video_media_type = {is_video_media_type,
                                               "a media type that begins with video/"};
 inline constexpr TextRule audio_media_type = {is_audio_media_type,
                                               "a media type that begins with audio/"};
-
-using FieldBytes = std::span<const char>;
-
-/// The text before the first NUL; all bytes when there is none.
-std::string_view text_of(FieldBytes bytes) noexcept;
 
 /// A field, or one entry of an array.
 struct FieldName

@@ -5,110 +5,81 @@
 
 #include "nmos_instrument/record_check.h"
 
+#include <array>
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
+#include <iterator>
 
 #include "record_check/rules.h"
+#include "records/positions.h"
+#include "records/record_fields.h"
+#include "records/settings_table.h"
 
 namespace nmos_instrument {
 
 namespace {
 
-enum class Shape : std::uint8_t
-{
-    vlan_id,   ///< [stream], audio [stream][0]
-    addresses, ///< [stream].src_ip[octet] and .dst_ip[octet], audio [stream][0].src_ip[octet] ...
-    port,      ///< [stream][byte]
-    flat_port  ///< [stream * stride + byte]
-};
+constexpr std::uint8_t no_row = 255;
 
-/// A setting that each of the four streams has.
-struct StreamSetting
-{
-    char name[20];
-    std::uint16_t first; ///< element of stream 1
-    std::uint8_t stride;
-    Shape shape;
-};
-
-constexpr std::size_t streams = 4;
-
-// clang-format off
-#define ELEMENT(member) #member, offsetof(st_param_sys, member) / sizeof(std::int16_t)
-constexpr StreamSetting stream_settings[] = {
-    {ELEMENT(pri_video_vlan_id),    1, Shape::vlan_id},
-    {ELEMENT(sec_video_vlan_id),    1, Shape::vlan_id},
-    {ELEMENT(pri_video_addresses),  8, Shape::addresses},
-    {ELEMENT(sec_video_addresses),  8, Shape::addresses},
-    {ELEMENT(pri_video_dst_port),   4, Shape::port},
-    {ELEMENT(sec_video_dst_port),   4, Shape::flat_port},
-    {ELEMENT(pri_audio_vlan_id),    4, Shape::vlan_id},
-    {ELEMENT(sec_audio_vlan_id),    4, Shape::vlan_id},
-    {ELEMENT(pri_audio_addresses), 32, Shape::addresses},
-    {ELEMENT(sec_audio_addresses), 32, Shape::addresses},
-    {ELEMENT(pri_audio_dst_port),  16, Shape::port},
-    {ELEMENT(sec_audio_dst_port),  16, Shape::flat_port},
-    {ELEMENT(pri_anc_vlan_id),      1, Shape::vlan_id},
-    {ELEMENT(sec_anc_vlan_id),      1, Shape::vlan_id},
-    {ELEMENT(pri_anc_addresses),    8, Shape::addresses},
-    {ELEMENT(sec_anc_addresses),    8, Shape::addresses},
-    {ELEMENT(pri_anc_dst_port),     4, Shape::port},
-    {ELEMENT(sec_anc_dst_port),     4, Shape::port},
-};
-#undef ELEMENT
-// clang-format on
-
-constexpr std::size_t elements_read(Shape shape)
-{
-    switch (shape) {
-    case Shape::vlan_id:
-        return 1;
-    case Shape::addresses:
-        return 8;
-    default:
-        return 2;
+/// For each element, the row of the setting that it is checked for.
+constexpr auto row_of_element = [] {
+    std::array<std::uint8_t, element_count> rows{};
+    rows.fill(no_row);
+    for (std::size_t row = 0; row < std::size(stream_settings); ++row) {
+        const StreamSetting& setting = stream_settings[row];
+        if (setting.kind == SettingKind::number)
+            continue;
+        for (std::size_t stream = 0; stream < ip_streams; ++stream) {
+            for (std::size_t i = 0; i < elements_read(setting.kind); ++i)
+                rows[setting.first + stream * setting.stride + i] = static_cast<std::uint8_t>(row);
+        }
     }
-}
-
-std::int16_t element(const st_param_sys& record, std::size_t index)
-{
-    std::int16_t value;
-    std::memcpy(&value, reinterpret_cast<const char*>(&record) + index * sizeof value,
-                sizeof value);
-    return value;
-}
+    return rows;
+}();
 
 /// As a host writes it: "pri_audio_addresses[3][0].dst_ip[2]".
-std::string element_name(const StreamSetting& setting, std::size_t stream, std::size_t offset)
+std::string element_name(const StreamSetting& setting, std::size_t element)
 {
+    const std::size_t stream = (element - setting.first) / setting.stride;
+    const std::size_t offset = (element - setting.first) % setting.stride;
+    const std::string key(field_text(setting.key));
+    const bool is_audio = key.find("_audio_") != std::string::npos;
+
     std::string name;
-    if (setting.shape == Shape::flat_port) {
-        append_field_name(name, {setting.name, stream * setting.stride + offset});
-        return name;
-    }
-    append_field_name(name, {setting.name, stream});
-    if (setting.shape == Shape::port) {
+    switch (setting.kind) {
+    case SettingKind::flat_port:
+        append_field_name(name, {setting.key, element - setting.first});
+        break;
+    case SettingKind::port:
+        append_field_name(name, {setting.key, stream});
         append_field_name(name, {"", offset});
-        return name;
+        break;
+    case SettingKind::address: {
+        // "pri_audio_dst_ip" is the member "dst_ip" of "pri_audio_addresses".
+        constexpr std::size_t member_size = 6;
+        const std::string array = key.substr(0, key.size() - member_size) + "addresses";
+        append_field_name(name, {array.c_str(), stream});
+        if (is_audio)
+            append_field_name(name, {"", 0});
+        append_field_name(name, ".");
+        append_field_name(name, {key.c_str() + key.size() - member_size, offset});
+        break;
     }
-    if (setting.stride > elements_read(setting.shape))
-        append_field_name(name, {"", 0}); // of a stream's audio entries only the first is read
-    if (setting.shape == Shape::addresses)
-        append_field_name(name, {offset < 4 ? ".src_ip" : ".dst_ip", offset % 4});
+    default:
+        append_field_name(name, {setting.key, stream});
+        if (is_audio)
+            append_field_name(name, {"", 0});
+        break;
+    }
     return name;
 }
 
-void check_setting(const RecordPart& part, const st_param_sys& record, const StreamSetting& setting)
+void check_element(const RecordPart& part, const StreamSetting& setting, std::size_t element,
+                   std::int16_t value)
 {
-    const std::int32_t highest = setting.shape == Shape::vlan_id ? 4095 : 255;
-    for (std::size_t stream = 0; stream < streams; ++stream) {
-        for (std::size_t offset = 0; offset < elements_read(setting.shape); ++offset) {
-            const std::int16_t value =
-                element(record, setting.first + stream * setting.stride + offset);
-            if (value < 0 || value > highest)
-                part.number(element_name(setting, stream, offset).c_str(), value, 0, highest);
-        }
-    }
+    const std::int32_t highest = setting.kind == SettingKind::vlan_id ? 4095 : 255;
+    if (value < 0 || value > highest)
+        part.number(element_name(setting, element).c_str(), value, 0, highest);
 }
 
 } // namespace
@@ -117,8 +88,11 @@ std::vector<std::string> check_record(const st_param_sys& record)
 {
     std::vector<std::string> findings;
     const RecordPart whole(findings);
-    for (const StreamSetting& setting : stream_settings)
-        check_setting(whole, record, setting);
+    for (std::size_t element = 0; element < element_count; ++element) {
+        if (row_of_element[element] != no_row)
+            check_element(whole, stream_settings[row_of_element[element]], element,
+                          element_value(record, element));
+    }
 
     // The SDP file of a video sender says 98 by itself while ST 2022-6 is carried.
     if (record.sdp_st2110_mode != 0)

@@ -8,6 +8,8 @@
 
 #include <cstddef>
 
+#include "records/positions.h"
+
 namespace nmos_instrument {
 
 /// The host's selectors for receivers, in the order in which every operation takes them.
@@ -17,42 +19,41 @@ struct ReceiverSelection
     int audio_group_mode;
 };
 
-constexpr int first_sender_label = 13;
-constexpr int first_receiver_label = 17;
-
 /// `all_senders` 0 hides the video senders of streams 2 to 4.
-constexpr bool shows_sender_label(int all_senders, int label_index) noexcept
+constexpr bool shows_sender_label(int all_senders, int label) noexcept
 {
-    return all_senders != 0 || label_index < 14 || label_index > 16;
+    constexpr int second_video = first_sender_label + 1;
+    constexpr int last_video = first_sender_label + ip_streams - 1;
+    return all_senders != 0 || label < second_video || label > last_video;
 }
 
 /// Mode 0 leaves one audio group of each stream, mode 1 two, any other all four; `video_only`
 /// hides every receiver that is not video.
-constexpr bool shows_receiver_label(ReceiverSelection selection, int label_index) noexcept
+constexpr bool shows_receiver_label(ReceiverSelection selection, int label) noexcept
 {
-    constexpr int first_audio = 21;
-    constexpr int last_audio = 36;
-    constexpr int last_ancillary = 40;
-    if (label_index >= first_audio && label_index <= last_audio) {
-        const int group = (label_index - first_audio) % 4; // 0 is G1
+    constexpr int first_audio = first_receiver_label + first_audio_receiver;
+    constexpr int first_ancillary = first_receiver_label + first_ancillary_receiver;
+    constexpr int end = first_receiver_label + receivers_end;
+    if (label >= first_audio && label < first_ancillary) {
+        const int group = (label - first_audio) % int{audio_groups_of_a_stream}; // 0 is G1
         if (selection.audio_group_mode == 0 && group > 0)
             return false;
         if (selection.audio_group_mode == 1 && group > 1)
             return false;
     }
-    return selection.video_only == 0 || label_index < first_audio || label_index > last_ancillary;
+    return selection.video_only == 0 || label < first_audio || label >= end;
 }
 
 /// By position in the senders of a node or device.
 constexpr bool shows_sender(int all_senders, std::size_t sender) noexcept
 {
-    return shows_sender_label(all_senders, first_sender_label + static_cast<int>(sender));
+    return shows_sender_label(all_senders, static_cast<int>(first_sender_label + sender));
 }
 
 /// By position in the receivers of a node or device.
 constexpr bool shows_receiver(ReceiverSelection selection, std::size_t receiver) noexcept
 {
-    return shows_receiver_label(selection, first_receiver_label + static_cast<int>(receiver));
+    return shows_receiver_label(selection, static_cast<int>(first_receiver_label + receiver));
 }
 
 } // namespace nmos_instrument

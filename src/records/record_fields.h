@@ -13,11 +13,13 @@
 
 namespace nmos_instrument {
 
+/// The bytes of a text field.
+using FieldBytes = std::span<const char>;
+
 /// The text before the field's first NUL; the whole field when it holds none.
-template <std::size_t N>
-std::string_view field_text(const char (&field)[N]) noexcept
+inline std::string_view field_text(FieldBytes field) noexcept
 {
-    return {field, strnlen(field, N)};
+    return {field.data(), strnlen(field.data(), field.size())};
 }
 
 /// Whether the field holds exactly `word`: no more, no less, ended by its NUL.

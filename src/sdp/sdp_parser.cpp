@@ -14,34 +14,33 @@
 #include <stdexcept>
 
 #include "records/record_fields.h"
-#include "sdp/ipv4_text.h"
 #include "sdp/line_reader.h"
 #include "sdp/sdp_keys.h"
+#include "text/ipv4_text.h"
 #include "text/number_text.h"
 
 namespace nmos_instrument {
 namespace {
 
-constexpr std::size_t max_lines = 100;
-
 constexpr std::string_view switch_not_supported = "Switching 2K/4K is not supported. \n";
 constexpr std::string_view switch_denied = "Switching 2K/4K is denied by the setting. \n";
 
-/// The sizes that the instrument knows, as the texts in the file.
-enum class FrameSize
+/// The frame sizes that the instrument knows.
+enum class SizeClass
 {
     hd,
     uhd,
     unknown
 };
 
-FrameSize frame_size(std::string_view width, std::string_view height)
+/// Sizes are compared as the texts in the file.
+SizeClass size_class(std::string_view width, std::string_view height)
 {
     if (width == "3840" && height == "2160")
-        return FrameSize::uhd;
+        return SizeClass::uhd;
     if ((width == "1920" && height == "1080") || (width == "1280" && height == "720"))
-        return FrameSize::hd;
-    return FrameSize::unknown;
+        return SizeClass::hd;
+    return SizeClass::unknown;
 }
 
 /// What is said when a frame size would change the instrument's format.
@@ -60,44 +59,48 @@ struct SizeRule
     bool accepted;
 };
 
-/// One row for each class of current formats.
-struct FormatClass
+/// What each frame size means to an instrument in its current format.
+struct SizeRules
 {
     SizeRule progressive_uhd;
     SizeRule progressive_hd;
     SizeRule interlaced_hd;
 };
 
-constexpr FormatClass class_a{
+/// Its format is a UHD one: HD would be a switch.
+constexpr SizeRules in_uhd{
     {SwitchCheck::capable_only, true},
     {SwitchCheck::capable_then_allowed, true},
     {SwitchCheck::capable_then_allowed, true},
 };
-constexpr FormatClass class_b{
+/// Its format is an HD one: UHD would be a switch.
+constexpr SizeRules in_hd{
+    {SwitchCheck::capable_then_allowed, true},
+    {SwitchCheck::silent, true},
+    {SwitchCheck::silent, true},
+};
+/// Its format does not go with UHD: this size alone is not stored. HD would be a switch too.
+constexpr SizeRules never_uhd{
     {SwitchCheck::denied_if_capable, false},
     {SwitchCheck::capable_then_allowed, true},
     {SwitchCheck::denied, true},
 };
-constexpr FormatClass class_c{
-    {SwitchCheck::capable_then_allowed, true},
-    {SwitchCheck::silent, true},
-    {SwitchCheck::silent, true},
-};
 
-const FormatClass& format_class(short current_format)
+/// The codes are the instrument's own.
+const SizeRules& size_rules(short current_format)
 {
     switch (current_format) {
     case 9:
     case 10:
-        return class_a;
+        return in_uhd;
     case 0:
     case 1:
     case 2:
     case 7:
     case 8:
-        return class_b;
+        return never_uhd;
     default:
-        return class_c;
+        return in_hd;
     }
 }
 
@@ -192,7 +195,7 @@ private:
         if (!find_value(line, "IN IP4 ", start))
             return;
         const std::string_view address = line.substr(start);
-        if (is_ipv4_address(address))
+        if (is_inet_aton_address(address))
             store_for_leg(out_.source_ip, address, sdp_found_source_ip_leg0);
         else
             complain("IN IP4 ", address, " is invalid source address.\n");
@@ -205,7 +208,7 @@ private:
         if (!find_value(line, "IN IP4 ", start))
             return;
         const std::string_view address = value_until(line, start, '/');
-        if (is_ipv4_address(address))
+        if (is_inet_aton_address(address))
             store_for_leg(out_.multicast_ip, address, sdp_found_multicast_ip_leg0);
         else
             complain("IN IP4 ", address, " is invalid multicast address.\n");
@@ -273,12 +276,12 @@ private:
         if (!find_value(line, "incl IN IP4 ", start))
             return;
         const std::string_view destination = value_until(line, start, ' ');
-        if (is_ipv4_address(destination)) // meant: the bit is that of the port
+        if (is_inet_aton_address(destination)) // meant: the bit is that of the port
             store_for_leg(out_.multicast_ip, destination, sdp_found_destination_port_leg0);
         else
             complain("incl IN IP4 ", destination, " is invalid multicast address.\n");
         const std::string_view source = behind(line, start, destination);
-        if (is_ipv4_address(source))
+        if (is_inet_aton_address(source))
             store_for_leg(out_.source_ip, source, sdp_found_source_ip_leg0);
         else
             complain("incl IN IP4 ", source, " is invalid source address.\n");
@@ -307,17 +310,17 @@ private:
 
     void read_size(std::string_view width, std::string_view height, bool interlaced)
     {
-        const FrameSize size = frame_size(width, height);
-        const FormatClass& current = format_class(format_switch_.current_format);
-        if (interlaced && size == FrameSize::hd)
-            apply_size_rule(current.interlaced_hd, width, height, interlaced);
+        const SizeClass size = size_class(width, height);
+        const SizeRules& rules = size_rules(format_switch_.current_format);
+        if (interlaced && size == SizeClass::hd)
+            apply_size_rule(rules.interlaced_hd, width, height, interlaced);
         else if (interlaced)
             complain_of_pair("(width= ", width, ", height= ", height,
                              ", interlace) is no support parameter.\n");
-        else if (size == FrameSize::uhd)
-            apply_size_rule(current.progressive_uhd, width, height, interlaced);
-        else if (size == FrameSize::hd)
-            apply_size_rule(current.progressive_hd, width, height, interlaced);
+        else if (size == SizeClass::uhd)
+            apply_size_rule(rules.progressive_uhd, width, height, interlaced);
+        else if (size == SizeClass::hd)
+            apply_size_rule(rules.progressive_hd, width, height, interlaced);
         else
             complain_of_pair("(width= ", width, ", height= ", height,
                              ") is no support parameter. \n");
@@ -449,7 +452,7 @@ void parse_sdp(std::string_view sdp, const FormatSwitch& format_switch, std::str
     std::string_view line;
     // What stands behind the last line break would be examined as its leading integer, and a
     // number holds no key: so it is not looked at.
-    for (std::size_t count = 0; count < max_lines && lines.next(line); ++count)
+    for (std::size_t count = 0; count < sdp_examined_lines && lines.next(line); ++count)
         parser.read_line(line);
 }
 

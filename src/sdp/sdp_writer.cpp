@@ -12,13 +12,13 @@
 namespace nmos_instrument {
 namespace {
 
-struct FrameSize
+struct FrameDimensions
 {
     std::string_view width;
     std::string_view height;
 };
 
-FrameSize frame_size(std::int16_t video_system)
+FrameDimensions frame_dimensions(std::int16_t video_system)
 {
     switch (video_system) {
     case 0:
@@ -87,11 +87,9 @@ public:
           primary_(active.transport_params[0]),
           secondary_(active.transport_params[1]),
           essence_(essence),
-          sys_(sys)
-    {
-        const char* const end = write_integer(payload_type_text_, payload_type(essence, sys));
-        payload_type_ = {payload_type_text_, static_cast<std::size_t>(end - payload_type_text_)};
-    }
+          sys_(sys),
+          payload_type_(payload_type(essence, sys))
+    {}
 
     std::string write()
     {
@@ -158,7 +156,7 @@ private:
 
     void write_video_format()
     {
-        const FrameSize size = frame_size(sys_.sdp_video_system);
+        const FrameDimensions size = frame_dimensions(sys_.sdp_video_system);
         text_.append("a=fmtp:", payload_type_, " sampling=YCbCr-4:2:2; width=", size.width,
                      "; height=", size.height,
                      "; depth=10; exactframerate=", frame_rate(sys_.sdp_video_frame_rate),
@@ -191,8 +189,7 @@ private:
     const CONNECTION_LEG_IS05_ST& secondary_;
     const Essence essence_;
     const st_param_sys& sys_;
-    char payload_type_text_[number_text_size];
-    std::string_view payload_type_;
+    const NumberText payload_type_;
     TextBuffer text_;
 };
 

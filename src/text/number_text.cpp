@@ -13,13 +13,22 @@
 #include <system_error>
 
 namespace nmos_instrument {
+namespace {
+
+/// Whole, and so small that a double holds every digit.
+bool has_exact_digits(double value) noexcept
+{
+    constexpr double all_integers_exact = 9007199254740992.0; // 2^53
+    return std::abs(value) < all_integers_exact && value == std::trunc(value);
+}
+
+} // namespace
 
 char* write_json_number(char* to, double value)
 {
     if (!std::isfinite(value))
         throw std::overflow_error("");
-    constexpr double all_integers_exact = 9007199254740992.0; // 2^53
-    if (std::abs(value) < all_integers_exact && value == std::trunc(value)) {
+    if (has_exact_digits(value)) {
         if (value == 0 && std::signbit(value))
             *to++ = '-';
         return write_integer(to, static_cast<long long>(value));
@@ -40,6 +49,14 @@ char* write_integer(char* to, unsigned long long value) noexcept
 char* write_rounded(char* to, double value) noexcept
 {
     return std::to_chars(to, to + rounded_text_size, value, std::chars_format::fixed, 0).ptr;
+}
+
+NumberText::NumberText(double value) noexcept
+{
+    const bool is_minus_zero = value == 0 && std::signbit(value);
+    end_ = has_exact_digits(value) && !is_minus_zero
+               ? write_integer(text_, static_cast<long long>(value))
+               : std::to_chars(text_, text_ + number_text_size, value).ptr;
 }
 
 long long leading_integer(std::string_view text) noexcept

@@ -5,6 +5,7 @@
 #ifndef NMOS_INSTRUMENT_SRC_TEXT_NUMBER_TEXT_H
 #define NMOS_INSTRUMENT_SRC_TEXT_NUMBER_TEXT_H
 
+#include <concepts>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -33,6 +34,34 @@ inline char* write_integer(char* to, int value) noexcept
 /// Rounded to an integral value and written in full, like "%.0f": also "nan", "-nan", "inf",
 /// "-inf".
 char* write_rounded(char* to, double value) noexcept;
+
+/// A number as a text of its own.
+class NumberText
+{
+public:
+    explicit NumberText(std::signed_integral auto value) noexcept
+        : end_(write_integer(text_, static_cast<long long>(value)))
+    {}
+    explicit NumberText(std::unsigned_integral auto value) noexcept
+        : end_(write_integer(text_, static_cast<unsigned long long>(value)))
+    {}
+    /// A whole number in full digits, else the shortest text that reads back as `value`; "nan" and
+    /// "inf" too. Unlike in JSON, which fixes 17 digits.
+    explicit NumberText(double value) noexcept;
+
+    // It points into itself.
+    NumberText(const NumberText&) = delete;
+    NumberText& operator=(const NumberText&) = delete;
+
+    operator std::string_view() const noexcept // implicit: it stands for its text
+    {
+        return {text_, static_cast<std::size_t>(end_ - text_)};
+    }
+
+private:
+    char text_[number_text_size];
+    const char* end_;
+};
 
 /// The decimal integer at the start of `text`, read like strtol: leading white space and a sign
 /// are taken, 0 when there is none; saturates at 64 bits.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "sdp/ipv4_text.h"
+#include "text/ipv4_text.h"
 
 #include <arpa/inet.h>
 #include <cstdint>
@@ -23,16 +23,16 @@ TEST(Ipv4Text, WhatInetAtonTakes)
 {
     for (const char* const text : {"0.0.0.0", "192.0.2.1", "255.255.255.255", "10.1", "1", "0x7f.1",
                                    "010.1.1.1", "10.0.0.1 junk", "4294967295", "1.2.3.04"})
-        EXPECT_TRUE(is_ipv4_address(text)) << text;
+        EXPECT_TRUE(is_inet_aton_address(text)) << text;
     for (const char* const text : {"", " ", " 10.0.0.1", "256.1.1.1", "1.2.3.4.5", "1.2.3.", ".1",
                                    "a.b.c.d", "10.0.0.1/64", "1.2.3.08", "::1", "1..2.3"})
-        EXPECT_FALSE(is_ipv4_address(text)) << text;
+        EXPECT_FALSE(is_inet_aton_address(text)) << text;
 }
 
 TEST(Ipv4Text, ReadsUpToTheFirstNul)
 {
-    EXPECT_TRUE(is_ipv4_address(std::string_view("10.0.0.1\0junk", 13)));
-    EXPECT_FALSE(is_ipv4_address(std::string_view("\00010.0.0.1", 9)));
+    EXPECT_TRUE(is_inet_aton_address(std::string_view("10.0.0.1\0junk", 13)));
+    EXPECT_FALSE(is_inet_aton_address(std::string_view("\00010.0.0.1", 9)));
 }
 
 /// All texts of up to six characters of an address's alphabet that matters.
@@ -47,7 +47,7 @@ TEST(Ipv4Text, AgreesWithInetAtonOnAllShortTexts)
             std::string text;
             for (std::size_t i = 0, rest = number; i < length; ++i, rest /= alphabet.size())
                 text += alphabet[rest % alphabet.size()];
-            ASSERT_EQ(is_ipv4_address(text), taken_by_inet_aton(text)) << '"' << text << '"';
+            ASSERT_EQ(is_inet_aton_address(text), taken_by_inet_aton(text)) << '"' << text << '"';
         }
     }
 }
@@ -60,11 +60,11 @@ TEST(Ipv4Text, AgreesWithInetAtonOnRandomQuads)
         std::string text;
         for (std::uint32_t left = random() % 16; left > 0; --left)
             text += alphabet[random() % alphabet.size()];
-        ASSERT_EQ(is_ipv4_address(text), taken_by_inet_aton(text)) << '"' << text << '"';
+        ASSERT_EQ(is_inet_aton_address(text), taken_by_inet_aton(text)) << '"' << text << '"';
         text.clear();
         for (int octet = 0; octet < 4; ++octet)
             text += (octet == 0 ? "" : ".") + std::to_string(random() % 300);
-        ASSERT_EQ(is_ipv4_address(text), taken_by_inet_aton(text)) << '"' << text << '"';
+        ASSERT_EQ(is_inet_aton_address(text), taken_by_inet_aton(text)) << '"' << text << '"';
     }
 }
 
