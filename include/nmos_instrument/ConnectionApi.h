@@ -2,9 +2,29 @@
 //
 // ConnectionApi: the bodies of the IS-05 v1.0 Connection API, and SDP files written and checked.
 //
-// What holds for all operations (JSON text, bounded fields and counts, exceptions, threads) stands
-// in nmos_instrument.h. No operation writes into its records; the JSON bodies escape slashes
-// ("\/").
+// nmos_instrument.h says what holds for all operations. None writes into its records. The JSON
+// bodies escape slashes ("\/").
+//
+// ```cpp
+// ConnectionApi api;
+// std::string errors;
+// sdp_str found = sdp_str(); // a fresh one for each file
+//
+// // The instrument can switch between 2K and 4K, is in format 3, may not switch.
+// int status = api.analyze_sdp_file("c=IN IP4 239.0.0.1/64\r\n"
+//                                   "m=video 5004 RTP/AVP 96\r\n",
+//                                   true, 3, false, &errors, &found);
+// assert(status == 200 && errors.empty());
+// assert(found.multicast_ip[0] == "239.0.0.1" && found.destination_port[0] == "5004");
+// assert((found.found_flags & sdp_found_multicast_ip_leg0) != 0);
+//
+// // A refused file: the message names the value; what was accepted is stored all the same.
+// found = sdp_str();
+// status = api.analyze_sdp_file("m=video 65536 RTP/AVP 97\r\n", true, 3, false, &errors, &found);
+// assert(status == 400);
+// assert(errors == "Destination Port 65536 is range over.\n");
+// assert(found.found_flags == sdp_found_rtp_payload_type && found.rtp_payload_type == "97");
+// ```
 
 #ifndef NMOS_INSTRUMENT_CONNECTIONAPI_H
 #define NMOS_INSTRUMENT_CONNECTIONAPI_H
@@ -26,7 +46,7 @@ public:
     void init();
 
     /// @name Root listings
-    /// Fixed texts, four-blank indent, each ends with a line feed. `state` is not read and may be
+    /// Fixed texts, four-space indent, each ends with a line feed. `state` is not read and may be
     /// null. The two bulk listings are empty arrays: bulk offers nothing to read.
     /// @{
     std::string make_version();                              ///< "v1.0/"
@@ -40,30 +60,30 @@ public:
     /// @}
 
     /// Listing of "single/senders/": the ids of `senders_count` senders of `node`, one a line.
-    /// `all` false hides senders 1, 2 and 3. Texts are inserted as they are, nothing is escaped.
+    /// `all` is the selector all_senders of NodeApi.h. Ids are copied as they are, nothing is
+    /// escaped.
     ///
-    /// A line ends with a comma when its index is below the count minus one, whether or not a later
-    /// entry is listed. So when the last entries are hidden the last line keeps its comma, and the
-    /// text is not JSON: it is meant so, and a host that serves it removes that comma.
+    /// A line ends with a comma when its index is below the count minus one. Intentional: when the
+    /// last entries are hidden, the last line keeps its comma and the text is not JSON. A host that
+    /// serves it removes that comma.
     std::string make_single_senders(NMOS_IS04_ST* node, bool all);
 
     /// Listing of "single/receivers/": the ids of `receivers_count` receivers of `node`, one a
-    /// line. `restricted` not 0 hides receivers 4 to 23. Else `audio_mode` 0 lists of receivers 4
-    /// to 19 those of group G1 (index divisible by 4), 1 those of G1 and G2, any other value all.
-    /// The comma is kept as in make_single_senders.
+    /// line. `restricted` is the selector receiver_filter of NodeApi.h, `audio_mode` its
+    /// audio_group_filter. Commas as in make_single_senders.
     std::string make_single_receivers(NMOS_IS04_ST* node, int restricted, int audio_mode);
 
     /// Body of "single/senders/{id}/constraints": source_ip of each leg may only be `*leg1_source`
-    /// and `*leg2_source`, everything else is free. Fixed text with irregular indentation (meant
-    /// so); the two texts are inserted as they are, nothing is escaped. `state` and `index` are not
-    /// read.
+    /// and `*leg2_source`, everything else is free. The two texts are copied as they are, nothing
+    /// is escaped. Intentional: the indentation is irregular; compare the JSON value, not the text.
+    /// `state` and `index` are not read.
     std::string make_single_senderid_constraints(NMOS_IS05_ST* state, int index,
                                                  std::string* leg1_source,
                                                  std::string* leg2_source);
 
     /// Body of "single/receivers/{id}/constraints": interface_ip of each leg may only be
-    /// `*leg1_interface` and `*leg2_interface`, or "auto"; everything else is free. As
-    /// make_single_senderid_constraints in all else.
+    /// `*leg1_interface` and `*leg2_interface`, or "auto"; everything else is free. Otherwise as
+    /// make_single_senderid_constraints.
     std::string make_single_receiverid_constraints(NMOS_IS05_ST* state, int index,
                                                    std::string* leg1_interface,
                                                    std::string* leg2_interface);
@@ -84,49 +104,51 @@ public:
     /// Body of "single/senders/{id}/staged" (IS-05 v1.0, v1.0-sender-stage-schema.json) from
     /// `senders[index].staged`, index 0 to 5.
     ///
-    /// An address that holds "null" is written as "auto", where the active body has null; and
-    /// "source_port" repeats the destination port, since the record holds no source port. Both are
-    /// meant so. Throws std::out_of_range, std::overflow_error.
+    /// Intentional: an address that holds "null" is "auto", which only a staged body may say (the
+    /// active body has null); "source_port" repeats the destination port, since the record holds no
+    /// source port. Throws std::out_of_range, std::overflow_error.
     std::string make_single_senderid_staged(NMOS_IS05_ST* state, int index);
 
     /// Body of "single/senders/{id}/active" from `senders[index].active`, index 0 to 5.
     ///
-    /// "source_port" is the STAGED destination port of the same leg, also while the active one
-    /// differs: meant so. Throws std::out_of_range, std::overflow_error (the staged port counts).
+    /// Intentional: "source_port" is the STAGED destination port of the same leg, so that both
+    /// bodies show the same port. Throws std::out_of_range, std::overflow_error (for the staged
+    /// port too).
     std::string make_single_senderid_active(NMOS_IS05_ST* state, int index);
 
     /// SDP file of sender `index`, 0 to 5 (RFC 4566; SMPTE ST 2110-20, -30, -40; RFC 7104 for the
     /// DUP group, RFC 4570 for the source filter, RFC 7273 for the clock), from the sender's active
     /// half and the `sdp_` members of `sys`. Every line ends with CR LF.
     ///
-    /// Meant so, whatever the records say: there are always two legs, also when `leg_count` is 1
-    /// (the second from what leg 1 of the record holds); `master_enable` does not matter; the PTP
-    /// domain is 127 and the TTL 64; video is YCbCr-4:2:2, 10 bit, BT709, SDR, narrow sender; in
-    /// leg 1 the rtpmap line precedes the fmtp line, in leg 2 it follows; the video fmtp line ends
-    /// with a blank. Addresses and ids are inserted as they are. Ports print like "%.0f", rounded to
-    /// an integral value; NaN and infinity print as such and do not throw.
+    /// Intentional: much does not depend on the records, so a receiver always sees the same form.
+    /// There are two legs (the second is what leg 1 of the record holds, with a `leg_count` of 1
+    /// too); `master_enable` does not matter; the PTP domain is 127 and the TTL 64; video is
+    /// YCbCr-4:2:2, 10 bit, BT709, SDR, narrow sender. In the first leg the rtpmap line stands
+    /// before the fmtp line, in the second behind it; the video fmtp line ends with a space.
+    /// Addresses and ids are copied as they are. Ports are rounded and print like "%.0f"; NaN and
+    /// infinity print as such and do not throw.
     ///
     /// Throws std::out_of_range.
     std::string make_single_senderid_sdp(NMOS_IS05_ST* state, int index, const st_param_sys* sys);
 
-    /// Checks an SDP file that a controller sent to a receiver. Returns the HTTP status: 200 when
-    /// there is nothing to say against it, else 400.
+    /// Checks an SDP file that a controller sent to a receiver. Returns the HTTP status: 200, or
+    /// 400 when there is a problem.
     ///
-    /// - sdp: the file. Only its first 100 lines are examined. Let it end with a line break: what
-    ///   stands behind the last line break is not examined as a line but replaced by its leading
-    ///   integer (see split_string).
+    /// - sdp: the file. Only its first `sdp_examined_lines` lines are examined. It must end with a
+    ///   line break: what stands behind the last one is ignored.
     /// - switch_capable: the instrument can switch between 2K and 4K formats.
-    /// - current_format: the instrument's video format code; 9 and 10 are one class, 0, 1, 2, 7 and
-    ///   8 another, all other values the third.
+    /// - current_format: the instrument's video format code. In 9 and 10, 2160 lines are its own
+    ///   size and 720 and 1080 would be a switch; 0, 1, 2, 7 and 8 never take 2160 lines; in all
+    ///   other formats 720 and 1080 are its own and 2160 would be a switch.
     /// - switch_allowed: its settings permit such a switch.
-    /// - errors: cleared, then receives one line per problem, in the order found. Required.
-    /// - out: its `found_flags` is cleared, then accepted values are stored. Required. A problem
-    ///   does not keep other values from being stored: look at the status first.
+    /// - errors: cleared, then receives one line for each problem, in the order found. Required.
+    /// - out: its `found_flags` is cleared, then accepted values are stored. Required. Values are
+    ///   stored although there are problems: look at the status first.
     ///
     /// It is a line-oriented scanner, not an SDP grammar: a key counts wherever it stands in a
-    /// line. A line with "mid:" and the first name of the DUP group makes leg 1 the current one for
-    /// all that follows. A valid address is what inet_aton takes (short, octal and hexadecimal
-    /// forms too). Numbers are read like strtol, base 10.
+    /// line. Behind a line with "mid:" and the first name of the DUP group, everything belongs to
+    /// leg 1. An address is valid when inet_aton takes it (short, octal and hexadecimal forms too).
+    /// Numbers are read like strtol, base 10.
     ///
     /// A message of 256 bytes or more becomes its first 254 bytes and the line break.
     ///
@@ -143,15 +165,17 @@ public:
     /// Cuts `text` at each `delimiter` into `parts`, which holds `max_parts` entries. Always
     /// returns 0.
     ///
-    /// `*count` is set to the number of pieces that a delimiter ended, at most `max_parts`. What
-    /// follows the last delimiter is not stored as text: the entry after the last piece, if the
-    /// table has one, receives its leading integer in decimal (base 10, saturating at 32 bits, "0"
-    /// when there is none). It is meant so. Nothing is ever written behind the table; with
-    /// `max_parts` 0 or less nothing is written at all, and an empty delimiter ends no piece.
+    /// `*count` becomes the number of pieces that a delimiter ended, at most `max_parts`; 0 when
+    /// `max_parts` is 0 or less. Nothing is ever written behind the table. An empty delimiter ends
+    /// no piece.
+    ///
+    /// What follows the last delimiter is not stored as text: the entry behind the last piece, if
+    /// the table has one, receives its leading integer in decimal (saturating at 32 bits; "0" when
+    /// there is none). Intentional: a text that ends with a delimiter leaves a defined entry, "0".
     static int split_string(std::string text, std::string delimiter, std::string* parts,
                             int max_parts, int* count);
 
-    /// Path of an HTTP request line: from its first "/" to its end less 9 characters, the length of
+    /// Path of an HTTP request line: from its first "/" to its end, less the 9 characters of
     /// " HTTP/1.1". Fewer than nine characters from the slash on give an empty text. Throws
     /// std::out_of_range when there is no "/".
     static std::string make_fullpath_from_request(std::string& request_line);

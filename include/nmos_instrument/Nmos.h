@@ -1,9 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Nmos: the node's DNS-SD advertisement, the instrument's parameter document, the rules that decide
+// Nmos: the node's DNS-SD advertisement, the instrument's settings document, the rules that decide
 // which senders and receivers the node shows, and the listings at the root of all NMOS APIs.
 //
-// What holds for all operations stands in nmos_instrument.h.
+// nmos_instrument.h says what holds for all operations.
+//
+// ```cpp
+// Nmos nmos;
+// nmos.update_txt_port_number(8080);
+// nmos.ver_rcv = 253; // as stored before a restart
+// nmos.update_txt_ver_rcv();
+// assert(nmos.ver_rcv == 254);
+// nmos.update_txt_ver_rcv();
+// assert(nmos.ver_rcv == 0); // 255 never occurs
+//
+// const std::string service = nmos.make_node_service_text(1);
+// assert(service.find("<port>8080</port>") != std::string::npos);
+// assert(nmos.make_node_service_text(0).empty()); // withdrawn
+//
+// std::string path = "a/b";
+// assert(nmos.replaceAll(path, "/", "\\/") == "a\\/b" && path == "a\\/b");
+//
+// const int second_video_sender = 13 + 1;
+// assert(nmos.is_insert_node_senders(0, second_video_sender) == 0);
+// assert(nmos.is_insert_node_senders(1, second_video_sender) == 1);
+// ```
 
 #ifndef NMOS_INSTRUMENT_NMOS_H
 #define NMOS_INSTRUMENT_NMOS_H
@@ -35,7 +56,7 @@ public:
     /// The instrument's settings as one JSON object: eight global members, "stream1" to "stream4"
     /// with 49 members each, and "judge_stream1" to "judge_stream4" with six. Slashes escaped.
     ///
-    /// Meant so, and kept for the readers of this document: "stream2" to "stream4" repeat the
+    /// Intentional, since the readers of this document expect it: "stream2" to "stream4" repeat the
     /// values of "stream1"; the status objects are fixed ("link_up" true ... "comment"
     /// "No Comment"). A value outside its range is shown as it is: an octet as its signed number, a
     /// port as the signed result of low | high << 8. `ignored` is not read.
@@ -67,21 +88,19 @@ public:
     /// A `protocol` other than 0 and 1 is written as "http".
     std::string make_node_service_text(int enable) const;
 
-    /// Whether the node shows a sender: 1 yes, 0 no. `label_index` is 13 + sender number.
-    ///
-    /// `all_senders` not 0 shows all; 0 hides 14, 15 and 16, the video senders of streams 2 to 4.
+    /// Whether the node shows a sender: 1 yes, 0 no. `label_index` is 13 + the sender's position;
+    /// any other value is shown. `all_senders` is the selector of NodeApi.h.
     int is_insert_node_senders(int all_senders, int label_index);
 
-    /// Whether the node shows a receiver: 1 yes, 0 no. `label_index` is 17 + receiver number.
-    ///
-    /// `audio_group_mode` 0 hides audio groups G2 to G4 of every stream, 1 hides G3 and G4, any
-    /// other value hides none. `video_only` not 0 hides every audio and ancillary receiver (21 to
-    /// 40). The first arguments of the two rules work in opposite senses; that is meant.
+    /// Whether the node shows a receiver: 1 yes, 0 no. `label_index` is 17 + the receiver's
+    /// position; any other value is shown. `video_only` is the selector receiver_filter of
+    /// NodeApi.h, `audio_group_mode` its audio_group_filter.
     int is_insert_node_receivers(int video_only, int audio_group_mode, int label_index);
 
     // The members are public so that a host can keep the counters across restarts. A counter is
-    // advanced by its own operation only: new = (old + 1) modulo 255, so 254 is followed by 0 and
-    // 255 never occurs (meant so). Whatever int is restored, the next value is defined.
+    // advanced by its own operation only: new = (old + 1) modulo 255. Intentional: 254 is followed
+    // by 0; who reads the advertisement only looks for a change. Any restored int has a defined
+    // next value.
 
     std::string text; ///< empty; not read by any operation
     int port;         ///< TCP port of the Node API; 3000

@@ -1,15 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// RegistrationApi: the request bodies of the IS-04 v1.2 Registration API, and the rewriting of the
-// record that goes with registration.
+// RegistrationApi: the request bodies of the IS-04 v1.2 Registration API, and the changes to the
+// record that go with registration.
 //
-// What holds for all operations (JSON text, bounded fields and counts, exceptions, threads) stands
-// in nmos_instrument.h; the selectors in NodeApi.h. A registration body is the Node API's resource
-// in an envelope: {"data":<resource>,"type":"<kind>"}. Whether its slashes are plain or escaped
-// differs from kind to kind; that is meant, and the same JSON value to every reader.
+// nmos_instrument.h says what holds for all operations, NodeApi.h what the selectors mean. A
+// registration body is the Node API's resource in an envelope: {"data":<resource>,"type":"<kind>"}.
 //
 // Three operations write into their record: make_resource_node, update_version and
 // update_ipAddress. They must not run while another call reads the same record.
+//
+// ```cpp
+// std::unique_ptr<NMOS_IS04_ST> node(new NMOS_IS04_ST()); // all zero
+// node->version_seconds = 1541234567;                     // the host's clock, TAI
+// node->version_nanoseconds = 5;
+// std::strcpy(node->sources[0].version, "1541230000:0");
+// node->sources_count = 1;
+//
+// RegistrationApi api;
+// const std::string body = api.make_resource_node(node.get());
+// assert(body.find("{\"data\":{\"api\":{") == 0);
+// assert(body.find("\"version\":\"1541234567:5\"},\"type\":\"node\"}") != std::string::npos);
+// assert(std::string(node->version) == "1541234567:5");            // the record was written
+// assert(std::string(node->sources[0].version) == "1541230000:0"); // this is the host's
+//
+// // update_ipAddress does not move a node to another address:
+// node->endpoints_count = 1;
+// std::strcpy(node->endpoints[0].host, "192.168.1.20");
+// api.update_ipAddress(node.get(), "10.0.0.5", "3001");
+// assert(std::string(node->endpoints[0].host) == "10.0168.1.20");
+// assert(node->endpoints[0].port > 3000.5 && node->endpoints[0].port < 3001.5);
+// ```
 
 #ifndef NMOS_INSTRUMENT_REGISTRATIONAPI_H
 #define NMOS_INSTRUMENT_REGISTRATIONAPI_H
@@ -41,8 +61,9 @@ public:
     /// NodeApi::make_self does; the versions are rewritten by then.
     std::string make_resource_node(NMOS_IS04_ST* rec);
 
-    /// Array of `devices_count` devices WITHOUT "tags" and without envelopes. Plain slashes. It is
-    /// meant so; to register a device, post make_resource_deviceid.
+    /// Array of `devices_count` devices WITHOUT "tags" and without envelopes. Plain slashes.
+    /// Intentional: this list is not for posting. To register a device, post
+    /// make_resource_deviceid.
     std::string make_resource_devices(NMOS_IS04_ST* rec, int receiver_filter,
                                       int audio_group_filter, int sender_filter);
 
@@ -83,21 +104,24 @@ public:
 
     /// Writes "<version_seconds>:<version_nanoseconds>" into `version` of the node, of the
     /// `devices_count` devices and of the `receivers_count` receivers; the rest of each field is
-    /// cleared. Sources, flows and senders keep the host's versions: meant so, the host restamps
-    /// them when it changes them. Does not throw.
+    /// cleared. Intentional: sources, flows and senders keep their versions; the host writes a new
+    /// one when it changes such a resource. Does not throw.
     void update_version(NMOS_IS04_ST* rec);
 
-    /// Moves the record's endpoints towards another address. Writes:
+    /// Writes a part of another address into the record:
     ///
-    /// - the first four bytes of the node's `href`, which become "http"; no more than that;
-    /// - for each of `endpoints_count` endpoints the first four bytes of `host` by those of `ip`
-    ///   (an `ip` of up to three bytes: its text and NUL), and `port`.
+    /// - the first four bytes of the node's `href` become "http";
+    /// - the first four bytes of `host` of each of `endpoints_count` endpoints become those of `ip`
+    ///   (of a shorter `ip`, its text and a NUL);
+    /// - `port` of each of these endpoints becomes `port`.
     ///
-    /// Four bytes only, never the whole address: "192.168.1.20" with "10.0.0.5" becomes
-    /// "10.0168.1.20". It is meant so and kept; a host that wants a new `href` or `host` writes
-    /// them itself. `port` is read like strtod in the C locale, up to its first NUL: leading white
-    /// space, sign, hexadecimal, "inf" and "nan" are understood, text that does not start with a
-    /// number is 0. An infinite or NaN port makes later node bodies throw. Does not throw itself.
+    /// Intentional: four bytes, never the whole address, so it leaves what the host wrote behind
+    /// them. To change `href` or `host`, write them yourself.
+    ///
+    /// `port` is read like strtod in the C locale, up to its first NUL. Leading white space, a
+    /// sign, hexadecimal, "inf" and "nan" are understood; text that does not start with a number is
+    /// 0. A port that is infinite or NaN makes later node bodies throw. Throws std::bad_alloc,
+    /// before anything is written.
     void update_ipAddress(NMOS_IS04_ST* rec, std::string ip, std::string port);
 };
 

@@ -6,9 +6,31 @@
 // NMOS_IS05_ST is flat like NMOS_IS04_ST (node_state.h): the host clears it, fills it and owns it;
 // its layout is the same on every CPU. The library only reads it.
 //
-// In text fields marked "or null", the text "null" and nothing else stands for the JSON value null
-// (in a staged sender leg for "auto", see ConnectionApi::make_single_senderid_staged). Every other
-// text, the empty one too, is a JSON string.
+// In text fields marked "or null", the text "null" stands for the JSON value null (in a staged
+// sender leg for "auto", see ConnectionApi::make_single_senderid_staged). Every other text is a
+// JSON string, an empty one too.
+//
+// ```cpp
+// std::unique_ptr<NMOS_IS05_ST> state(new NMOS_IS05_ST()); // all zero; about 400 KB
+// CONNECTION_HALF_IS05_ST& staged = state->receivers[0].staged;
+// staged.leg_count = 1;
+// std::strcpy(staged.peer_id, "null");
+// std::strcpy(staged.transport_params[0].destination_ip, "239.0.0.1");
+// staged.transport_params[0].destination_port = 5004;
+//
+// ConnectionApi api;
+// const std::string body = api.make_single_receiverid_staged(state.get(), 0);
+// assert(body.find("\"sender_id\":null") != std::string::npos);
+// assert(body.find("\"multicast_ip\":\"239.0.0.1\"") != std::string::npos);
+//
+// // A port that JSON cannot hold:
+// staged.transport_params[0].destination_port = std::numeric_limits<double>::infinity();
+// try {
+//     api.make_single_receiverid_staged(state.get(), 0);
+//     assert(false);
+// } catch (const std::overflow_error&) {
+// }
+// ```
 
 #ifndef NMOS_INSTRUMENT_CONNECTION_STATE_H
 #define NMOS_INSTRUMENT_CONNECTION_STATE_H
@@ -75,7 +97,7 @@ struct NMOS_IS05_ST
     CONNECTION_IS05_ST receivers[24];
 };
 
-/// So many lines of an SDP file are examined by ConnectionApi::analyze_sdp_file. Since 1.0.
+/// How many lines of an SDP file ConnectionApi::analyze_sdp_file examines. Since 1.0.
 constexpr std::size_t sdp_examined_lines = 100;
 
 /// Bits of sdp_str::found_flags. Leg 0 is the primary leg, leg 1 the secondary.
@@ -85,8 +107,9 @@ enum sdp_found_flag : std::uint32_t
     sdp_found_source_ip_leg1 = 0x2,
     sdp_found_multicast_ip_leg0 = 0x4, ///< from a `c=` line only
     sdp_found_multicast_ip_leg1 = 0x8, ///< from a `c=` line only
-    /// From an `m=` line, or from the destination address of a `source-filter` line: that address
-    /// is stored in `multicast_ip`, yet sets this bit. It is meant so; hosts look at the text.
+    /// From an `m=` line, or from the destination address of a `source-filter` line. Intentional:
+    /// that address is stored in `multicast_ip`, whose bit says that a `c=` line gave it; look at
+    /// the texts to tell the two apart.
     sdp_found_destination_port_leg0 = 0x10,
     sdp_found_destination_port_leg1 = 0x20,
     sdp_found_rtp_payload_type = 0x40,
@@ -100,9 +123,9 @@ enum sdp_found_flag : std::uint32_t
 
 /// What an SDP file said. Filled by ConnectionApi::analyze_sdp_file.
 ///
-/// A field whose bit in `found_flags` stays clear keeps what it held before the call, so start
-/// with a fresh one for each file: `sdp_str found = sdp_str();`. All values are the texts as they
-/// stood in the file, not numbers.
+/// A field whose bit in `found_flags` stays clear keeps what it held before the call, so use a
+/// fresh one for each file: `sdp_str found = sdp_str();`. All values are the texts of the file, not
+/// numbers.
 struct sdp_str
 {
     std::uint32_t found_flags; ///< bits of sdp_found_flag; set to 0 at the start of every call
@@ -111,8 +134,8 @@ struct sdp_str
     /// Address of leg 0 and 1: from `c=` up to "/", then from `source-filter`
     std::string multicast_ip[2];
     std::string destination_port[2]; ///< port of leg 0 and 1 from `m=`
-    /// Payload type from `m=`, `a=rtpmap` or `a=fmtp`, up to the end of that line: the leading
-    /// integer is the number, the rest of the line stays behind it. It is meant so.
+    /// Payload type from `m=`, `a=rtpmap` or `a=fmtp`. Intentional: it is the rest of that line, of
+    /// which the host reads the leading integer.
     std::string rtp_payload_type;
     std::string sampling;         ///< "YCbCr-4:2:2"
     std::string depth;            ///< "10"

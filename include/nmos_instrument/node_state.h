@@ -6,13 +6,31 @@
 // operations of NodeApi and RegistrationApi. It holds no pointers; its layout is part of the binary
 // interface and the same on 64-bit, 32-bit ARM and 32-bit x86 (that is what alignas(8) is for).
 //
-// Every array is preceded by the count of its valid leading entries. 0 or less means none; a count
-// above the capacity is taken as the capacity. Entries from the count on are never read.
+// Every array has a count of its valid leading entries. Entries from the count on are never read.
+// Text fields hold NUL-terminated text; it is copied into the bodies as it is (escaped, never
+// trimmed or validated). nmos_instrument.h says what a wrong count and a missing NUL mean. Where a
+// field's comment says "null means JSON null", the text "null" stands for the JSON value null; no
+// other spelling does.
 //
-// Text fields hold NUL-terminated text, copied into the bodies as it is (escaped, never trimmed or
-// validated). A field without NUL is taken as its whole width. Where a field's comment says
-// "null means JSON null", the text "null" and nothing else (no capital, no blank) stands for the
-// JSON value null.
+// ```cpp
+// std::unique_ptr<NMOS_IS04_ST> node(new NMOS_IS04_ST()); // all zero
+// node->receivers_count = 5;
+// RECEIVER_IS04_ST& audio = node->receivers[4]; // the first audio receiver
+// std::strcpy(audio.media_types[0], "audio/L24");
+// audio.media_types_count = 1;
+// audio.subscription_count = 1;
+// std::strcpy(audio.subscription[0].peer_id, "null");
+//
+// std::string body = NodeApi().make_receiverid(node.get(), 4);
+// assert(body.find("\"caps\":{\"media_types\":[\"audio/L24\"]}") != std::string::npos);
+// assert(body.find("\"subscription\":{\"active\":false,\"sender_id\":null}") != std::string::npos);
+//
+// // A count that is too high and a text without NUL: nothing outside of the arrays is read.
+// audio.media_types_count = 1000; // there are 12
+// std::memset(audio.media_types[11], 'x', sizeof audio.media_types[11]);
+// body = NodeApi().make_receiverid(node.get(), 4);
+// assert(body.find("\"xxxxxxxxxxxxxxxx\"]}") != std::string::npos);
+// ```
 //
 // The kind of a source, flow, sender or receiver is given by its position in its array, never by
 // its `format` or `media_type` text:
@@ -144,8 +162,8 @@ struct SENDER_IS04_ST
     char manifest_href[128]; ///< "manifest_href": URL of the sender's SDP file
     char interface_bindings[10]
                            [64]; ///< "interface_bindings": `name`s of node interfaces, leg order
-    /// "subscription": when there is an entry, entry 0 alone decides. Later entries are meant not
-    /// to show: a sender has one subscription in IS-04 v1.2.
+    /// "subscription": entry 0, if there is one. Intentional: later entries never show, since a
+    /// sender has one subscription in IS-04 v1.2.
     SUBSCRIPTION_IS04_ST subscription[9];
     std::uint8_t reserved_at_end[51]; ///< not read; keeps the layout
 };
@@ -163,7 +181,7 @@ struct RECEIVER_IS04_ST
     char transport[32];                    ///< "transport": URN
     char interface_bindings[10]
                            [64]; ///< "interface_bindings": `name`s of node interfaces, leg order
-    /// "subscription": when there is an entry, entry 0 alone decides; later entries never show.
+    /// "subscription": entry 0, if there is one; as of a sender, later entries never show.
     SUBSCRIPTION_IS04_ST subscription[10];
     std::int32_t media_types_count; ///< valid entries of `media_types`, 0 to 12
     char format[32];                ///< "format": URN

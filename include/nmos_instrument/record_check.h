@@ -3,21 +3,32 @@
 // Tells a host what is wrong with its records before they reach the network.
 //
 // The operations of the API classes take every record as it is and never call these checks. A host
-// calls them in its tests, or once after it filled a record.
+// calls them in its tests, or once when it has filled a record.
 //
-// A finding is one line of visible ASCII: the field's path, its value, the rule. The words of a rule
-// may change between versions. Texts stand in quotes, other bytes than visible ASCII as \xHH, and
-// a text longer than 64 bytes is shortened:
+// ```cpp
+// std::unique_ptr<NMOS_IS04_ST> node(new NMOS_IS04_ST()); // all zero
+// node->clocks_count = 7;
+// const std::vector<std::string> findings = nmos_instrument::check_record(*node);
+// assert(findings[0] == "id is \"\", it must be a UUID in lower case");
+// assert(std::find(findings.begin(), findings.end(),
+//                  "clocks_count is 7, at most 6 are allowed") != findings.end());
+//
+// std::unique_ptr<NMOS_IS05_ST> connections(new NMOS_IS05_ST());
+// assert(nmos_instrument::check_record(*connections).empty()); // no slot is in use
+// ```
+//
+// A finding is one line of visible ASCII: the field's path, its value, the rule. The words of a
+// rule may change between versions. Texts stand in quotes, bytes other than visible ASCII as \xHH,
+// and a text of more than 64 bytes is shortened:
 //
 //   receivers[4].subscription_count is 12, at most 10 are allowed
 //   senders[0].flow_id is "a0a0", it must be a UUID in lower case
 //   sources[1].clock_name is "clk7", no clock of the record has this name
 //
-// The findings stand in the order of the record's fields. A field has one finding at most. Checked
-// are the entries within their count (bounded by the capacity), even where a body shows the first
-// of them alone, and of each entry the members that a body or an SDP file shows for its kind; and
-// the settings of all four streams. All other bytes are never looked at. No record, whatever its
-// bytes, makes a check read outside of it.
+// The findings stand in the order of the record's fields, at most one for a field. What is checked:
+// all entries within their count, even where a body shows the first of them only; of each entry the
+// members that a body or an SDP file shows for its kind; the settings of all four streams. Nothing
+// else is read. No record, whatever its bytes, makes a check read outside of it.
 //
 // In every text that is checked:
 //
@@ -28,7 +39,7 @@
 //
 //   UUID      lower case, version 1 to 5, as IS-04 and IS-05 write it
 //   time      "<seconds>:<nanoseconds>", digits only, nanoseconds from 0 to 999999999
-//   URI       scheme, colon, and visible ASCII without blanks
+//   URI       scheme, colon, and visible ASCII without spaces
 //   HTTP URL  a URI that begins with "http://" or "https://" and does not end there
 //   IPv4      dotted quad, without leading zeros
 //   media type
@@ -88,9 +99,9 @@ namespace nmos_instrument {
 NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS04_ST& record);
 
 /// What is wrong with the connections; empty when nothing is. All 24 receivers that the record
-/// declares are looked at. A sender or receiver that is as cleared in both halves (`leg_count` and
-/// `master_enable` 0; `peer_id`, `mode` and both times empty) is a slot not in use and has no
-/// findings; neither has a cleared record. Of every other, both halves are checked:
+/// declares are checked. A sender or receiver whose halves are both as cleared (`leg_count` and
+/// `master_enable` 0; `peer_id`, `mode` and both times empty) is not in use and has no findings, so
+/// a cleared record has none. Of every other, both halves are checked:
 ///
 /// - `leg_count`: 1 or 2.
 /// - `peer_id`: a UUID or "null".
@@ -100,29 +111,29 @@ NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS04_ST&
 /// - of a receiver `transport_file_type`: a media type or "null"; "null" stands in both of
 ///   `transport_file_data` and this, or in none.
 /// - of each leg in use `source_ip`, `destination_ip`, of a receiver `interface_ip` too: IPv4 or
-///   "null". "auto" is fine in a staged half only, since active parameters are resolved: in both
+///   "null". "auto" is allowed in a staged half only, since active parameters are resolved: in both
 ///   addresses of a sender and in `interface_ip` of a receiver.
-/// - of each leg in use `destination_port`: whole, 1 to 65535. A staged leg of a sender that is in
-///   use in the active half alone: 0 to 65535, since the active body shows it as "source_port".
+/// - of each leg in use `destination_port`: whole, 1 to 65535. Of a staged leg of a sender that is
+///   in use in the active half only: 0 to 65535, since the active body shows it as "source_port".
 /// - of a leg of a sender's active half that is not in use, since the SDP file shows both legs:
 ///   `source_ip`, `destination_ip`: empty, IPv4 or "null"; `destination_port`: whole, 0 to 65535.
 ///
-/// When a sender is in use, the texts that stand in its SDP file too:
+/// When a sender is in use, also the texts of its SDP file:
 ///
 /// - `ptp_grandmaster_id`: eight octets in either case, "00-00-5E-FF-FE-00-53-01" (RFC 7273).
 /// - `sdp_session_id`, `sdp_session_version`: digits (RFC 4566, 5.2).
 NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS05_ST& record);
 
 /// What is wrong with the settings; empty when nothing is. The codes are the instrument's own, so
-/// only these are checked, of all four streams, although the parameter document shows stream 1 in
-/// the place of the others too, and of the audio entries of a stream the first, the only one read:
+/// only these are checked, of all four streams (although the settings document shows stream 1 for
+/// each) and of a stream's first audio entry, which is the only one that is read:
 ///
 /// - octets of addresses (`..._addresses`): 0 to 255.
 /// - low and high bytes of ports (`..._dst_port`): 0 to 255.
 /// - VLAN identifiers (`..._vlan_id`): 0 to 4095.
 /// - `sdp_rtp_payload_audio`, `sdp_rtp_payload_anc`, and while `sdp_st2110_mode` is not 0
 ///   `sdp_rtp_payload_video`: 96 to 127, the dynamic payload types (RFC 3551, 6). A cleared table
-///   has findings here, since its SDP files would name a static payload type.
+///   has findings here: its SDP files would name a static payload type.
 NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const st_param_sys& record);
 
 } // namespace nmos_instrument

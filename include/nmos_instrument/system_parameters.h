@@ -19,6 +19,28 @@
 // secondary video and audio port tables are shorter than four strides, since the next section
 // begins inside the last one; they are flat arrays: stream s (0 to 3) has its port at [s * 4]
 // (audio: [s * 16]) and the element after it.
+//
+// ```cpp
+// st_param_sys settings = st_param_sys(); // all zero
+// settings.redundancy = 1;
+// settings.pri_video_dst_port[0][0] = 5004 & 0xFF; // low byte
+// settings.pri_video_dst_port[0][1] = 5004 >> 8;   // high byte
+//
+// // The same table by element number:
+// std::int16_t element = 0;
+// std::memcpy(&element, reinterpret_cast<const char*>(&settings) + 67 * sizeof element,
+//             sizeof element);
+// assert(element == 1);
+//
+// const std::string document = Nmos().make_param_json(&settings, 0);
+// assert(document.find("\"redundancy\":1,") != std::string::npos);
+// assert(document.find("\"pri_video_dst_port\":5004,") != std::string::npos);
+//
+// // A byte out of range is shown as it is; check_record tells of it.
+// settings.pri_video_dst_port[0][1] = -1;
+// assert(nmos_instrument::check_record(settings)[0] ==
+//        "pri_video_dst_port[0][1] is -1, it must be a whole number from 0 to 255");
+// ```
 
 #ifndef NMOS_INSTRUMENT_SYSTEM_PARAMETERS_H
 #define NMOS_INSTRUMENT_SYSTEM_PARAMETERS_H
@@ -115,8 +137,8 @@ struct st_param_sys
     /// 30000/1001, 12 is 25; any other value is 60
     std::int16_t sdp_video_frame_rate;
     std::int16_t unread_911[20];
-    /// [931] packet time of audio in the SDP file: 0 is 8 ms (meant so), 2 is 0.125 ms, any other
-    /// value is 1 ms
+    /// [931] packet time of audio in the SDP file: 0 is 8 ms, 2 is 0.125 ms, any other value is
+    /// 1 ms. Intentional: no level of SMPTE ST 2110-30 has 8 ms, but the instrument's code 0 has
     std::int16_t sdp_audio_ptime;
     std::int16_t unread_932[2];
     /// [934] video RTP payload type in the SDP file, 96 to 127; read while sdp_st2110_mode is not 0

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # The stripped shared library must not outgrow what an instrument has room for. Each limit is the
-# measured size and a little more. A third of it are the JSON bodies: the writer is compiled into each
-# of them, since they take four times as long otherwise.
+# measured size and a little more. A third of it are the JSON bodies: the writer is compiled into
+# each of them, since they would take four times as long otherwise.
 # Usage: library_size_test.sh STRIP LIBRARY BUILD_TYPE
 set -eu
 strip=$1
