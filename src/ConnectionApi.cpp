@@ -19,8 +19,8 @@ using namespace nmos_instrument;
 
 namespace {
 
-/// The host's build decides how many receivers its record holds, so the address is computed from
-/// the record's start: the array bound that this build declares says nothing.
+/// The host's build decides how many receivers its record holds, whatever array bound is declared
+/// here. So the address is computed in bytes from the record's start.
 const CONNECTION_IS05_ST& receiver_connection(const NMOS_IS05_ST* state, int index,
                                               const char* operation)
 {

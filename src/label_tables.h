@@ -2,10 +2,10 @@
 //
 // The protocol names and the instrument's default resource labels.
 //
-// Each unit that includes this header holds its own copy, built when the library is loaded (protocols
-// first, then labels) and released when it is unloaded. No operation reads the labels: they reach the
-// bodies through the `label` fields that the host writes. Their positions are the numbering of the
-// membership rules.
+// Each unit that includes this header holds its own copy, built when the library is loaded
+// (protocols first, then labels) and released when it is unloaded. No operation reads the labels:
+// they reach the bodies through the `label` fields that the host writes. Their positions are the
+// numbers that the membership rules use.
 
 #ifndef NMOS_INSTRUMENT_SRC_LABEL_TABLES_H
 #define NMOS_INSTRUMENT_SRC_LABEL_TABLES_H

@@ -13,8 +13,8 @@
 namespace nmos_instrument {
 namespace {
 
-/// A node is reached at one address: the first endpoint is shown, all others are only looked at
-/// for a port that no JSON number can hold.
+/// Intentional: a node is reached at one address, so only the first endpoint is shown. The others
+/// are checked for a port that JSON cannot hold.
 void write_endpoints(JsonWriter& json, const NMOS_IS04_ST& node)
 {
     const auto endpoints = valid_entries(node.endpoints, node.endpoints_count);
@@ -76,7 +76,8 @@ void write_rate(JsonWriter& json, double numerator, double denominator)
     json.end_object();
 }
 
-/// All three components have the full size, also Cb and Cr of 4:2:2 sampling.
+/// Intentional: all three components have the full size, Cb and Cr of 4:2:2 sampling too, since the
+/// record holds one size.
 void write_component(JsonWriter& json, const FLOW_IS04_ST& flow, std::string_view name)
 {
     json.begin_object();
@@ -87,7 +88,7 @@ void write_component(JsonWriter& json, const FLOW_IS04_ST& flow, std::string_vie
     json.end_object();
 }
 
-/// A sender or receiver has one subscription: the first entry decides, later ones never show.
+/// Intentional: only the first entry is shown, since a sender or receiver has one subscription.
 template <std::size_t K, std::size_t N>
 void write_subscription(JsonWriter& json, const char (&peer_key)[K],
                         const SUBSCRIPTION_IS04_ST (&entries)[N], std::int32_t count)

@@ -38,9 +38,9 @@ enum class SenderForm
 void write_node(JsonText& text, const NMOS_IS04_ST& node);
 void write_device(JsonText& text, const DEVICE_IS04_ST& device, const DeviceSelection& selection,
                   DeviceTags tags);
-/// The position decides the kind: see node_state.h.
+/// The position decides the kind, see records/positions.h.
 void write_source(JsonText& text, const SOURCE_IS04_ST& source, std::size_t position);
-/// The position decides the kind: see node_state.h.
+/// The position decides the kind, see records/positions.h.
 void write_flow(JsonText& text, const FLOW_IS04_ST& flow, std::size_t position);
 void write_sender(JsonText& text, const SENDER_IS04_ST& sender, SenderForm form);
 void write_receiver(JsonText& text, const RECEIVER_IS04_ST& receiver);

@@ -58,7 +58,7 @@ void write_setting(JsonWriter& json, const st_param_sys& sys, const StreamSettin
     json.end_object();
 }
 
-/// Placeholders of the status report; nothing in the table feeds them.
+/// Placeholders: the table holds no status.
 void write_stream_status(JsonWriter& json)
 {
     json.begin_object();
@@ -87,7 +87,7 @@ void write_stream_status(JsonWriter& json)
     json.key("ptp_profile").number(sys.ptp_profile);
     json.key("redundancy").number(sys.redundancy);
     json.key("st2110_vfmt_auto_mode").number(sys.st2110_vfmt_auto_mode);
-    // Streams 2 to 4 repeat stream 1: readers of this document know it so.
+    // Intentional: streams 2 to 4 repeat stream 1, as the readers of this document expect.
     JsonText stream(text.slashes());
     write_stream(stream, sys);
     for (const std::string_view key : {"stream1", "stream2", "stream3", "stream4"})

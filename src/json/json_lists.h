@@ -14,8 +14,7 @@
 
 namespace nmos_instrument {
 
-/// A callable that lives at the place of the call. It keeps the wrappers below out of templates:
-/// each exists once.
+/// Refers to a callable that outlives the call, so that the wrappers below need not be templates.
 template <typename... Arguments>
 class WriteCall
 {

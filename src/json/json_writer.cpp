@@ -34,7 +34,7 @@ char* write_escape(char* to, char byte) noexcept
     default:
         break;
     }
-    // All that is left is below 0x20, or 0x7F.
+    // What is left is below 0x20, or 0x7F.
     const auto code = static_cast<unsigned char>(byte);
     std::memcpy(to, "\\u00", 4);
     to[4] = "0123456789abcdef"[code >> 4];
@@ -48,7 +48,7 @@ char* write_string_rest(JsonText& text, char* position, std::string_view rest)
 {
     constexpr std::size_t block = OrdinaryBytes::size;
     const OrdinaryBytes ordinary(text.slashes());
-    // So that there is room behind the last block and its escape too.
+    // A block and an escape fit behind it, and then there is still room.
     const char* const limit = text.limit() - json_room - block - escape_size;
     const char* from = rest.data();
     const char* const end = from + rest.size();

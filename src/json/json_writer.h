@@ -21,8 +21,8 @@
 //   the last one.
 // - Every key, opening bracket and array entry first makes room in the text's buffer: for itself,
 //   its value and the closing brackets behind it.
-// - gnu::flatten in front of a body function compiles all of the writer into it, which makes it about
-//   four times as fast. The text is the same without it.
+// - gnu::flatten in front of a body function compiles all of the writer into it, which makes it
+//   about four times as fast. The text is the same without it.
 
 #ifndef NMOS_INSTRUMENT_SRC_JSON_JSON_WRITER_H
 #define NMOS_INSTRUMENT_SRC_JSON_JSON_WRITER_H
@@ -217,8 +217,8 @@ private:
         *position_++ = ',';
     }
 
-    /// Nearly all texts are short and hold nothing to escape: so much is copied in line, all else is
-    /// left to write_string_rest.
+    /// Nearly all texts are short and hold nothing to escape: these are copied in line, the rest of
+    /// any other is left to write_string_rest.
     template <std::size_t N>
     void put_string(const char (&field)[N])
     {

@@ -5,7 +5,7 @@
 namespace nmos_instrument {
 namespace {
 
-// The irregular indentation of the closing brackets and braces belongs to these texts.
+// Intentional: the closing brackets and braces are indented irregularly.
 
 void append_sender_leg(TextBuffer& text, std::string_view source)
 {

@@ -15,8 +15,9 @@
 
 namespace nmos_instrument {
 
-/// Listing of the ids of the valid entries that `is_listed(i)` admits. The comma behind an id looks
-/// at its index only, so it stays when all later entries are hidden.
+/// Listing of the ids of those valid entries for which `is_listed(i)` is true. Intentional: a comma
+/// stands behind each of them but the last valid one, even when all later ones are hidden; see
+/// ConnectionApi::make_single_senders.
 template <typename Entry, std::size_t N, typename IsListed>
 std::string id_listing(const Entry (&entries)[N], std::int32_t count, IsListed is_listed)
 {

@@ -9,8 +9,8 @@
 
 namespace nmos_instrument {
 
-/// Listing of an API level's children: one name a line, four blanks in front, comma behind all but
-/// the last. Names are given without the slash that ends them in the listing.
+/// Listing of the children of an API path: one name a line, indented by four spaces, a comma behind
+/// all but the last. Names are given without the slash that ends them in the listing.
 std::string root_listing(std::initializer_list<std::string_view> names);
 
 } // namespace nmos_instrument

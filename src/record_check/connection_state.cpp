@@ -28,7 +28,7 @@ bool is_cleared(const CONNECTION_HALF_IS05_ST& half)
            half.activation_time[0] == '\0';
 }
 
-/// A host with fewer senders or receivers than the record has room for leaves the others cleared.
+/// A host with fewer senders or receivers than the record can hold leaves the others cleared.
 bool is_in_use(const CONNECTION_IS05_ST& connection)
 {
     return !is_cleared(connection.staged) || !is_cleared(connection.active);
@@ -51,7 +51,7 @@ void check_transport_file(const RecordPart& part, const CONNECTION_HALF_IS05_ST&
                     {"\"null\" must stand in both transport_file_data and this field or in none"});
 }
 
-/// `with_auto`: parameters in force are resolved, so "auto" may stand in a staged half only.
+/// `with_auto`: "auto" may stand in a staged half only, since active parameters are resolved.
 void check_leg(const RecordPart& part, const CONNECTION_LEG_IS05_ST& leg, Side side, bool with_auto)
 {
     const TextRule& may_be_auto = with_auto ? ipv4_address_or_auto : ipv4_address;
@@ -63,7 +63,7 @@ void check_leg(const RecordPart& part, const CONNECTION_LEG_IS05_ST& leg, Side s
     part.number("destination_port", leg.destination_port, 1, 65535);
 }
 
-/// A sender's SDP file shows both legs, in use or not. One that is not may be cleared.
+/// A sender's SDP file shows both legs, in use or not. One that is not in use may be cleared.
 void check_unused_leg(const RecordPart& part, const CONNECTION_LEG_IS05_ST& leg)
 {
     if (leg.source_ip[0] != '\0')
@@ -89,8 +89,8 @@ void check_half(const RecordPart& part, const CONNECTION_HALF_IS05_ST& half, Sid
     for (std::size_t i = 0; i < legs; ++i)
         check_leg(RecordPart(part, {"transport_params", i}), half.transport_params[i], side,
                   is_staged);
-    // The active body of a sender shows the staged port as its "source_port", also of a leg that
-    // is not staged any more. IS-05 lets a source port be 0.
+    // The active body of a sender shows the staged port as its "source_port", even of a leg that
+    // is no longer staged. IS-05 allows a source port of 0.
     if (side == Side::sender && is_staged) {
         for (std::size_t i = legs; i < active_legs; ++i)
             RecordPart(part, {"transport_params", i})
@@ -121,7 +121,7 @@ std::vector<std::string> check_record(const NMOS_IS05_ST& record)
     for (std::size_t i = 0; i < std::size(record.senders); ++i)
         check_connection(RecordPart(whole, {"senders", i}), record.senders[i], Side::sender);
 
-    // They stand in the SDP files of senders, so without senders they are not shown.
+    // Only the SDP files of senders show these.
     if (std::any_of(std::begin(record.senders), std::end(record.senders), is_in_use)) {
         whole.text("ptp_grandmaster_id", record.ptp_grandmaster_id, eui64);
         whole.text("sdp_session_id", record.sdp_session_id, digits);

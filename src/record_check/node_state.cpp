@@ -87,7 +87,7 @@ struct Names
     TextColumn interfaces;
 };
 
-/// A text that an earlier entry has already is reported at the later one.
+/// Of two equal texts the later one is reported.
 void check_unique(const RecordPart& part, FieldName field, FieldBytes bytes,
                   std::span<const TextColumn> columns)
 {
@@ -280,7 +280,7 @@ void check_sender(const RecordPart& part, const SENDER_IS04_ST& sender, const Na
     // Without an entry, "subscription" lacks the members that IS-04 demands.
     const std::size_t subscriptions =
         part.count("subscription_count", sender.subscription_count, sender.subscription, 1);
-    // "null" is no way out here: the sender body carries it as a string.
+    // "null" is not allowed here: the sender body would show it as a string.
     check_reference(part, "flow_id", sender.flow_id, names.flows(),
                     "no flow of the record has this id");
     part.nmos_word_or_foreign_uri("transport", sender.transport, transports);
@@ -301,7 +301,7 @@ void check_receiver(const RecordPart& part, const RECEIVER_IS04_ST& receiver, co
     part.nmos_word_or_foreign_uri("transport", receiver.transport, transports);
     check_interface_bindings(part, receiver.interface_bindings, bindings, names);
     check_subscription(part, receiver.subscription, subscriptions);
-    // A receiver that accepts no media type is none (IS-04 v1.2, "minItems" in receiver_*.json).
+    // A receiver accepts one media type at least (IS-04 v1.2, "minItems" in receiver_*.json).
     const std::size_t media_types =
         part.count("media_types_count", receiver.media_types_count, receiver.media_types, 1);
     part.one_of("format", receiver.format, all_formats);

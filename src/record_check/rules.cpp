@@ -25,15 +25,15 @@ bool is_listed(std::string_view word, std::string_view words)
     }
 }
 
-/// Appends the pieces. Messages are rare, so it is the code that is kept short here, not its time:
-/// inlined, each append would be as large as a check.
+/// Appends the pieces. Messages are rare, so this is kept small rather than fast: in line, it would
+/// be as large as the check that calls it.
 [[gnu::noinline]] void append(std::string& to, std::initializer_list<std::string_view> pieces)
 {
     for (const std::string_view piece : pieces)
         to += piece;
 }
 
-/// Whatever the record holds, a message is one line of visible ASCII and not longer than it helps.
+/// Whatever the record holds, a message is one line of visible ASCII, and not too long to read.
 std::string quoted(std::string_view text)
 {
     constexpr std::size_t longest = 64;
@@ -103,7 +103,7 @@ void RecordPart::check_count(FieldName field, std::int32_t value, std::int32_t m
 bool RecordPart::number(FieldName field, double value, std::int32_t lowest,
                         std::int32_t highest) const
 {
-    // Written so that NaN fails. Minus zero would show as "-0".
+    // Written so that NaN fails. Minus zero fails since it would show as "-0".
     if (value >= lowest && value <= highest && std::trunc(value) == value &&
         !(value == 0 && std::signbit(value)))
         return true;

@@ -28,7 +28,7 @@ struct TextRule
 bool is_utf8_and_not_empty(std::string_view text);
 bool is_dotted_quad_or_auto(std::string_view text);
 
-// JSON text is UTF-8 (RFC 8259, 8.1), and the bodies carry every byte as it stands in the record.
+// JSON text is UTF-8 (RFC 8259, 8.1), and the bodies copy the bytes of the record.
 inline constexpr TextRule any_text = {is_utf8, "UTF-8"};
 inline constexpr TextRule some_text = {is_utf8_and_not_empty, "UTF-8 and not empty"};
 inline constexpr TextRule uuid = {is_uuid, "a UUID in lower case"};
@@ -57,7 +57,7 @@ struct FieldName
 {
     static constexpr std::size_t no_index = static_cast<std::size_t>(-1);
 
-    // Not explicit, so that a check reads as the name beside the field.
+    // Implicit, so that a check reads as the name beside the field.
     constexpr FieldName(const char* field_name, std::size_t entry = no_index)
         : name(field_name), index(entry)
     {}
@@ -66,10 +66,10 @@ struct FieldName
     std::size_t index;
 };
 
-/// A part of the record under check: the whole of it, an entry of one of its arrays, or an entry of
-/// that. It knows its path, but makes no text of it until there is something to report.
+/// A part of the record: the whole of it, an entry of one of its arrays, or an entry of an array in
+/// that. The text of its path is made only when there is something to report.
 ///
-/// Every check reports at most one finding for a field and answers whether there was none.
+/// Every check reports at most one finding for a field, and returns true when there was none.
 class RecordPart
 {
 public:
@@ -93,7 +93,7 @@ public:
     bool text_or_null(FieldName field, FieldBytes bytes, const TextRule& rule) const;
     /// `words` as in "http, https".
     bool one_of(FieldName field, FieldBytes bytes, std::string_view words) const;
-    /// One of `words`, or a URI outside of the name space that NMOS keeps for itself.
+    /// One of `words`, or a URI outside of the name space of NMOS.
     bool nmos_word_or_foreign_uri(FieldName field, FieldBytes bytes, std::string_view words) const;
 
     /// "<path of the field> is <the text in quotes>, <pieces of the rule>".

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The table is walked by element, in ascending order. Only what is more than a code of the
-// instrument can be wrong: addresses, ports, VLAN identifiers and RTP payload types.
+// The table is walked by element, in ascending order. The codes are the instrument's own; what can
+// be checked are addresses, ports, VLAN identifiers and RTP payload types.
 
 #include "nmos_instrument/record_check.h"
 
@@ -94,7 +94,7 @@ std::vector<std::string> check_record(const st_param_sys& record)
                           element_value(record, element));
     }
 
-    // The SDP file of a video sender says 98 by itself while ST 2022-6 is carried.
+    // While ST 2022-6 is carried, the SDP file of a video sender says 98, whatever is set here.
     if (record.sdp_st2110_mode != 0)
         whole.number("sdp_rtp_payload_video", record.sdp_rtp_payload_video, 96, 127);
     whole.number("sdp_rtp_payload_audio", record.sdp_rtp_payload_audio, 96, 127);

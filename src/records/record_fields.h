@@ -30,8 +30,8 @@ bool holds(const char (&field)[N], const char (&word)[W]) noexcept
     return std::memcmp(field, word, W) == 0;
 }
 
-/// How many leading entries of an array are valid: a negative count is none, one above the capacity
-/// is the capacity.
+/// How many leading entries of an array are valid: none for a negative count, all of them for one
+/// above the capacity.
 constexpr std::size_t bounded_count(std::int32_t count, std::size_t capacity) noexcept
 {
     if (count <= 0)
@@ -58,7 +58,7 @@ std::span<const Entry> valid_entries(const Entry (&entries)[N], std::int32_t cou
 /// Throws std::out_of_range: "<operation>: index <index> is negative, ...".
 [[noreturn]] void throw_negative_index(const char* operation, int index);
 
-/// The index, once it is known to lie within an array of `capacity` entries.
+/// Returns the index if it lies within an array of `capacity` entries, throws otherwise.
 inline std::size_t checked_index(int index, std::size_t capacity, const char* operation)
 {
     if (index < 0 || static_cast<std::size_t>(index) >= capacity)
@@ -66,8 +66,7 @@ inline std::size_t checked_index(int index, std::size_t capacity, const char* op
     return static_cast<std::size_t>(index);
 }
 
-/// The entry at `index` of a record's array. The record is not touched before the index is known to
-/// be one.
+/// The entry at `index` of a record's array. The index is checked before the record is read.
 template <typename Record, typename Entry, std::size_t N>
 const Entry& checked_entry(const Record* record, Entry (Record::*entries)[N], int index,
                            const char* operation)

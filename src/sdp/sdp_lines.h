@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What hosts use beside the SDP parser: texts into lines and pieces.
+// Texts cut into lines and pieces: what hosts use beside the SDP parser.
 
 #ifndef NMOS_INSTRUMENT_SRC_SDP_SDP_LINES_H
 #define NMOS_INSTRUMENT_SRC_SDP_SDP_LINES_H

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A scanner for keywords, not an SDP grammar: a line may match several of the steps below, and a
+// A scanner for keywords, not an SDP grammar: several of the steps below may apply to a line, and a
 // key counts wherever it stands in its line.
 
 #include "sdp/sdp_parser.h"
@@ -156,8 +156,7 @@ std::string_view value_until(std::string_view line, std::size_t start, char term
     return rest.substr(0, rest.find(terminator));
 }
 
-/// The text behind a value and the terminator after it. Where the line ends with the value there
-/// is no such text.
+/// The text behind a value and its terminator. Throws when the line ends with the value.
 std::string_view behind(std::string_view line, std::size_t value_start, std::string_view value)
 {
     const std::size_t start = value_start + value.size() + 1;
@@ -264,7 +263,7 @@ private:
     void read_dup_group(std::string_view line, std::size_t start)
     {
         const std::string_view primary = value_until(line, start, ' ');
-        // The secondary name decides nothing, but it must be there.
+        // The secondary name has no effect, but it must be there.
         static_cast<void>(behind(line, start, primary));
         primary_media_id_ = primary;
     }
@@ -276,7 +275,8 @@ private:
         if (!find_value(line, "incl IN IP4 ", start))
             return;
         const std::string_view destination = value_until(line, start, ' ');
-        if (is_inet_aton_address(destination)) // meant: the bit is that of the port
+        // Intentional: the address sets the bit of the port, see sdp_found_flag.
+        if (is_inet_aton_address(destination))
             store_for_leg(out_.multicast_ip, destination, sdp_found_destination_port_leg0);
         else
             complain("incl IN IP4 ", destination, " is invalid multicast address.\n");
@@ -450,8 +450,8 @@ void parse_sdp(std::string_view sdp, const FormatSwitch& format_switch, std::str
     SdpParser parser(format_switch, errors, out);
     LineReader lines(sdp);
     std::string_view line;
-    // What stands behind the last line break would be examined as its leading integer, and a
-    // number holds no key: so it is not looked at.
+    // What stands behind the last line break counts as its leading integer only. A number holds no
+    // key, so it is not examined.
     for (std::size_t count = 0; count < sdp_examined_lines && lines.next(line); ++count)
         parser.read_line(line);
 }

@@ -10,7 +10,7 @@
 
 namespace nmos_instrument {
 
-/// What decides whether the instrument would take another frame size.
+/// Decides whether the instrument takes another frame size.
 struct FormatSwitch
 {
     bool capable;         ///< it can switch between 2K and 4K

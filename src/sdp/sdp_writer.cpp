@@ -55,7 +55,7 @@ std::string_view packet_time(std::int16_t code)
 {
     switch (code) {
     case 0:
-        return "8"; // as the instrument's code 0 has it, though no ST 2110-30 level does
+        return "8"; // Intentional: the instrument's code 0, though no ST 2110-30 level has 8 ms
     case 2:
         return "0.125";
     default:
@@ -170,7 +170,7 @@ private:
         text_.append("a=ptime:", packet_time(sys_.sdp_audio_ptime), "\r\n");
     }
 
-    /// The PTP domain is always written as 127, whatever the instrument's settings say.
+    /// Intentional: the PTP domain is always 127, whatever the instrument's settings say.
     void write_leg_end(const CONNECTION_LEG_IS05_ST& leg, std::string_view media_id)
     {
         text_.append("a=source-filter: incl IN IP4 ", field_text(leg.destination_ip), " ",

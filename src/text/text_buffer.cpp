@@ -44,7 +44,7 @@ std::string TextBuffer::take()
     return std::move(flushed_);
 }
 
-/// A list is as long as its entries so far suggest; one long body is hardly longer than two
+/// The entries so far tell how long the list will be; a single body is hardly ever longer than two
 /// buffers.
 std::size_t TextBuffer::expected_size(std::size_t written) const noexcept
 {

@@ -3,8 +3,8 @@
 // TextBuffer: where every returned text grows.
 //
 // Text is written into a fixed buffer on the stack; a buffer with too little room left is appended
-// to a string. So a short text costs one allocation of its exact size, a longer one usually one too,
-// since the first flush reserves for the whole text from what is written so far.
+// to a string. So a short text costs one allocation of its exact size. A longer one usually costs
+// one too, since the first flush estimates the size of the whole text and reserves it.
 
 #ifndef NMOS_INSTRUMENT_SRC_TEXT_TEXT_BUFFER_H
 #define NMOS_INSTRUMENT_SRC_TEXT_TEXT_BUFFER_H
@@ -77,21 +77,21 @@ public:
         append_views(std::string_view(texts)...);
     }
 
-    /// All that is written; only for a text that is known to fit the buffer.
+    /// What is written so far; only for a text that is known to fit the buffer.
     std::string_view written() const noexcept
     {
         assert(flushed_.empty());
         return {buffer_, static_cast<std::size_t>(position_ - buffer_)};
     }
 
-    /// Of a list of `total` entries `done` are written: what a flush estimates the size from.
+    /// Of a list of `total` entries `done` are written. A flush estimates the size from this.
     void set_progress(std::size_t done, std::size_t total) noexcept
     {
         entries_done_ = done;
         entries_total_ = total;
     }
 
-    /// The finished text. The buffer is used up by it.
+    /// The finished text. Nothing may be written after it.
     std::string take();
 
 private:
@@ -116,7 +116,7 @@ private:
     char* position_ = buffer_;
     std::size_t entries_done_ = 0;
     std::size_t entries_total_ = 0;
-    char buffer_[buffer_size]; // deliberately not initialised: only what was written is read
+    char buffer_[buffer_size]; // Intentional: not initialised, only what was written is read
 #if defined(NMOS_INSTRUMENT_POISONED_GAP)
     char behind_buffer_[64];
 #endif
