@@ -19,10 +19,10 @@
 //   it.
 // - Every value is followed by a comma. The end of its object or array, or JsonText::take, removes
 //   the last one.
-// - Every key, opening bracket and array entry first makes room in the text's buffer: for itself,
-//   its value and the closing brackets behind it.
+// - Every string, number and constant makes room in the text's buffer for what comes next:
+//   brackets, keys and the next value.
 // - gnu::flatten in front of a body function compiles all of the writer into it, which makes it
-//   about four times as fast. The text is the same without it.
+//   up to four times as fast. The text is the same without it.
 
 #ifndef NMOS_INSTRUMENT_SRC_JSON_JSON_WRITER_H
 #define NMOS_INSTRUMENT_SRC_JSON_JSON_WRITER_H
@@ -68,21 +68,20 @@ public:
     void begin_object()
     {
         text_.keys().enter_object();
-        begin('{');
+        put("{");
     }
     void end_object()
     {
         text_.keys().leave_object();
         end('}');
     }
-    void begin_array() { begin('['); }
+    void begin_array() { put("["); }
     void end_array() { end(']'); }
 
     /// The key of a member; its value follows. Keys are the code's own and hold nothing to escape.
     JsonWriter& key(std::string_view name)
     {
         text_.keys().expect_ascending(name);
-        make_room();
         put("\"");
         put(name);
         put("\":");
@@ -102,10 +101,10 @@ public:
     /// A string of the code's own that holds nothing to escape.
     void literal(std::string_view value)
     {
-        make_room();
         put("\"");
         put(value);
         put("\",");
+        make_room();
     }
     /// The value that another text holds; it must be known to fit the buffer.
     void value_of(const JsonText& other)
@@ -119,21 +118,20 @@ public:
     /// Throws std::overflow_error with an empty text when the number is NaN or infinite.
     void number(double value)
     {
-        make_room();
         position_ = write_json_number(position_, value);
         put(",");
+        make_room();
     }
     void number(int value)
     {
-        make_room();
         position_ = write_integer(position_, value);
         put(",");
+        make_room();
     }
     /// A record's text field: up to its first NUL, never past its end.
     template <std::size_t N>
     void string(const char (&field)[N])
     {
-        make_room();
         put_string(field);
     }
     /// The same, but null for a field that holds exactly "null".
@@ -200,14 +198,9 @@ private:
     }
     void put_value(std::string_view value)
     {
-        make_room();
         put(value);
         put(",");
-    }
-    void begin(char bracket)
-    {
         make_room();
-        *position_++ = bracket;
     }
     void end(char bracket)
     {
@@ -242,6 +235,7 @@ private:
             room_use_.begin(position_);
         }
         put("\",");
+        make_room();
     }
 
     JsonText& text_;

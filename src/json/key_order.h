@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// KeyOrder: a debug build asserts that the keys of every object ascend. A release build compiles to
+// KeyOrder: a debug build asserts that the keys of every object ascend. In a release build it is
 // nothing.
 
 #ifndef NMOS_INSTRUMENT_SRC_JSON_KEY_ORDER_H

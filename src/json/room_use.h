@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// RoomUse: a debug build asserts that nobody writes more than json_room between two places where
-// room is made, wherever the buffer's end happens to be. A release build compiles to nothing.
+// RoomUse: a debug build asserts that no more than json_room is written between two places where
+// room is made, wherever the buffer's end happens to be. In a release build it is nothing.
 
 #ifndef NMOS_INSTRUMENT_SRC_JSON_ROOM_USE_H
 #define NMOS_INSTRUMENT_SRC_JSON_ROOM_USE_H
@@ -11,9 +11,9 @@
 
 namespace nmos_instrument {
 
-/// The room that is made at once: for a key, what of its value is written in line (JsonWriter's
-/// put_string takes most, 130 bytes) and the closing brackets behind it.
-constexpr std::size_t json_room = 256;
+/// The room that is made at once: for brackets, keys and a value. The longest value, a text that
+/// is copied in line, takes 131 bytes before it makes room itself.
+constexpr std::size_t json_room = 512;
 
 class RoomUse
 {
