@@ -21,9 +21,12 @@ namespace {
 
 constexpr std::uint8_t no_row = 255;
 
+using RowOfElement = std::array<std::uint8_t, element_count>;
+
 /// For each element, the row of the setting that it is checked for.
-constexpr auto row_of_element = [] {
-    std::array<std::uint8_t, element_count> rows{};
+constexpr RowOfElement rows_of_elements()
+{
+    RowOfElement rows{};
     rows.fill(no_row);
     for (std::size_t row = 0; row < std::size(stream_settings); ++row) {
         const StreamSetting& setting = stream_settings[row];
@@ -35,7 +38,9 @@ constexpr auto row_of_element = [] {
         }
     }
     return rows;
-}();
+}
+
+constexpr RowOfElement row_of_element = rows_of_elements();
 
 /// As a host writes it: "pri_audio_addresses[3][0].dst_ip[2]".
 std::string element_name(const StreamSetting& setting, std::size_t element)

@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    char text_[number_text_size];
+    char text_[number_text_size] = {};
     const char* end_;
 };
 

@@ -29,6 +29,17 @@ TEST(Ipv4Text, WhatInetAtonTakes)
         EXPECT_FALSE(is_inet_aton_address(text)) << text;
 }
 
+TEST(Ipv4Text, OfTheseADottedQuadHasOneFormOnly)
+{
+    for (const char* const text : {"0.0.0.0", "192.0.2.1", "255.255.255.255"})
+        EXPECT_TRUE(is_dotted_quad(text)) << text;
+    for (const char* const text :
+         {"", "10.1", "1", "0x7f.1.1.1", "010.1.1.1", "1.2.3.04", "10.0.0.1 junk", "256.1.1.1",
+          "1.2.3.4.5", "1.2.3.", ".1.2.3", "1..2.3", " 1.2.3.4", "1.2.3.0000"})
+        EXPECT_FALSE(is_dotted_quad(text)) << text;
+    EXPECT_FALSE(is_dotted_quad(std::string_view("10.0.0.1\0junk", 13)));
+}
+
 TEST(Ipv4Text, ReadsUpToTheFirstNul)
 {
     EXPECT_TRUE(is_inet_aton_address(std::string_view("10.0.0.1\0junk", 13)));
