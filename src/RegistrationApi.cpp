@@ -176,7 +176,7 @@ void RegistrationApi::update_ipAddress(NMOS_IS04_ST* rec, std::string ip, std::s
 {
     const double port_number = leading_double(port);
 
-    // Intentional: four bytes of the new URL and of the new address, never the whole.
+    // Intentional: only four bytes of the new URL and of the new address.
     constexpr std::size_t moved = 4;
     std::memcpy(rec->href, "http", moved);
     const std::size_t endpoints = valid_count(rec->endpoints, rec->endpoints_count);

@@ -124,7 +124,7 @@ public:
     /// There are two legs (the second is what leg 1 of the record holds, with a `leg_count` of 1
     /// too); `master_enable` does not matter; the PTP domain is 127 and the TTL 64; video is
     /// YCbCr-4:2:2, 10 bit, BT709, SDR, narrow sender. In the first leg the rtpmap line stands
-    /// before the fmtp line, in the second behind it; the video fmtp line ends with a space.
+    /// before the fmtp line, in the second after it; the video fmtp line ends with a space.
     /// Addresses and ids are copied as they are. Ports are rounded and print like "%.0f"; NaN and
     /// infinity print as such and do not throw.
     ///
@@ -135,7 +135,7 @@ public:
     /// 400 when there is a problem.
     ///
     /// - sdp: the file. Only its first `sdp_examined_lines` lines are examined. It must end with a
-    ///   line break: what stands behind the last one is ignored.
+    ///   line break: what follows the last one is ignored.
     /// - switch_capable: the instrument can switch between 2K and 4K formats.
     /// - current_format: the instrument's video format code. In 9 and 10, 2160 lines are its own
     ///   size and 720 and 1080 would be a switch; 0, 1, 2, 7 and 8 never take 2160 lines; in all
@@ -145,9 +145,9 @@ public:
     /// - out: its `found_flags` is cleared, then accepted values are stored. Required. Values are
     ///   stored although there are problems: look at the status first.
     ///
-    /// It is a line-oriented scanner, not an SDP grammar: a key counts wherever it stands in a
-    /// line. Behind a line with "mid:" and the first name of the DUP group, everything belongs to
-    /// leg 1. An address is valid when inet_aton takes it (short, octal and hexadecimal forms too).
+    /// It is a line-oriented scanner, not an SDP grammar: a key counts anywhere in a line.
+    /// After a line with "mid:" and the first name of the DUP group, everything belongs to leg 1.
+    /// An address is valid when inet_aton takes it (short, octal and hexadecimal forms too).
     /// Numbers are read like strtol, base 10.
     ///
     /// A message of 256 bytes or more becomes its first 254 bytes and the line break.
@@ -166,10 +166,10 @@ public:
     /// returns 0.
     ///
     /// `*count` becomes the number of pieces that a delimiter ended, at most `max_parts`; 0 when
-    /// `max_parts` is 0 or less. Nothing is ever written behind the table. An empty delimiter ends
+    /// `max_parts` is 0 or less. Nothing is ever written past the table. An empty delimiter ends
     /// no piece.
     ///
-    /// What follows the last delimiter is not stored as text: the entry behind the last piece, if
+    /// What follows the last delimiter is not stored as text: the entry after the last piece, if
     /// the table has one, receives its leading integer in decimal (saturating at 32 bits; "0" when
     /// there is none). Intentional: a text that ends with a delimiter leaves a defined entry, "0".
     static int split_string(std::string text, std::string delimiter, std::string* parts,

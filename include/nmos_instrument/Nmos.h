@@ -99,7 +99,7 @@ public:
 
     // The members are public so that a host can keep the counters across restarts. A counter is
     // advanced by its own operation only: new = (old + 1) modulo 255. Intentional: 254 is followed
-    // by 0; who reads the advertisement only looks for a change. Any restored int has a defined
+    // by 0; readers of the advertisement only look for a change. Any restored int has a defined
     // next value.
 
     std::string text; ///< empty; not read by any operation

@@ -33,8 +33,8 @@
 //   sender_filter,      0 leaves out senders 1, 2 and 3 (video of streams 2 to 4); any other value
 //   all_senders         lists all six
 //
-// Intentional: a value other than 0 narrows the receivers but widens the senders; a host that has
-// one switch for both turns it round for one of them.
+// Intentional: a value other than 0 narrows the receivers but widens the senders. A host that has
+// one switch for both inverts it for one of them.
 
 #ifndef NMOS_INSTRUMENT_NODEAPI_H
 #define NMOS_INSTRUMENT_NODEAPI_H

@@ -115,8 +115,8 @@ public:
     ///   (of a shorter `ip`, its text and a NUL);
     /// - `port` of each of these endpoints becomes `port`.
     ///
-    /// Intentional: four bytes, never the whole address, so it leaves what the host wrote behind
-    /// them. To change `href` or `host`, write them yourself.
+    /// Intentional: four bytes only; what the host wrote after them stays. To change `href` or
+    /// `host`, write them yourself.
     ///
     /// `port` is read like strtod in the C locale, up to its first NUL. Leading white space, a
     /// sign, hexadecimal, "inf" and "nan" are understood; text that does not start with a number is

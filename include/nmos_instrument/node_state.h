@@ -88,7 +88,7 @@ struct INTERFACE_IS04_ST
 struct SOURCE_IS04_ST
 {
     char id[48];           ///< "id": UUID
-    char version[48];      ///< "version": "<seconds>:<nanoseconds>", TAI; written by the host alone
+    char version[48];      ///< "version": "<seconds>:<nanoseconds>", TAI; written by the host only
     char label[64];        ///< "label"
     char description[144]; ///< "description"
     char device_id[96];    ///< "device_id": UUID of the owning device
@@ -144,11 +144,11 @@ struct DEVICE_IS04_ST
     CONTROL_IS04_ST controls[8];     ///< "controls"
 };
 
-/// One sender (IS-04 v1.2, sender.json). NodeApi::make_receiverid_target takes one alone.
+/// One sender (IS-04 v1.2, sender.json). NodeApi::make_receiverid_target takes a single one.
 struct SENDER_IS04_ST
 {
     char id[48];           ///< "id": UUID; "null" means JSON null in the target body
-    char version[48];      ///< "version": written by the host alone
+    char version[48];      ///< "version": written by the host only
     char label[64];        ///< "label"
     char description[128]; ///< "description"
     std::int32_t interface_bindings_count;    ///< valid entries of `interface_bindings`, 0 to 10

@@ -18,14 +18,14 @@
 // ```
 //
 // A finding is one line of visible ASCII: the field's path, its value, the rule. The words of a
-// rule may change between versions. Texts stand in quotes, bytes other than visible ASCII as \xHH,
+// rule may change between versions. Texts are in quotes, bytes other than visible ASCII as \xHH,
 // and a text of more than 64 bytes is shortened:
 //
 //   receivers[4].subscription_count is 12, at most 10 are allowed
 //   senders[0].flow_id is "a0a0", it must be a UUID in lower case
 //   sources[1].clock_name is "clk7", no clock of the record has this name
 //
-// The findings stand in the order of the record's fields, at most one for a field. What is checked:
+// The findings are in the order of the record's fields, at most one for a field. What is checked:
 // all entries within their count, even where a body shows the first of them only; of each entry the
 // members that a body or an SDP file shows for its kind; the settings of all four streams. Nothing
 // else is read. No record, whatever its bytes, makes a check read outside of it.
@@ -78,9 +78,9 @@ namespace nmos_instrument {
 ///   "00-00-5e-00-53-01"; `name` is not empty and no earlier interface has it.
 /// - `device_id` of a source, flow, sender or receiver: the id of a device of the record.
 /// - `sources`: `clock_name` is the name of a clock of the record; `format` is one of the four of
-///   IS-04 (urn:x-nmos:format:video, audio, data, mux), audio for source 1 alone, since no other
+///   IS-04 (urn:x-nmos:format:video, audio, data, mux), audio for source 1 only, since no other
 ///   gets "channels".
-/// - `flows`: `format` is one of the four, video for flow 0 alone and audio for flow 1 alone, since
+/// - `flows`: `format` is one of the four, video for flow 0 only and audio for flow 1 only, since
 ///   no others get the members that IS-04 demands; `source_id` is the id of a source of the record;
 ///   `media_type` is a media type, of a video flow "video/...", of an audio flow "audio/...".
 ///   Flow 0: `frame_width` and `frame_height`, flow 1: `sample_rate_numerator`, both: `bit_depth`

@@ -36,7 +36,7 @@
 // assert(document.find("\"redundancy\":1,") != std::string::npos);
 // assert(document.find("\"pri_video_dst_port\":5004,") != std::string::npos);
 //
-// // A byte out of range is shown as it is; check_record tells of it.
+// // A byte out of range is shown as it is; check_record reports it.
 // settings.pri_video_dst_port[0][1] = -1;
 // assert(nmos_instrument::check_record(settings)[0] ==
 //        "pri_video_dst_port[0][1] is -1, it must be a whole number from 0 to 255");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The version of nmos-instrument. It stands here only: the build reads these three numbers for the
+// The version of nmos-instrument, which is written here only: the build reads these numbers for the
 // file names of the library, the CMake package and the pkg-config file.
 //
 // MAJOR rises when a program that was built against an older library would no longer run (it is

@@ -27,7 +27,7 @@ public:
     /// The finished text.
     std::string take()
     {
-        set_position(position() - 1); // the comma behind the outermost value
+        set_position(position() - 1); // the comma after the outermost value
         return TextBuffer::take();
     }
 

@@ -48,7 +48,7 @@ char* write_string_rest(JsonText& text, char* position, std::string_view rest)
 {
     constexpr std::size_t block = OrdinaryBytes::size;
     const OrdinaryBytes ordinary(text.slashes());
-    // A block and an escape fit behind it, and then there is still room.
+    // Beyond it, a block and an escape still fit, and json_room after them.
     const char* const limit = text.limit() - json_room - block - escape_size;
     const char* from = rest.data();
     const char* const end = from + rest.size();

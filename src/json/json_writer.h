@@ -240,7 +240,7 @@ private:
 
     JsonText& text_;
     char* position_;
-    const char* const limit_; ///< behind it, less than json_room is left
+    const char* const limit_; ///< beyond it, less than json_room is left
     const OrdinaryBytes ordinary_;
     [[no_unique_address]] RoomUse room_use_;
 };

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Copies the bytes of a JSON string that stand for themselves, a block at a time.
+// Copies the bytes of a JSON string that need no escape, a block at a time.
 //
-// A block is copied whole; then the bytes that do not stand for themselves are looked for. Three
+// A block is copied whole; then its bytes that need an escape are searched for. Three
 // forms that do the same, chosen at compile time: SSE2, NEON, and plain words for
 // every other CPU (define NMOS_INSTRUMENT_PORTABLE to have these everywhere).
 
@@ -32,7 +32,7 @@ enum class Slashes
     escaped
 };
 
-/// Copies `size` bytes and marks those that do not stand for themselves: NUL, control bytes,
+/// Copies `size` bytes and marks those that end the text or need an escape: NUL, control bytes,
 /// quotation mark, backslash, 0x7F and, with escaped slashes, the slash.
 class OrdinaryBytes
 {
@@ -62,7 +62,7 @@ public:
         return static_cast<Marks>(_mm_movemask_epi8(special));
     }
 
-    /// How many bytes stand before the first marked one; not defined without a mark.
+    /// How many bytes precede the first marked one; not defined without a mark.
     static std::size_t count(Marks marks) noexcept
     {
         return static_cast<std::size_t>(std::countr_zero(marks));
@@ -91,7 +91,7 @@ private:
         return vget_lane_u64(vreinterpret_u64_u8(nibbles), 0);
     }
 
-    /// How many bytes stand before the first marked one; not defined without a mark.
+    /// How many bytes precede the first marked one; not defined without a mark.
     static std::size_t count(Marks marks) noexcept
     {
         return static_cast<std::size_t>(std::countr_zero(marks)) / 4;
@@ -120,7 +120,7 @@ private:
                every_byte(0x80);
     }
 
-    /// How many bytes stand before the first marked one; not defined without a mark.
+    /// How many bytes precede the first marked one; not defined without a mark.
     static std::size_t count(Marks marks) noexcept
     {
         return static_cast<std::size_t>(std::countr_zero(marks)) / 8;

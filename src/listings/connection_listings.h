@@ -16,7 +16,7 @@
 namespace nmos_instrument {
 
 /// Listing of the ids of those valid entries for which `is_listed(i)` is true. Intentional: a comma
-/// stands behind each of them but the last valid one, even when all later ones are hidden; see
+/// follows each of them but the last valid one, even when all later ones are hidden; see
 /// ConnectionApi::make_single_senders.
 template <typename Entry, std::size_t N, typename IsListed>
 std::string id_listing(const Entry (&entries)[N], std::int32_t count, IsListed is_listed)

@@ -9,7 +9,7 @@
 
 namespace nmos_instrument {
 
-/// Listing of the children of an API path: one name a line, indented by four spaces, a comma behind
+/// Listing of the children of an API path: one name a line, indented by four spaces, a comma after
 /// all but the last. Names are given without the slash that ends them in the listing.
 std::string root_listing(std::initializer_list<std::string_view> names);
 

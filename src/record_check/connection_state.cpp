@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The fields are visited in the order in which they stand in the record, and only those that a body
+// The fields are visited in the order of the record, and only those that a body
 // or an SDP file shows.
 
 #include "nmos_instrument/record_check.h"
@@ -51,7 +51,7 @@ void check_transport_file(const RecordPart& part, const CONNECTION_HALF_IS05_ST&
                     {"\"null\" must stand in both transport_file_data and this field or in none"});
 }
 
-/// `with_auto`: "auto" may stand in a staged half only, since active parameters are resolved.
+/// `with_auto`: "auto" is allowed in a staged half only, since active parameters are resolved.
 void check_leg(const RecordPart& part, const CONNECTION_LEG_IS05_ST& leg, Side side, bool with_auto)
 {
     const TextRule& may_be_auto = with_auto ? ipv4_address_or_auto : ipv4_address;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The fields are visited in the order in which they stand in the record, and only those that a body
+// The fields are visited in the order of the record, and only those that a body
 // shows. A record without findings gives bodies that the schemas of IS-04 v1.2 accept.
 
 #include "nmos_instrument/record_check.h"

@@ -38,7 +38,7 @@ enum class SdpKey : std::uint8_t
 
 constexpr std::size_t sdp_key_count = static_cast<std::size_t>(SdpKey::traffic_profile) + 1;
 
-/// A key counts wherever it stands in the line, its first occurrence only.
+/// A key counts anywhere in the line, its first occurrence only.
 class SdpKeys
 {
 public:

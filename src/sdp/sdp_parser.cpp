@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A scanner for keywords, not an SDP grammar: several of the steps below may apply to a line, and a
-// key counts wherever it stands in its line.
+// key counts anywhere in its line.
 
 #include "sdp/sdp_parser.h"
 
@@ -79,7 +79,7 @@ constexpr SizeRules in_hd{
     {SwitchCheck::silent, true},
     {SwitchCheck::silent, true},
 };
-/// Its format does not go with UHD: this size alone is not stored. HD would be a switch too.
+/// Its format excludes UHD: only this size is not stored. HD would be a switch too.
 constexpr SizeRules never_uhd{
     {SwitchCheck::denied_if_capable, false},
     {SwitchCheck::capable_then_allowed, true},
@@ -156,8 +156,8 @@ std::string_view value_until(std::string_view line, std::size_t start, char term
     return rest.substr(0, rest.find(terminator));
 }
 
-/// The text behind a value and its terminator. Throws when the line ends with the value.
-std::string_view behind(std::string_view line, std::size_t value_start, std::string_view value)
+/// The text after a value and its terminator. Throws when the line ends with the value.
+std::string_view text_after(std::string_view line, std::size_t value_start, std::string_view value)
 {
     const std::size_t start = value_start + value.size() + 1;
     if (start > line.size())
@@ -264,7 +264,7 @@ private:
     {
         const std::string_view primary = value_until(line, start, ' ');
         // The secondary name has no effect, but it must be there.
-        static_cast<void>(behind(line, start, primary));
+        static_cast<void>(text_after(line, start, primary));
         primary_media_id_ = primary;
     }
 
@@ -280,7 +280,7 @@ private:
             store_for_leg(out_.multicast_ip, destination, sdp_found_destination_port_leg0);
         else
             complain("incl IN IP4 ", destination, " is invalid multicast address.\n");
-        const std::string_view source = behind(line, start, destination);
+        const std::string_view source = text_after(line, start, destination);
         if (is_inet_aton_address(source))
             store_for_leg(out_.source_ip, source, sdp_found_source_ip_leg0);
         else
@@ -393,7 +393,7 @@ private:
         out_.found_flags |= flag;
     }
 
-    /// The flag of leg 1 stands beside that of leg 0.
+    /// The flag of leg 1 is the next bit after that of leg 0.
     void store_for_leg(std::string (&fields)[2], std::string_view value, std::uint32_t leg0_flag)
     {
         store(fields[leg_], value, leg0_flag << leg_);
@@ -450,7 +450,7 @@ void parse_sdp(std::string_view sdp, const FormatSwitch& format_switch, std::str
     SdpParser parser(format_switch, errors, out);
     LineReader lines(sdp);
     std::string_view line;
-    // What stands behind the last line break counts as its leading integer only. A number holds no
+    // What follows the last line break counts as its leading integer only. A number holds no
     // key, so it is not examined.
     for (std::size_t count = 0; count < sdp_examined_lines && lines.next(line); ++count)
         parser.read_line(line);

@@ -31,7 +31,7 @@ FrameDimensions frame_dimensions(std::int16_t video_system)
     }
 }
 
-/// The value of exactframerate and, for interlaced rates, the interlace flag behind it (SMPTE ST
+/// The value of exactframerate and, for interlaced rates, the interlace flag after it (SMPTE ST
 /// 2110-20 7.2, 7.3).
 std::string_view frame_rate(std::int16_t code)
 {

@@ -14,7 +14,7 @@ namespace nmos_instrument {
 bool is_dotted_quad(std::string_view text);
 
 /// What inet_aton takes, up to the first NUL: what an SDP file may hold. Short, octal and
-/// hexadecimal forms count too, and anything may follow behind a space.
+/// hexadecimal forms count too, and anything may follow after a space.
 bool is_inet_aton_address(std::string_view text);
 
 } // namespace nmos_instrument

@@ -48,7 +48,7 @@ constexpr std::string_view take_digits(std::string_view& text) noexcept
     return taken;
 }
 
-/// Takes `prefix` from the start of `text`; false when it does not stand there.
+/// Takes `prefix` from the start of `text`; false when the text starts otherwise.
 constexpr bool take_prefix(std::string_view& text, std::string_view prefix) noexcept
 {
     if (!text.starts_with(prefix))

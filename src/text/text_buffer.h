@@ -16,7 +16,7 @@
 #include <string>
 #include <string_view>
 
-// With the address sanitizer, writing behind the buffer must not go unseen.
+// With the address sanitizer, writing past the buffer must not go unseen.
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
 #define NMOS_INSTRUMENT_POISONED_GAP
@@ -64,12 +64,12 @@ public:
         return buffer_ + buffer_size;
     }
 
-    /// Appends what stands before `position` to the string, all but the last byte: the byte before
-    /// the position stays readable (and replaceable). Returns the new position, behind which the
+    /// Appends what precedes `position` to the string, all but the last byte: the byte before
+    /// the position stays readable (and replaceable). Returns the new position: the
     /// buffer is free but for that byte.
     char* flush(char* position);
 
-    /// Appends texts of any length, one behind the other. In line, since most are constants of a
+    /// Appends texts of any length, one after the other. In line, since most are constants of a
     /// few bytes.
     template <typename... Texts>
     [[gnu::always_inline]] void append(const Texts&... texts)

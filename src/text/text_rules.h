@@ -19,7 +19,7 @@ bool is_mac_address(std::string_view text);      ///< like "00-00-5e-00-53-01", 
 bool is_lower_case_eui64(std::string_view text); ///< like "00-00-5e-ff-fe-00-53-01"
 bool is_eui64(std::string_view text);            ///< the same in either case
 bool is_uri(std::string_view text);              ///< scheme, colon, visible ASCII
-bool is_http_url(std::string_view text);         ///< http:// or https://, and something behind it
+bool is_http_url(std::string_view text);         ///< http:// or https://, and something after it
 bool is_media_type(std::string_view text);       ///< like "video/raw"
 bool is_video_media_type(std::string_view text); ///< "video/..."
 bool is_audio_media_type(std::string_view text); ///< "audio/..."
