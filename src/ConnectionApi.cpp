@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "bodies/is05_bodies.h"
+#include "json/json_lists.h"
 #include "label_tables.h"
 #include "listings/connection_listings.h"
 #include "listings/root_listing.h"
@@ -13,7 +14,6 @@
 #include "sdp/sdp_lines.h"
 #include "sdp/sdp_parser.h"
 #include "sdp/sdp_writer.h"
-#include "json/json_lists.h"
 
 using namespace nmos_instrument;
 

@@ -6,11 +6,11 @@
 #include <fstream>
 
 #include "bodies/parameters_body.h"
+#include "json/json_lists.h"
 #include "label_tables.h"
 #include "listings/root_listing.h"
 #include "listings/service_file.h"
 #include "records/membership.h"
-#include "json/json_lists.h"
 
 using namespace nmos_instrument;
 

@@ -3,9 +3,9 @@
 #include "nmos_instrument/NodeApi.h"
 
 #include "bodies/is04_bodies.h"
+#include "json/json_lists.h"
 #include "label_tables.h"
 #include "listings/root_listing.h"
-#include "json/json_lists.h"
 
 using namespace nmos_instrument;
 

@@ -6,10 +6,10 @@
 #include <cstring>
 
 #include "bodies/is04_bodies.h"
+#include "json/json_lists.h"
 #include "label_tables.h"
 #include "listings/root_listing.h"
 #include "text/number_text.h"
-#include "json/json_lists.h"
 
 using namespace nmos_instrument;
 

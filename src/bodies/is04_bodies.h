@@ -7,9 +7,9 @@
 
 #include <cstddef>
 
+#include "json/json_writer.h"
 #include "nmos_instrument/node_state.h"
 #include "records/membership.h"
-#include "json/json_writer.h"
 
 namespace nmos_instrument {
 

@@ -5,8 +5,8 @@
 #ifndef NMOS_INSTRUMENT_SRC_BODIES_IS05_BODIES_H
 #define NMOS_INSTRUMENT_SRC_BODIES_IS05_BODIES_H
 
-#include "nmos_instrument/connection_state.h"
 #include "json/json_writer.h"
+#include "nmos_instrument/connection_state.h"
 
 namespace nmos_instrument {
 

@@ -3,8 +3,8 @@
 #ifndef NMOS_INSTRUMENT_SRC_BODIES_PARAMETERS_BODY_H
 #define NMOS_INSTRUMENT_SRC_BODIES_PARAMETERS_BODY_H
 
-#include "nmos_instrument/system_parameters.h"
 #include "json/json_writer.h"
+#include "nmos_instrument/system_parameters.h"
 
 namespace nmos_instrument {
 

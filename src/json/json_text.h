@@ -7,9 +7,9 @@
 
 #include <string>
 
-#include "text/text_buffer.h"
 #include "json/key_order.h"
 #include "json/ordinary_bytes.h"
+#include "text/text_buffer.h"
 
 namespace nmos_instrument {
 

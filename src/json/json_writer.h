@@ -33,11 +33,11 @@
 #include <cstring>
 #include <string_view>
 
-#include "records/record_fields.h"
-#include "text/number_text.h"
 #include "json/json_text.h"
 #include "json/ordinary_bytes.h"
 #include "json/room_use.h"
+#include "records/record_fields.h"
+#include "text/number_text.h"
 
 namespace nmos_instrument {
 
