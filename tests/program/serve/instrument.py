@@ -11,6 +11,7 @@ import tempfile
 import unittest
 
 PROGRAM = os.environ.get("NMOS_INSTRUMENT", "nmos-instrument")
+PORT = os.environ.get("NMOS_PORT", "23000")
 EXAMPLES = pathlib.Path(os.environ.get("NMOS_EXAMPLES", "docs/examples"))
 
 NODE = "/x-nmos/node/v1.2"
@@ -41,7 +42,7 @@ class Instrument:
 
     def __init__(self, *options, configuration=None):
         self.folder = tempfile.TemporaryDirectory()
-        arguments = [PROGRAM, "serve", "--first-free-port", "--port", "23000",
+        arguments = [PROGRAM, "serve", "--first-free-port", "--port", PORT,
                      "--log-level", "debug", *options]
         if configuration is not None:
             path = pathlib.Path(self.folder.name) / "configuration.json"

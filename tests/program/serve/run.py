@@ -8,6 +8,7 @@ Exit status: 0 passed, 1 failed, 77 nothing but skipped tests.
 """
 
 import os
+import pathlib
 import sys
 import unittest
 
@@ -19,6 +20,10 @@ def main():
     os.environ["NMOS_INSTRUMENT"] = os.path.abspath(sys.argv[1])
     os.environ["NMOS_EXAMPLES"] = os.path.abspath(sys.argv[2])
     module = sys.argv[3]
+    # Modules run side by side. Each has ports of its own: after a kill another module's instrument
+    # must not answer in its place.
+    modules = sorted(path.stem for path in pathlib.Path(__file__).parent.glob("test_*.py"))
+    os.environ["NMOS_PORT"] = str(23000 + 100 * modules.index(module))
     names = [f"{module}.{test}" for test in sys.argv[4:]] or [module]
     tests = unittest.defaultTestLoader.loadTestsFromNames(names)
     result = unittest.TextTestRunner(stream=sys.stdout, verbosity=1).run(tests)
