@@ -46,11 +46,14 @@ def violations(root):
             if own not in rank:
                 found.append(f"{name}: {PAGE} does not place the folder {tree}/{own}")
                 continue
-            for include in re.findall(r'^#include "([^"]+)"', file.read_text(), re.MULTILINE):
+            for mark, include in re.findall(r'^#include (["<])([^">]+)', file.read_text(),
+                                            re.MULTILINE):
                 if (root / tree / include).exists():
                     other = folder_of(pathlib.Path(include))
                     if other != own and rank.get(other, -1) <= rank[own]:
                         found.append(f"{name}: includes {include}, which is not below {tree}/{own}")
+                elif mark == "<":
+                    pass  # a header of the system, or a public one
                 elif not any((root / used / include).exists() for used in uses[tree]):
                     found.append(f"{name}: includes {include}, which {tree}/ may not use")
     return found
@@ -71,7 +74,8 @@ class TheCheckItself(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             root = pathlib.Path(folder)
             files = {"low/a/a.h": "", "low/b/b.h": "", "low/c/c.h": "", "high/h.h": "", "low/top.h": ""}
-            files[file] = f'#include "{include}"\n'
+            quoted = include if include.startswith("<") else f'"{include}"'
+            files[file] = f"#include {quoted}\n"
             for name, text in files.items():
                 (root / name).parent.mkdir(parents=True, exist_ok=True)
                 (root / name).write_text(text)
@@ -82,12 +86,14 @@ class TheCheckItself(unittest.TestCase):
     def test_downwards_is_right(self):
         for file, include in (("low/a/x.cpp", "c/c.h"), ("low/a/x.cpp", "a/a.h"),
                               ("low/top.cpp", "b/b.h"), ("high/main.cpp", "a/a.h"),
-                              ("high/main.cpp", "h.h")):
+                              ("high/main.cpp", "h.h"), ("low/a/x.cpp", "<c/c.h>"),
+                              ("low/a/x.cpp", "<string>")):
             self.assertEqual(self.found_with(file, include), [], (file, include))
 
     def test_upwards_and_sideways_are_wrong(self):
         for file, include in (("low/c/x.cpp", "a/a.h"), ("low/a/x.cpp", "b/b.h"),
-                              ("low/a/x.h", "top.h")):
+                              ("low/a/x.h", "top.h"), ("low/c/x.cpp", "<a/a.h>"),
+                              ("low/a/x.h", "<top.h>")):
             self.assertEqual(len(self.found_with(file, include)), 1, (file, include))
 
     def test_another_tree_is_wrong_unless_it_is_used(self):
