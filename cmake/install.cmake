@@ -29,10 +29,11 @@ configure_file(cmake/nmos-instrument.pc.in nmos-instrument.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/nmos-instrument.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# In the same places as in the sources, since they link to one another.
+# Links between the documents keep working; those into the sources do not.
 set(documents_dir ${CMAKE_INSTALL_DATADIR}/doc/nmos-instrument)
 install(FILES LICENSE DESTINATION ${documents_dir} COMPONENT runtime)
-install(FILES README.md CHANGELOG.md DESTINATION ${documents_dir} COMPONENT development)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md
+  DESTINATION ${documents_dir} COMPONENT development)
 install(DIRECTORY docs DESTINATION ${documents_dir} COMPONENT development)
 
 if(NMOS_INSTRUMENT_PROGRAM)

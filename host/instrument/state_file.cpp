@@ -73,10 +73,10 @@ void set_aside(const std::string& file, const std::string& why)
 {
     const std::string aside = file + ".damaged-" + std::to_string(tai_now().seconds);
     if (std::rename(file.c_str(), aside.c_str()) == 0)
-        spdlog::error("--state {} is damaged: {}; it is now {}, and the instrument starts anew",
+        spdlog::error("--state {} is damaged: {}; it is now {}; starting with the configuration",
                       file, why, aside);
     else
-        spdlog::error("--state {} is damaged: {}; the instrument starts anew", file, why);
+        spdlog::error("--state {} is damaged: {}; starting with the configuration", file, why);
 }
 
 /// More than any state needs: a larger file is something else.

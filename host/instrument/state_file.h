@@ -24,8 +24,8 @@ void replace_file(const std::string& file, const std::string& text);
 /// one is renamed, and the log says so. Throws UnreadableFile.
 void restore_from(const std::string& file, Instrument& instrument);
 
-/// Keeps the state file up to date, on its own thread: all changes that come while it writes are in
-/// the next write together.
+/// Keeps the state file up to date, on its own thread: changes that arrive while it writes are
+/// saved together next time.
 class StateFile
 {
 public:

@@ -8,11 +8,12 @@
 
 namespace nmos_instrument::host {
 
-/// Visible ASCII as it is, other bytes as \xHH: text of a stranger cannot move a terminal's cursor.
+/// Visible ASCII as it is, other bytes as \xHH, so that text from a stranger cannot move a
+/// terminal's cursor.
 std::string printable(std::string_view text);
 
 /// `text` in quotes, for a message or the log: one line of visible ASCII, other bytes as \xHH, and
-/// shortened if it is long. So a client cannot forge a line of the log.
+/// shortened if it is long. This keeps clients from forging log lines.
 std::string in_quotes(std::string_view text);
 
 } // namespace nmos_instrument::host

@@ -121,10 +121,10 @@ public:
     /// half and the `sdp_` members of `sys`. Every line ends with CR LF.
     ///
     /// Intentional: much does not depend on the records, so a receiver always sees the same form.
-    /// There are two legs (the second is what leg 1 of the record holds, with a `leg_count` of 1
-    /// too); `master_enable` does not matter; the PTP domain is 127 and the TTL 64; video is
-    /// YCbCr-4:2:2, 10 bit, BT709, SDR, narrow sender. In the first leg the rtpmap line stands
-    /// before the fmtp line, in the second after it; the video fmtp line ends with a space.
+    /// There are two legs (the second is what leg 1 of the record holds, even if `leg_count` is
+    /// 1); `master_enable` does not matter; the PTP domain is 127 and the TTL 64; video is
+    /// YCbCr-4:2:2, 10 bit, BT709, SDR, narrow sender. In the first leg rtpmap precedes fmtp, in
+    /// the second it follows; the video fmtp line ends with a space.
     /// Addresses and ids are copied as they are. Ports are rounded and print like "%.0f"; NaN and
     /// infinity print as such and do not throw.
     ///

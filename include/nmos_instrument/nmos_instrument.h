@@ -19,7 +19,7 @@
 //   record_check.h        check_record        tells what is wrong with a record
 //   version.h             the version of the library
 //
-// Each of these headers has an example. All together:
+// Each of these headers except NetworkControlApi.h and version.h has an example. All together:
 //
 // ```cpp
 // std::unique_ptr<NMOS_IS04_ST> node(new NMOS_IS04_ST()); // all zero

@@ -161,9 +161,9 @@ struct SENDER_IS04_ST
     char device_id[48];      ///< "device_id": UUID; "null" means JSON null in the target body
     char manifest_href[128]; ///< "manifest_href": URL of the sender's SDP file
     char interface_bindings[10]
-                           [64]; ///< "interface_bindings": `name`s of node interfaces, leg order
-    /// "subscription": entry 0, if there is one. Intentional: later entries never show, since a
-    /// sender has one subscription in IS-04 v1.2.
+                           [64]; ///< "interface_bindings": `name`s of node interfaces, in leg order
+    /// "subscription": entry 0, if there is one. Intentional: later entries are never shown,
+    /// since a sender has one subscription in IS-04 v1.2.
     SUBSCRIPTION_IS04_ST subscription[9];
     std::uint8_t reserved_at_end[51]; ///< not read; keeps the layout
 };
@@ -180,8 +180,8 @@ struct RECEIVER_IS04_ST
     char device_id[48];                    ///< "device_id": UUID of the owning device
     char transport[32];                    ///< "transport": URN
     char interface_bindings[10]
-                           [64]; ///< "interface_bindings": `name`s of node interfaces, leg order
-    /// "subscription": entry 0, if there is one; as of a sender, later entries never show.
+                           [64]; ///< "interface_bindings": `name`s of node interfaces, in leg order
+    /// "subscription": entry 0, if there is one; as for a sender, later entries are never shown.
     SUBSCRIPTION_IS04_ST subscription[10];
     std::int32_t media_types_count; ///< valid entries of `media_types`, 0 to 12
     char format[32];                ///< "format": URN

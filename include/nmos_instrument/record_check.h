@@ -60,7 +60,7 @@
 namespace nmos_instrument {
 
 /// What is wrong with the node; empty when nothing is. A cleared record has findings: an empty id
-/// is no UUID.
+/// is not a UUID.
 ///
 /// A record without findings gives bodies that the schemas of IS-04 v1.2 accept. The rules:
 ///
@@ -108,8 +108,8 @@ NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS04_ST&
 /// - `mode`: "activate_immediate", "activate_scheduled_absolute", "activate_scheduled_relative" or
 ///   "null".
 /// - `requested_time`, `activation_time`: a time or "null".
-/// - of a receiver `transport_file_type`: a media type or "null"; "null" stands in both of
-///   `transport_file_data` and this, or in none.
+/// - of a receiver `transport_file_type`: a media type or "null"; this and
+///   `transport_file_data` are both "null" or neither is.
 /// - of each leg in use `source_ip`, `destination_ip`, of a receiver `interface_ip` too: IPv4 or
 ///   "null". "auto" is allowed in a staged half only, since active parameters are resolved: in both
 ///   addresses of a sender and in `interface_ip` of a receiver.

@@ -21,7 +21,7 @@ enum class UnsetAddress
 };
 
 /// The body of a sender's staged or active half. `staged` is the staged half of the same sender:
-/// there "source_port" comes from, since the record holds no source port.
+/// "source_port" comes from there, since the record holds no source port.
 void write_sender_connection(JsonText& text, const CONNECTION_HALF_IS05_ST& half,
                              const CONNECTION_HALF_IS05_ST& staged, UnsetAddress unset);
 

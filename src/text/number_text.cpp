@@ -80,8 +80,8 @@ long long leading_integer(std::string_view text) noexcept
 
 double leading_double(const std::string& text)
 {
-    // std::from_chars is no strtod: it refuses white space, "+" and "0x", and leaves overflow to
-    // the caller.
+    // std::from_chars is not strtod: it refuses white space, "+" and "0x", and leaves overflow
+    // to the caller.
     const locale_t c_locale = newlocale(LC_ALL_MASK, "C", nullptr);
     if (c_locale == nullptr)
         throw std::bad_alloc();

@@ -131,7 +131,7 @@ TEST(NodeApiCounts, AboveTheCapacityAreTheCapacity)
 {
     for (const auto& [name, capacity, last_entry_shows, field] : count_fields) {
         const auto rec = example_node(0x2F);
-        // The background is no number of entries.
+        // The background is not a number of entries.
         for (const CountField& other : count_fields)
             other.field(*rec) = 0;
         rec->devices_count = 4;

@@ -87,7 +87,7 @@ TEST(NodeApiText, EveryByteIsWrittenAsJsonSaysAtEveryPlaceOfAField)
     written[0x5C] = R"(\\)";
     written[0x7F] = R"(\u007f)";
 
-    // 20 bytes are no whole number of the blocks that a writer may take at once.
+    // 20 bytes are not a whole number of the blocks that a writer may take at once.
     const auto rec = empty_node();
     rec->sources_count = 1;
     auto& field = rec->sources[0].clock_name;

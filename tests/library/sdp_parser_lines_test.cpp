@@ -81,7 +81,7 @@ TEST(SdpParserOrigin, IsTheSourceAddress)
         refused("o=IN IP4 300.0.0.1", "IN IP4 300.0.0.1 is invalid source address.\n"),
         refused("o=IN IP4 host.example", "IN IP4 host.example is invalid source address.\n"),
         refused("o=IN IP4 ", "IN IP4  is invalid source address.\n"),
-        // To the end of the line: a slash is no terminator here.
+        // To the end of the line: a slash is not a terminator here.
         refused("o=IN IP4 192.168.10.1/24", "IN IP4 192.168.10.1/24 is invalid source address.\n"),
         refused("o=IN IP4 10.0.0.1;", "IN IP4 10.0.0.1; is invalid source address.\n"),
         // Without the second key there is nothing to check.

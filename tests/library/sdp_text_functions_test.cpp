@@ -294,7 +294,7 @@ TEST(SplitString, ReadsTheLeadingIntegerOfTheRest)
         {"99999999999999999999999999999999", "2147483647"},
         {"-99999999999999999999999999999999", "-2147483648"},
         {"00000000000000000000000000000000000000000042", "42"},
-        // A NUL ends the number like any other byte that is no digit.
+        // A NUL ends the number like any other byte that is not a digit.
         {"4\0002"s, "4"},
         {"\00042"s, "0"},
     };

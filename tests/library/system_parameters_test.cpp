@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The instrument's settings: where each of them lies in the table, and the document made of them.
+// The instrument's settings: the ends of its arrays, and the document made of them.
 
 #include "nmos_instrument/system_parameters.h"
 

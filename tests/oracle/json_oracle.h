@@ -25,7 +25,7 @@
 
 namespace oracle {
 
-// json_oracle_values.cpp: what all bodies are made of.
+// json_values.cpp: what all bodies are made of.
 
 /// Up to the first NUL, at most the whole field.
 std::string text_before_nul(const char* field, std::size_t width);
@@ -78,7 +78,7 @@ std::string with_plain_slashes(const picojson::value& body);
 /// Plain textual replacement, from left to right.
 std::string replaced(const std::string& text, const std::string& from, const std::string& to);
 
-// json_oracle_resources.cpp: the resources that the Node and the Registration API share.
+// json_resources.cpp: the resources that the Node and the Registration API share.
 
 picojson::value node(const NMOS_IS04_ST& record);
 enum class Tags
@@ -94,12 +94,12 @@ picojson::value sender(const SENDER_IS04_ST& sender);
 picojson::value receiver(const RECEIVER_IS04_ST& receiver);
 picojson::value receiver_target(const SENDER_IS04_ST& sender);
 
-// json_oracle_membership.cpp
+// json_membership.cpp
 
 bool is_insert_node_senders(int all_senders, int label_index);
 bool is_insert_node_receivers(int video_only, int audio_group_mode, int label_index);
 
-// json_oracle_node_api.cpp
+// json_node_api.cpp
 
 std::string make_self(const NMOS_IS04_ST& record);
 std::string make_sources(const NMOS_IS04_ST& record);
@@ -116,7 +116,7 @@ std::string make_receivers(const NMOS_IS04_ST& record, int receiver_filter, int 
 std::string make_receiverid(const NMOS_IS04_ST& record, int index);
 std::string make_receiverid_target(const SENDER_IS04_ST& sender);
 
-// json_oracle_registration_api.cpp
+// json_registration_api.cpp
 
 void update_version(NMOS_IS04_ST& record);
 void update_ip_address(NMOS_IS04_ST& record, const std::string& ip, const std::string& port);
@@ -134,7 +134,7 @@ std::string make_resource_senderid(const NMOS_IS04_ST& record, int index);
 std::string make_resource_receivers(const NMOS_IS04_ST& record);
 std::string make_resource_receiverid(const NMOS_IS04_ST& record, int index);
 
-// json_oracle_connection_api.cpp; the listings of ids are no JSON values but text
+// json_connection_api.cpp; the listings of ids are not JSON values but text
 
 std::string make_single_senderid_staged(const NMOS_IS05_ST& state, int index);
 std::string make_single_senderid_active(const NMOS_IS05_ST& state, int index);
@@ -143,7 +143,7 @@ std::string make_single_receiverid_active(NMOS_IS05_ST& state, int index);
 std::string make_single_senders(const NMOS_IS04_ST& record, bool all);
 std::string make_single_receivers(const NMOS_IS04_ST& record, int restricted, int audio_mode);
 
-// json_oracle_parameters.cpp
+// json_parameters.cpp
 
 std::string make_param_json(const st_param_sys& parameters);
 

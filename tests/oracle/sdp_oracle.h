@@ -15,12 +15,12 @@
 
 namespace oracle {
 
-// sdp_oracle_parser.cpp
+// sdp_parser.cpp
 
 int analyze_sdp_file(const std::string& sdp, bool switch_capable, short current_format,
                      bool switch_allowed, std::string& errors, sdp_str& out);
 
-// sdp_oracle_lines.cpp
+// sdp_lines.cpp
 
 std::string convert_crlf(const std::string& text, const std::string& newline);
 
@@ -34,7 +34,7 @@ SplitText split_string(const std::string& text, const std::string& delimiter, in
 
 std::string make_fullpath_from_request(const std::string& request_line);
 
-// sdp_oracle_writer.cpp
+// sdp_writer.cpp
 
 std::string make_single_senderid_sdp(const NMOS_IS05_ST& state, int index,
                                      const st_param_sys& parameters);

@@ -16,7 +16,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-TEST(CommandLine, HelpIsNoWrongUse)
+TEST(CommandLine, HelpIsNotWrongUse)
 {
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"--help"}, {"print", "--help"}, {"check-sdp", "-h"}}) {

@@ -116,7 +116,7 @@ TEST(Print, ListsEveryTextWithItsIndices)
                        }));
 }
 
-// Indented or not it must be the same JSON; and what is no JSON must be the same bytes.
+// Indented or not it must be the same JSON; and what is not JSON must be the same bytes.
 TEST(Print, PrintsEveryListedTextInBothWays)
 {
     for (const ListedText& text : listed_texts()) {

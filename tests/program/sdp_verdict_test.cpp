@@ -90,7 +90,7 @@ TEST(JudgeSdp, TracesEachMessageToItsLine)
                             "4: IN IP4 nowhere is invalid multicast address."));
 }
 
-TEST(JudgeSdp, KeepsTheBlankAtTheEndOfAMessage)
+TEST(JudgeSdp, KeepsTheSpaceAtTheEndOfAMessage)
 {
     ReceivingInstrument instrument;
     instrument.current_format = 9;
