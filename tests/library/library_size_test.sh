@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # The stripped shared library must not outgrow what an instrument has room for. Each limit is the
-# measured size and a little more. A third of it are the JSON bodies: the writer is compiled into
+# measured size and a little more. A quarter of it is the JSON bodies: the writer is compiled into
 # each of them, since they would take up to four times as long.
 # Usage: library_size_test.sh STRIP LIBRARY BUILD_TYPE
 set -eu
@@ -19,7 +19,7 @@ machine=$(od -An -tu2 -j18 -N2 "$library" | tr -d ' ')
 case $machine in
 40) cpu=armhf limit=110592 ;;  # 108 KiB: the instruments' own CPU
 62) cpu=x86-64 limit=143360 ;; # 140 KiB
-3) cpu=i386 limit=147456 ;;
+3) cpu=i386 limit=155648 ;;    # 152 KiB
 *)
     echo "skipped: no limit is set for ELF machine $machine"
     exit 77

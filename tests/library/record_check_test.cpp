@@ -785,9 +785,9 @@ const ConnectionCase connection_fields[] = {
     {"TransportFileOfData", [](NMOS_IS05_ST& r) {
          set_text(r.receivers[0].staged.transport_file_data, "v=0\r\n");
      }, {"receivers[0].staged.transport_file_type is \"null\", \"null\" must stand in both "
-         "transport_file_data and this field or in none"}},
+         "transport_file_data and this field or in neither"}},
     TEXT("TransportFileOfType", receivers[0].staged.transport_file_type, "application/sdp",
-         "\"null\" must stand in both transport_file_data and this field or in none"),
+         "\"null\" must stand in both transport_file_data and this field or in neither"),
     {"TransportFile", [](NMOS_IS05_ST& r) {
          set_text(r.receivers[0].staged.transport_file_data, "v=0\r\n");
          set_text(r.receivers[0].staged.transport_file_type, "application/sdp");
