@@ -14,8 +14,24 @@ constexpr std::size_t interface_count = 2; ///< media interfaces: primary and se
 constexpr std::size_t leg_count = 2;
 constexpr std::size_t source_count = 3; ///< video, audio, ancillary data
 constexpr std::size_t flow_count = 3;   ///< one for each source
-constexpr std::size_t sender_count = 6;
-constexpr std::size_t receiver_count = 24;
+
+// Senders: video of the IP streams, audio, ancillary data.
+constexpr std::size_t audio_sender = stream_count;
+constexpr std::size_t ancillary_sender = audio_sender + 1;
+constexpr std::size_t sender_count = ancillary_sender + 1;
+
+// Receivers: video of the IP streams; audio groups G1 to G4 of stream 1, of stream 2 ...; ancillary
+// data of the streams.
+constexpr std::size_t audio_group_count = 4;
+constexpr std::size_t first_audio_receiver = stream_count;
+constexpr std::size_t first_ancillary_receiver =
+    first_audio_receiver + audio_group_count * stream_count;
+constexpr std::size_t receiver_count = first_ancillary_receiver + stream_count;
+
+// The library's rules for what the node shows count senders and receivers among the default labels
+// (Nmos.h).
+constexpr int first_sender_label = 13;
+constexpr int first_receiver_label = 17;
 
 /// What a sender or receiver carries. The values are the positions of its source and flow.
 enum class Essence : std::size_t
@@ -32,16 +48,16 @@ constexpr std::size_t index_of(Essence essence)
 
 constexpr Essence essence_of_sender(std::size_t sender)
 {
-    if (sender < 4)
+    if (sender < audio_sender)
         return Essence::video;
-    return sender == 4 ? Essence::audio : Essence::ancillary;
+    return sender == audio_sender ? Essence::audio : Essence::ancillary;
 }
 
 constexpr Essence essence_of_receiver(std::size_t receiver)
 {
-    if (receiver < 4)
+    if (receiver < first_audio_receiver)
         return Essence::video;
-    return receiver < 20 ? Essence::audio : Essence::ancillary;
+    return receiver < first_ancillary_receiver ? Essence::audio : Essence::ancillary;
 }
 
 } // namespace nmos_instrument::host

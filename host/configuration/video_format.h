@@ -11,6 +11,12 @@
 
 namespace nmos_instrument::host {
 
+// Codes of the instrument's video formats, one of each class that ConnectionApi::analyze_sdp_file
+// tells apart.
+constexpr short format_2k = 0;  ///< stays at 2K
+constexpr short format_any = 3; ///< free to switch from 2K to 4K
+constexpr short format_4k = 9;  ///< set to 4K
+
 enum class PictureSize
 {
     lines_2160,

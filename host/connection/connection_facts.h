@@ -11,6 +11,7 @@
 
 #include "configuration/configuration.h"
 #include "configuration/resource_counts.h"
+#include "configuration/video_format.h"
 #include "connection/connection_patch.h"
 
 namespace nmos_instrument::host {
@@ -27,7 +28,7 @@ struct ConnectionFacts
     std::vector<std::string> media_types;               ///< receivers, like "video/raw"
     bool switch_capable = true;                         ///< between 2K and 4K
     bool switch_allowed = true;
-    short current_format = 3; ///< as ConnectionApi::analyze_sdp_file takes it
+    short current_format = format_any; ///< as ConnectionApi::analyze_sdp_file takes it
 };
 
 ConnectionFacts facts_about(const Configuration& configuration, const NMOS_IS04_ST& node,

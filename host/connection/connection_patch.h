@@ -42,12 +42,6 @@ struct ConnectionKey
     auto operator<=>(const ConnectionKey&) const = default; // NOLINT(modernize-use-nullptr)
 };
 
-/// This text in a staged half means that the instrument chooses.
-constexpr std::string_view auto_text = "auto";
-
-/// "auto" for ports (IS-05 v1.0).
-constexpr int auto_port = 5004;
-
 /// Members that are not set stay as they are. Addresses are texts as in the record: a dotted quad,
 /// "auto", or "null" for JSON null.
 struct LegPatch

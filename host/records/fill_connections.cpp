@@ -48,7 +48,6 @@ CONNECTION_HALF_IS05_ST sender_half(const Configuration& configuration, std::siz
 
 CONNECTION_HALF_IS05_ST receiver_half(const Configuration& configuration)
 {
-    constexpr int default_port = 5004; // IS-05 v1.0, "auto" for destination_port
     CONNECTION_HALF_IS05_ST half{};
     start_half(half, false);
     for (std::size_t i = 0; i < leg_count; ++i) {
@@ -56,7 +55,7 @@ CONNECTION_HALF_IS05_ST receiver_half(const Configuration& configuration)
         set_text(leg.source_ip, null_text);
         set_text(leg.destination_ip, null_text);
         set_text(leg.interface_ip, configuration.interfaces[i].address);
-        leg.destination_port = default_port;
+        leg.destination_port = auto_port;
         leg.rtp_enabled = 1;
     }
     return half;

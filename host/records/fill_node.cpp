@@ -48,19 +48,15 @@ std::string sender_description(std::size_t sender)
 /// "Audio group G3 received by IP stream 2"
 std::string receiver_description(std::size_t receiver)
 {
-    constexpr std::size_t first_audio = stream_count;
-    constexpr std::size_t groups = 4;
-    constexpr std::size_t first_ancillary = first_audio + groups * stream_count;
-
     const Essence essence = essence_of_receiver(receiver);
     const std::string name = facts_of_essence(essence).name;
     if (essence == Essence::video)
         return name + " received by " + stream_name(receiver);
     if (essence == Essence::ancillary)
-        return name + " received by " + stream_name(receiver - first_ancillary);
-    const std::size_t place = receiver - first_audio;
-    return name + " group G" + std::to_string(place % groups + 1) + " received by " +
-           stream_name(place / groups);
+        return name + " received by " + stream_name(receiver - first_ancillary_receiver);
+    const std::size_t place = receiver - first_audio_receiver;
+    return name + " group G" + std::to_string(place % audio_group_count + 1) + " received by " +
+           stream_name(place / audio_group_count);
 }
 
 /// How many of the kinds video, audio and ancillary data the instrument sends.

@@ -52,9 +52,7 @@ void set_sdp_session(Records& records, std::size_t sender)
 
 short current_format(const Configuration& configuration)
 {
-    constexpr short class_of_4k = 9;
-    constexpr short class_of_2k = 3;
-    return configuration.video.lines == PictureSize::lines_2160 ? class_of_4k : class_of_2k;
+    return configuration.video.lines == PictureSize::lines_2160 ? format_4k : format_any;
 }
 
 } // namespace nmos_instrument::host

@@ -76,12 +76,12 @@ void fill_settings(const Configuration& configuration, st_param_sys& settings)
 
     // Only IP stream 1 sends audio and ancillary data; the other streams keep zeros.
     if (configuration.streams.sender_essences == Essences::all) {
-        const SenderDestinations& audio = configuration.destinations[4];
+        const SenderDestinations& audio = configuration.destinations[audio_sender];
         set_leg(settings.pri_audio_masks[0][0], settings.pri_audio_addresses[0][0],
                 settings.pri_audio_dst_port[0], 0, audio.primary);
         set_leg(settings.sec_audio_masks[0][0], settings.sec_audio_addresses[0][0],
                 &settings.sec_audio_dst_port[0], 1, audio.secondary);
-        const SenderDestinations& ancillary = configuration.destinations[5];
+        const SenderDestinations& ancillary = configuration.destinations[ancillary_sender];
         set_leg(settings.pri_anc_masks[0], settings.pri_anc_addresses[0],
                 settings.pri_anc_dst_port[0], 0, ancillary.primary);
         set_leg(settings.sec_anc_masks[0], settings.sec_anc_addresses[0],

@@ -14,6 +14,12 @@ namespace nmos_instrument::host {
 /// This text in a record's field stands for JSON null.
 constexpr std::string_view null_text = "null";
 
+/// In a staged half this text means that the instrument chooses.
+constexpr std::string_view auto_text = "auto";
+
+/// "auto" for ports (IS-05 v1.0): the record holds numbers.
+constexpr int auto_port = 5004;
+
 /// Writes `text` into a record's field and fills the rest with zeros. Texts from outside have been
 /// measured before: a text that does not fit is a mistake of this program. It throws
 /// std::length_error and leaves the field unchanged.

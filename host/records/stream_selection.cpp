@@ -4,6 +4,8 @@
 
 #include <nmos_instrument/nmos_instrument.h>
 
+#include "configuration/resource_counts.h"
+
 namespace nmos_instrument::host {
 namespace {
 
@@ -33,16 +35,14 @@ StreamSelection selection_of(const StreamSettings& streams)
 
 bool StreamSelection::shows_sender(std::size_t sender) const
 {
-    constexpr int first_label = 13;
-    return Nmos().is_insert_node_senders(sender_filter, first_label + static_cast<int>(sender)) !=
-           0;
+    return Nmos().is_insert_node_senders(sender_filter,
+                                         first_sender_label + static_cast<int>(sender)) != 0;
 }
 
 bool StreamSelection::shows_receiver(std::size_t receiver) const
 {
-    constexpr int first_label = 17;
     return Nmos().is_insert_node_receivers(receiver_filter, audio_group_filter,
-                                           first_label + static_cast<int>(receiver)) != 0;
+                                           first_receiver_label + static_cast<int>(receiver)) != 0;
 }
 
 } // namespace nmos_instrument::host

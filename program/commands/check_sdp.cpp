@@ -3,13 +3,15 @@
 #include "commands/check_sdp.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iostream>
+#include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "commands/number_option.h"
 #include "commands/sdp_report.h"
 #include "commands/sdp_verdict.h"
 #include "text/whole_file.h"
@@ -68,19 +70,18 @@ ExitStatus check_sdp(const CheckSdpOptions& options)
 /// The library's code of a video format; only the class of the code matters.
 short format_code(const std::string& word)
 {
-    for (const auto& [name, code] : {std::pair{"2k", 0}, {"4k", 9}, {"any", 3}}) {
+    constexpr std::pair<const char*, short> words[] = {
+        {"2k", host::format_2k}, {"4k", host::format_4k}, {"any", host::format_any}};
+    for (const auto& [name, code] : words) {
         if (word == name)
-            return static_cast<short>(code);
+            return code;
     }
-    short code = 0;
-    const char* const end = word.data() + word.size();
-    const auto [rest, error] = std::from_chars(word.data(), end, code);
-    if (error != std::errc() || rest != end)
-        throw CLI::ValidationError("--current-format",
-                                   "found \"" + word +
-                                       "\", allowed: 2k, 4k, any, or a number from -32768 to "
-                                       "32767");
-    return code;
+    const std::optional<long long> code = parse_number(word);
+    if (!code || *code < std::numeric_limits<short>::min() ||
+        *code > std::numeric_limits<short>::max())
+        throw CLI::ValidationError(
+            "--current-format", refusal_of(word, "2k, 4k, any, or a number from -32768 to 32767"));
+    return static_cast<short>(*code);
 }
 
 /// "--NAME" and "--no-NAME" for something that is true by default.

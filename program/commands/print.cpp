@@ -3,8 +3,8 @@
 #include "commands/print.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +12,7 @@
 
 #include "commands/configuration_options.h"
 #include "commands/indent_json.h"
+#include "commands/number_option.h"
 #include "commands/texts.h"
 #include "records/fill_records.h"
 
@@ -54,23 +55,32 @@ void list_texts(const host::Records& records, std::ostream& out)
     }
 }
 
-/// The number that `word` spells, if it is one.
-std::optional<int> parse_number(const std::string& word)
-{
-    int number = 0;
-    const char* const end = word.data() + word.size();
-    const auto [rest, error] = std::from_chars(word.data(), end, number);
-    if (error != std::errc() || rest != end)
-        return std::nullopt;
-    return number;
-}
-
 /// The index that `word` spells, if it is below `count`.
 std::optional<int> parse_index(const std::string& word, std::size_t count)
 {
-    const std::optional<int> index = parse_number(word);
+    const std::optional<long long> index = parse_number(word);
     if (!index || *index < 0 || static_cast<std::size_t>(*index) >= count)
         return std::nullopt;
+    return static_cast<int>(*index);
+}
+
+/// The index that the options ask for, 0 for a text that takes none; nothing when it cannot be, which
+/// has been said.
+std::optional<int> index_for(const Text& text, const std::string& word, const TextInput& input)
+{
+    if (text.count == nullptr) {
+        if (word.empty())
+            return 0;
+        std::cerr << "print " << text.name << ": takes no INDEX, found \"" << word << '"' << hint
+                  << '\n';
+        return std::nullopt;
+    }
+    const std::size_t count = text.count(input.records);
+    const std::optional<int> index = parse_index(word, count);
+    if (!index)
+        std::cerr << "print " << text.name << ": INDEX "
+                  << (word.empty() ? "is missing" : "cannot be \"" + word + '"') << " ("
+                  << range_of(count) << ")\n";
     return index;
 }
 
@@ -78,44 +88,19 @@ ExitStatus print_text(const PrintOptions& options, const TextInput& input)
 {
     // A second word is either part of the name or an index.
     const Text* text = find_text(options.text + ' ' + options.index);
-    const bool second_word_is_name = text != nullptr;
-    if (!second_word_is_name)
+    const std::string index_word = text != nullptr ? "" : options.index;
+    if (text == nullptr)
         text = find_text(options.text);
     if (text == nullptr) {
         std::cerr << "print: no text \"" << options.text << '"' << hint << '\n';
         return wrong_use;
     }
-
-    int index = 0;
-    if (text->count != nullptr) {
-        const std::size_t count = text->count(input.records);
-        const std::optional<int> found = parse_index(options.index, count);
-        if (!found) {
-            std::cerr << "print " << text->name << ": INDEX "
-                      << (options.index.empty() ? "is missing"
-                                                : "cannot be \"" + options.index + '"')
-                      << " (" << range_of(count) << ")\n";
-            return wrong_use;
-        }
-        index = *found;
-    } else if (!options.index.empty() && !second_word_is_name) {
-        std::cerr << "print " << text->name << ": takes no INDEX, found \"" << options.index << '"'
-                  << hint << '\n';
+    const std::optional<int> index = index_for(*text, index_word, input);
+    if (!index)
         return wrong_use;
-    }
-
-    const std::string made = text->make(input, index);
+    const std::string made = text->make(input, *index);
     std::cout << (options.pretty && text->form == TextForm::json ? indent_json(made) : made);
     return done;
-}
-
-/// Any whole number that an int holds; `values` says what they mean.
-CLI::Validator one_of(const std::string& values)
-{
-    return {[values](const std::string& word) {
-                return parse_number(word) ? "" : "found \"" + word + "\", allowed: " + values;
-            },
-            ""};
 }
 
 ExitStatus print(const PrintOptions& options)
@@ -168,14 +153,17 @@ void add_print_command(CLI::App& program, ExitStatus& status)
         "indent JSON for people to read; without it the bytes are those of the library");
     const auto add_filter = [command](const char* name, std::optional<int>& filter,
                                       const char* values) {
-        command->add_option(name, filter, values)->check(one_of(values))->type_name("N");
+        command->add_option(name, filter, values)
+            ->check(whole_number(std::numeric_limits<int>::min(), std::numeric_limits<int>::max(),
+                                 values))
+            ->type_name("N");
     };
     add_filter("--receiver-filter", options->receiver_filter,
-               "0: all kinds of receivers; another number: video only");
+               "0 (all kinds of receivers) or another number (video only)");
     add_filter("--audio-group-filter", options->audio_group_filter,
-               "0: group G1; 1: G1 and G2; another number: all four");
+               "0 (group G1), 1 (G1 and G2) or another number (all four)");
     add_filter("--sender-filter", options->sender_filter,
-               "0: without the video senders of streams 2 to 4; another number: all");
+               "0 (without the video senders of streams 2 to 4) or another number (all)");
     options->configuration.add_to(*command);
     command->callback([options, &status] { status = print(*options); });
 }

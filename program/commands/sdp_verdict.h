@@ -8,13 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "configuration/video_format.h"
+
 namespace nmos_instrument::program {
 
 /// The instrument whose receivers are offered the file.
 struct ReceivingInstrument
 {
     bool switch_capable = true;
-    short current_format = 3;
+    short current_format = host::format_any;
     bool switch_allowed = true;
 };
 

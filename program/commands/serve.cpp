@@ -16,6 +16,7 @@
 #include <spdlog/spdlog.h>
 
 #include "commands/configuration_options.h"
+#include "commands/number_option.h"
 #include "http/manifest_fetcher.h"
 #include "http/server.h"
 #include "instrument/activation_thread.h"
@@ -186,13 +187,14 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
         ->type_name("FILE");
     command
         ->add_option("--port", options->port, "TCP port, instead of the one in the configuration")
-        ->check(CLI::Range(1, 65535))
+        ->check(whole_number(1, 65535, "1 to 65535"))
         ->type_name("PORT");
     command->add_flag("--first-free-port", options->first_free_port,
                       "if the port is in use, serve at the next free one");
     command
         ->add_option("--connections-per-address", options->connections_per_address,
                      "how many connections one client may have at once; 0: no limit")
+        ->check(whole_number(0, 1'000'000, "0 to 1000000"))
         ->capture_default_str()
         ->type_name("N");
     command->add_option("--log-level", options->log_level, "how much is logged to standard error")

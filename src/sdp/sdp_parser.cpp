@@ -28,8 +28,8 @@ constexpr std::string_view switch_denied = "Switching 2K/4K is denied by the set
 /// The frame sizes that the instrument knows.
 enum class SizeClass
 {
-    hd,
-    uhd,
+    size_2k,
+    size_4k,
     unknown
 };
 
@@ -37,9 +37,9 @@ enum class SizeClass
 SizeClass size_class(std::string_view width, std::string_view height)
 {
     if (width == "3840" && height == "2160")
-        return SizeClass::uhd;
+        return SizeClass::size_4k;
     if ((width == "1920" && height == "1080") || (width == "1280" && height == "720"))
-        return SizeClass::hd;
+        return SizeClass::size_2k;
     return SizeClass::unknown;
 }
 
@@ -62,25 +62,25 @@ struct SizeRule
 /// What each frame size means to an instrument in its current format.
 struct SizeRules
 {
-    SizeRule progressive_uhd;
-    SizeRule progressive_hd;
-    SizeRule interlaced_hd;
+    SizeRule progressive_4k;
+    SizeRule progressive_2k;
+    SizeRule interlaced_2k;
 };
 
-/// Its format is a UHD one: HD would be a switch.
-constexpr SizeRules in_uhd{
+/// It is set to 4K: 2K would be a switch.
+constexpr SizeRules set_to_4k{
     {SwitchCheck::capable_only, true},
     {SwitchCheck::capable_then_allowed, true},
     {SwitchCheck::capable_then_allowed, true},
 };
-/// Its format is an HD one: UHD would be a switch.
-constexpr SizeRules in_hd{
+/// It is free: 2K is taken as it comes, 4K would be a switch.
+constexpr SizeRules free_to_switch{
     {SwitchCheck::capable_then_allowed, true},
     {SwitchCheck::silent, true},
     {SwitchCheck::silent, true},
 };
-/// Its format excludes UHD: only this size is not stored. HD would be a switch too.
-constexpr SizeRules never_uhd{
+/// It stays at 2K: a 4K size is not even stored. 2K would be a switch too.
+constexpr SizeRules fixed_2k{
     {SwitchCheck::denied_if_capable, false},
     {SwitchCheck::capable_then_allowed, true},
     {SwitchCheck::denied, true},
@@ -92,15 +92,15 @@ const SizeRules& size_rules(short current_format)
     switch (current_format) {
     case 9:
     case 10:
-        return in_uhd;
+        return set_to_4k;
     case 0:
     case 1:
     case 2:
     case 7:
     case 8:
-        return never_uhd;
+        return fixed_2k;
     default:
-        return in_hd;
+        return free_to_switch;
     }
 }
 
@@ -312,15 +312,15 @@ private:
     {
         const SizeClass size = size_class(width, height);
         const SizeRules& rules = size_rules(format_switch_.current_format);
-        if (interlaced && size == SizeClass::hd)
-            apply_size_rule(rules.interlaced_hd, width, height, interlaced);
+        if (interlaced && size == SizeClass::size_2k)
+            apply_size_rule(rules.interlaced_2k, width, height, interlaced);
         else if (interlaced)
             complain_of_pair("(width= ", width, ", height= ", height,
                              ", interlace) is no support parameter.\n");
-        else if (size == SizeClass::uhd)
-            apply_size_rule(rules.progressive_uhd, width, height, interlaced);
-        else if (size == SizeClass::hd)
-            apply_size_rule(rules.progressive_hd, width, height, interlaced);
+        else if (size == SizeClass::size_4k)
+            apply_size_rule(rules.progressive_4k, width, height, interlaced);
+        else if (size == SizeClass::size_2k)
+            apply_size_rule(rules.progressive_2k, width, height, interlaced);
         else
             complain_of_pair("(width= ", width, ", height= ", height,
                              ") is no support parameter. \n");

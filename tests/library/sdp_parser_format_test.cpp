@@ -77,9 +77,10 @@ TEST(SdpParserSampling, IsTakenWithADepthOf10Alone)
 constexpr const char* not_supported = "Switching 2K/4K is not supported. \n";
 constexpr const char* denied = "Switching 2K/4K is denied by the setting. \n";
 
-constexpr short class_a[] = {9, 10};
-constexpr short class_b[] = {0, 1, 2, 7, 8};
-constexpr short class_c[] = {SHRT_MIN, -256, -2, -1, 3, 4, 5, 6, 11, 12, 13, 256, 265, SHRT_MAX};
+constexpr short set_to_4k[] = {9, 10};
+constexpr short fixed_2k[] = {0, 1, 2, 7, 8};
+constexpr short free_to_switch[] = {SHRT_MIN, -256, -2, -1, 3,   4,   5,
+                                    6,        11,   12, 13, 256, 265, SHRT_MAX};
 
 struct Size
 {
@@ -135,37 +136,37 @@ void expect_size(const Size& size, bool interlaced, const short (&formats)[N], c
 
 TEST(SdpParserSize, ProgressiveUhd)
 {
-    expect_size(uhd, false, class_a, {not_supported, not_supported, "", "", true});
-    expect_size(uhd, false, class_b, {not_supported, not_supported, denied, denied, false});
-    expect_size(uhd, false, class_c, {not_supported, not_supported, denied, "", true});
+    expect_size(uhd, false, set_to_4k, {not_supported, not_supported, "", "", true});
+    expect_size(uhd, false, fixed_2k, {not_supported, not_supported, denied, denied, false});
+    expect_size(uhd, false, free_to_switch, {not_supported, not_supported, denied, "", true});
 }
 
 TEST(SdpParserSize, ProgressiveHd1080)
 {
-    expect_size(hd_1080, false, class_a, {not_supported, not_supported, denied, "", true});
-    expect_size(hd_1080, false, class_b, {not_supported, not_supported, denied, "", true});
-    expect_size(hd_1080, false, class_c, silent);
+    expect_size(hd_1080, false, set_to_4k, {not_supported, not_supported, denied, "", true});
+    expect_size(hd_1080, false, fixed_2k, {not_supported, not_supported, denied, "", true});
+    expect_size(hd_1080, false, free_to_switch, silent);
 }
 
 TEST(SdpParserSize, ProgressiveHd720)
 {
-    expect_size(hd_720, false, class_a, {not_supported, not_supported, denied, "", true});
-    expect_size(hd_720, false, class_b, {not_supported, not_supported, denied, "", true});
-    expect_size(hd_720, false, class_c, silent);
+    expect_size(hd_720, false, set_to_4k, {not_supported, not_supported, denied, "", true});
+    expect_size(hd_720, false, fixed_2k, {not_supported, not_supported, denied, "", true});
+    expect_size(hd_720, false, free_to_switch, silent);
 }
 
 TEST(SdpParserSize, InterlacedHd1080)
 {
-    expect_size(hd_1080, true, class_a, {not_supported, not_supported, denied, "", true});
-    expect_size(hd_1080, true, class_b, {denied, denied, denied, denied, true});
-    expect_size(hd_1080, true, class_c, silent);
+    expect_size(hd_1080, true, set_to_4k, {not_supported, not_supported, denied, "", true});
+    expect_size(hd_1080, true, fixed_2k, {denied, denied, denied, denied, true});
+    expect_size(hd_1080, true, free_to_switch, silent);
 }
 
 TEST(SdpParserSize, InterlacedHd720)
 {
-    expect_size(hd_720, true, class_a, {not_supported, not_supported, denied, "", true});
-    expect_size(hd_720, true, class_b, {denied, denied, denied, denied, true});
-    expect_size(hd_720, true, class_c, silent);
+    expect_size(hd_720, true, set_to_4k, {not_supported, not_supported, denied, "", true});
+    expect_size(hd_720, true, fixed_2k, {denied, denied, denied, denied, true});
+    expect_size(hd_720, true, free_to_switch, silent);
 }
 
 TEST(SdpParserSize, InterlacedUhdIsRefusedByEveryInstrument)
@@ -173,9 +174,9 @@ TEST(SdpParserSize, InterlacedUhdIsRefusedByEveryInstrument)
     constexpr const char* message =
         "(width= 3840, height= 2160, interlace) is no support parameter.\n";
     const SizeCell refused = {message, message, message, message, false};
-    expect_size(uhd, true, class_a, refused);
-    expect_size(uhd, true, class_b, refused);
-    expect_size(uhd, true, class_c, refused);
+    expect_size(uhd, true, set_to_4k, refused);
+    expect_size(uhd, true, fixed_2k, refused);
+    expect_size(uhd, true, free_to_switch, refused);
 }
 
 TEST(SdpParserSize, OtherProgressiveSizesAreRefusedByEveryInstrument)
@@ -203,9 +204,9 @@ TEST(SdpParserSize, OtherProgressiveSizesAreRefusedByEveryInstrument)
     };
     for (const auto& row : rows) {
         const SizeCell refused = {row.message, row.message, row.message, row.message, false};
-        expect_size(row.size, false, class_a, refused);
-        expect_size(row.size, false, class_b, refused);
-        expect_size(row.size, false, class_c, refused);
+        expect_size(row.size, false, set_to_4k, refused);
+        expect_size(row.size, false, fixed_2k, refused);
+        expect_size(row.size, false, free_to_switch, refused);
     }
 }
 
@@ -225,9 +226,9 @@ TEST(SdpParserSize, OtherInterlacedSizesAreRefusedByEveryInstrument)
     };
     for (const auto& row : rows) {
         const SizeCell refused = {row.message, row.message, row.message, row.message, false};
-        expect_size(row.size, true, class_a, refused);
-        expect_size(row.size, true, class_b, refused);
-        expect_size(row.size, true, class_c, refused);
+        expect_size(row.size, true, set_to_4k, refused);
+        expect_size(row.size, true, fixed_2k, refused);
+        expect_size(row.size, true, free_to_switch, refused);
     }
 }
 

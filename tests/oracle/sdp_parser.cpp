@@ -98,9 +98,9 @@ public:
 private:
     enum class FormatClass
     {
-        a,
-        b,
-        c
+        set_to_4k,
+        fixed_2k,
+        free_to_switch
     };
 
     static FormatClass class_of(short current_format)
@@ -108,15 +108,15 @@ private:
         switch (current_format) {
         case 9:
         case 10:
-            return FormatClass::a;
+            return FormatClass::set_to_4k;
         case 0:
         case 1:
         case 2:
         case 7:
         case 8:
-            return FormatClass::b;
+            return FormatClass::fixed_2k;
         default:
-            return FormatClass::c;
+            return FormatClass::free_to_switch;
         }
     }
 
@@ -290,15 +290,15 @@ private:
     void progressive_uhd(const std::string& width, const std::string& height)
     {
         switch (format_class_) {
-        case FormatClass::a:
+        case FormatClass::set_to_4k:
             if (!switch_capable_)
                 errors_ += no_switch;
             accept_size(width, height, false);
             break;
-        case FormatClass::b:
+        case FormatClass::fixed_2k:
             errors_ += switch_capable_ ? switch_denied : no_switch;
             break;
-        case FormatClass::c:
+        case FormatClass::free_to_switch:
             switch_check();
             accept_size(width, height, false);
             break;
@@ -307,16 +307,16 @@ private:
 
     void progressive_hd(const std::string& width, const std::string& height)
     {
-        if (format_class_ != FormatClass::c)
+        if (format_class_ != FormatClass::free_to_switch)
             switch_check();
         accept_size(width, height, false);
     }
 
     void interlaced_hd(const std::string& width, const std::string& height)
     {
-        if (format_class_ == FormatClass::a)
+        if (format_class_ == FormatClass::set_to_4k)
             switch_check();
-        if (format_class_ == FormatClass::b)
+        if (format_class_ == FormatClass::fixed_2k)
             errors_ += switch_denied;
         accept_size(width, height, true);
     }

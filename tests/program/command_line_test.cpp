@@ -31,8 +31,9 @@ TEST(CommandLine, HelpNamesValuesInWords)
 {
     EXPECT_THAT(run_program({"print", "--help"}).out, Not(HasSubstr("2147483648")));
     EXPECT_THAT(run_program({"print", "--help"}).out,
-                HasSubstr("0: group G1; 1: G1 and G2; another number: all four"));
+                HasSubstr("0 (group G1), 1 (G1 and G2) or another number (all four)"));
     EXPECT_THAT(run_program({"check-sdp", "--help"}).out, HasSubstr("2k|4k|any|N"));
+    EXPECT_THAT(run_program({"serve", "--help"}).out, Not(HasSubstr("INT in")));
 }
 
 TEST(CommandLine, NamesItsVersion)
@@ -69,10 +70,14 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
         {{"print", "self", "0", "0"}, "0"},
         {{"print", "self", "--nicely"}, "--nicely"},
         {{"print", "self", "--sender-filter", "all"},
-         "--sender-filter: found \"all\", allowed: 0: without the video senders of streams 2 to 4; "
-         "another number: all"},
+         "--sender-filter: found \"all\", allowed: 0 (without the video senders of streams 2 to 4) "
+         "or "
+         "another number (all)"},
         {{"print", "self", "--config"}, "--config"},
         {{"print", "--print-config", "--check-config"}, "--print-config"},
+        {{"serve", "--port", "0"}, "--port: found \"0\", allowed: 1 to 65535"},
+        {{"serve", "--connections-per-address", "-1"},
+         "--connections-per-address: found \"-1\", allowed: 0 to 1000000"},
         {{"check-sdp"}, "FILE is required"},
         {{"check-sdp", "-", "-"}, "FILE: standard input (\"-\") can be read only once"},
         {{"check-sdp", "-", "--current-format", "32768"},
