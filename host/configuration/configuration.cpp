@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 #include "configuration/configuration_keys.h"
 #include "configuration/configuration_reader.h"
 #include "configuration/configuration_writer.h"

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 namespace nmos_instrument::host {
 namespace {
 
@@ -106,6 +108,11 @@ void ConfigurationReader::finish()
 void ConfigurationReader::refuse_combination(const std::string& pointer, const std::string& what)
 {
     findings_.push_back(file_ + ": " + pointer + ": " + what);
+}
+
+bool ConfigurationReader::is_same(const nlohmann::json& found, std::string_view json)
+{
+    return found == nlohmann::json::parse(json);
 }
 
 const json* ConfigurationReader::look_up(std::string_view key)

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "configuration/configuration_keys.h"
 #include "configuration/value_rules.h"
@@ -40,7 +40,7 @@ public:
         if (found == nullptr)
             return;
         for (const Choice<Meaning>& choice : choices) {
-            if (*found == nlohmann::json::parse(choice.json)) {
+            if (is_same(*found, choice.json)) {
                 value = choice.meaning;
                 return;
             }
@@ -82,6 +82,7 @@ private:
         std::vector<std::string> known_keys;
     };
 
+    static bool is_same(const nlohmann::json& found, std::string_view json);
     const nlohmann::json* look_up(std::string_view key);
     std::string pointer_to(std::string_view key) const;
     void refuse(std::string_view key, const nlohmann::json& found, const std::string& allowed);

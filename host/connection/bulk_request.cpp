@@ -2,6 +2,8 @@
 
 #include "connection/bulk_request.h"
 
+#include <nlohmann/json.hpp>
+
 #include "connection/json_place.h"
 #include "text/uuid.h"
 

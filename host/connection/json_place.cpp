@@ -2,9 +2,16 @@
 
 #include "connection/json_place.h"
 
+#include <nlohmann/json.hpp>
+
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
+
+JsonPlace JsonPlace::element(std::size_t index) const
+{
+    return {value_[index], path_ + '/' + std::to_string(index), findings_};
+}
 
 void JsonPlace::refuse(std::string_view allowed) const
 {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "connection/findings.h"
 
@@ -26,10 +26,7 @@ public:
     {
         return {value, path_ + '/' + escaped(key), findings_};
     }
-    JsonPlace element(std::size_t index) const
-    {
-        return {value_[index], path_ + '/' + std::to_string(index), findings_};
-    }
+    JsonPlace element(std::size_t index) const;
 
     /// Refuses the value: says what was found and what is allowed, the latter in these words.
     void refuse(std::string_view allowed) const;

@@ -6,6 +6,8 @@
 #include <span>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include <nmos_instrument/nmos_instrument.h>
 
 #include "connection/json_place.h"

@@ -3,7 +3,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_CONNECTION_PARSE_PATCH_H
 #define NMOS_INSTRUMENT_HOST_CONNECTION_PARSE_PATCH_H
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "connection/connection_patch.h"
 #include "connection/findings.h"

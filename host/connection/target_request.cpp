@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include <nlohmann/json.hpp>
+
 #include "connection/json_place.h"
 #include "records/record_text.h"
 #include "text/uuid.h"

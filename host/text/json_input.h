@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 namespace nmos_instrument::host {
 

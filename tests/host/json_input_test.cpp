@@ -5,6 +5,7 @@
 #include <string>
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 namespace nmos_instrument::host {
 namespace {
