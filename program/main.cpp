@@ -14,6 +14,7 @@
 #include "commands/exit_status.h"
 #include "commands/print.h"
 #include "commands/serve.h"
+#include "text/word_list.h"
 
 namespace {
 
@@ -32,13 +33,13 @@ bool is_unknown_command(const CLI::App& program, int argc, char** argv)
     if (argc < 2 || argv[1][0] == '-' || argv[1][0] == '\0')
         return false;
     const auto commands = program.get_subcommands([](const CLI::App*) { return true; });
-    std::string names;
+    const auto name_of = [](const CLI::App* command) { return command->get_name(); };
     for (const CLI::App* const command : commands) {
-        if (command->get_name() == argv[1])
+        if (name_of(command) == argv[1])
             return false;
-        names += (names.empty() ? "" : ", ") + command->get_name();
     }
-    std::cerr << "no command \"" << argv[1] << "\"; there are " << names << '\n';
+    std::cerr << "no command \"" << argv[1] << "\"; there are "
+              << nmos_instrument::host::word_list(commands, name_of) << '\n';
     return true;
 }
 

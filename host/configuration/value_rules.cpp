@@ -5,26 +5,11 @@
 #include <algorithm>
 #include <string_view>
 
+#include "text/ascii.h"
 #include "text/ipv4_address.h"
 
 namespace nmos_instrument::host {
 namespace {
-
-// The functions of <cctype> depend on the locale and must not be given negative chars.
-bool is_digit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-bool is_letter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool is_hexadecimal_digit(char c)
-{
-    return is_digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
 
 bool is_control(char c)
 {
@@ -70,7 +55,7 @@ bool rewrite_octets(std::string& text, int octets)
         } else {
             if (!is_hexadecimal_digit(c))
                 return false;
-            rewritten += static_cast<char>(is_letter(c) ? c | 0x20 : c);
+            rewritten += to_lower(c);
         }
     }
     text = rewritten;

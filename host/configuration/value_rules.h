@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "text/word_list.h"
+
 namespace nmos_instrument::host {
 
 struct TextRule
@@ -58,13 +60,7 @@ struct Choice
 template <class Meaning, std::size_t N>
 std::string list_of(const std::array<Choice<Meaning>, N>& choices)
 {
-    std::string list;
-    for (const Choice<Meaning>& choice : choices) {
-        if (!list.empty())
-            list += ", ";
-        list += choice.json;
-    }
-    return list;
+    return word_list(choices, &Choice<Meaning>::json);
 }
 
 } // namespace nmos_instrument::host

@@ -14,6 +14,7 @@
 #include "records/record_text.h"
 #include "text/ipv4_address.h"
 #include "text/uuid.h"
+#include "text/word_list.h"
 #include "time/tai_time.h"
 
 namespace nmos_instrument::host {
@@ -29,24 +30,12 @@ struct Member
     void (*read)(const JsonPlace& place, Target& target);
 };
 
-template <class Target>
-std::string names_of(std::span<const Member<Target>> members)
-{
-    std::string names;
-    for (const Member<Target>& member : members) {
-        if (!names.empty())
-            names += ", ";
-        names += member.name;
-    }
-    return names;
-}
-
 /// False if `place` is not an object.
 template <class Target>
 bool read_object(const JsonPlace& place, std::span<const Member<Target>> members, Target& target)
 {
     if (!place.value().is_object()) {
-        place.refuse("an object with any of " + names_of(members));
+        place.refuse("an object with any of " + word_list(members, &Member<Target>::name));
         return false;
     }
     for (const auto& [key, value] : place.value().items()) {
@@ -59,7 +48,7 @@ bool read_object(const JsonPlace& place, std::span<const Member<Target>> members
         if (known != nullptr)
             known->read(found, target);
         else
-            found.say("unknown member, allowed: " + names_of(members));
+            found.say("unknown member, allowed: " + word_list(members, &Member<Target>::name));
     }
     return true;
 }

@@ -14,6 +14,7 @@
 #include "records/record_text.h"
 #include "text/ipv4_address.h"
 #include "text/quoted_text.h"
+#include "text/word_list.h"
 
 namespace nmos_instrument::host {
 namespace {
@@ -41,8 +42,7 @@ std::optional<sdp_str> analyze(const std::string& text, const ConnectionFacts& r
         if (status == 200)
             return found;
     } catch (const std::out_of_range&) {
-        refusal += "a line lacks its second value: \"a=group:DUP\" takes two names, "
-                   "\"a=source-filter: incl IN IP4\" two addresses\n";
+        refusal += "a line" + std::string(lacks_second_value) + '\n';
     }
     return std::nullopt;
 }
@@ -99,17 +99,6 @@ std::optional<LegPatch> leg_of(const sdp_str& found, std::size_t leg)
     return patch;
 }
 
-std::string list_of(const std::vector<std::string>& words)
-{
-    std::string list;
-    for (const std::string& word : words) {
-        if (!list.empty())
-            list += ", ";
-        list += word;
-    }
-    return list;
-}
-
 } // namespace
 
 TransportFileReading read_transport_file(const std::string& sdp, const ConnectionFacts& receiver)
@@ -129,8 +118,8 @@ TransportFileReading read_transport_file(const std::string& sdp, const Connectio
             continue;
         reading.refusal += "line " + std::to_string(medium.first_line + 1) + ": found medium " +
                            in_quotes(medium.kind) + " with encoding " +
-                           in_quotes(list_of(medium.encodings)) +
-                           ", this receiver takes: " + list_of(receiver.media_types) + '\n';
+                           in_quotes(word_list(medium.encodings)) +
+                           ", this receiver takes: " + word_list(receiver.media_types) + '\n';
     }
     if (!reading.refusal.empty())
         return reading;

@@ -4,19 +4,16 @@
 
 #include <algorithm>
 
+#include "text/ascii.h"
+
 namespace nmos_instrument::host {
 namespace {
-
-char lower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 /// Upper and lower case are the same in encoding names (RFC 4855 3).
 bool same_name(std::string_view a, std::string_view b)
 {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
+                      [](char x, char y) { return to_lower(x) == to_lower(y); });
 }
 
 /// Cuts the text before `separator`, and the separator, off the beginning of `rest`.

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <exception>
 #include <iterator>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -122,7 +123,11 @@ void restore_from(const std::string& file, Instrument& instrument)
 StateFile::StateFile(std::string file, Instrument& instrument)
     : file_(std::move(file)), instrument_(instrument)
 {
-    replace_file(file_, write_saved_state(instrument_.saved_state()));
+    try {
+        replace_file(file_, write_saved_state(instrument_.saved_state()));
+    } catch (const std::system_error& error) {
+        throw std::runtime_error("--state " + file_ + ": cannot be written: " + error.what());
+    }
     thread_ = std::thread([this] { run(); });
 }
 

@@ -29,7 +29,7 @@ void restore_from(const std::string& file, Instrument& instrument);
 class StateFile
 {
 public:
-    /// Writes the file for the first time. Throws std::system_error if it cannot be written.
+    /// Writes the file for the first time. Throws std::runtime_error if it cannot be written.
     StateFile(std::string file, Instrument& instrument);
 
     /// Writes the last changes.

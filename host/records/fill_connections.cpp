@@ -2,19 +2,18 @@
 
 #include "records/fill_connections.h"
 
+#include <algorithm>
 #include <string>
 
 #include "records/record_text.h"
+#include "text/ascii.h"
 
 namespace nmos_instrument::host {
 namespace {
 
 std::string upper_case(std::string text)
 {
-    for (char& c : text) {
-        if (c >= 'a' && c <= 'z')
-            c = static_cast<char>(c - 'a' + 'A');
-    }
+    std::transform(text.begin(), text.end(), text.begin(), to_upper);
     return text;
 }
 

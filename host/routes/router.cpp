@@ -12,6 +12,7 @@
 
 #include "http/error_response.h"
 #include "routes/routes.h"
+#include "text/ascii.h"
 #include "text/json_input.h"
 #include "text/quoted_text.h"
 
@@ -39,8 +40,7 @@ bool is_json(const std::optional<std::string>& content_type)
     std::string type = content_type->substr(0, content_type->find(';'));
     type.erase(0, type.find_first_not_of(" \t"));
     type.erase(type.find_last_not_of(" \t") + 1);
-    std::transform(type.begin(), type.end(), type.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; });
+    std::transform(type.begin(), type.end(), type.begin(), to_lower);
     return type.empty() || type.ends_with("/json") || type.ends_with("+json");
 }
 

@@ -9,6 +9,8 @@
 
 #include <nmos_instrument/nmos_instrument.h>
 
+#include "connection/read_transport_file.h"
+
 namespace nmos_instrument::program {
 namespace {
 
@@ -194,9 +196,8 @@ SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrume
     }
     if (outcome == Outcome::gave_up) {
         verdict.cause = last_line == 0 ? "a line" : "line " + std::to_string(last_line);
-        verdict.cause += " lacks its second value: \"a=group:DUP\" takes two names, "
-                         "\"a=source-filter: incl IN IP4\" two addresses; the lines after it "
-                         "were not examined";
+        verdict.cause += host::lacks_second_value;
+        verdict.cause += "; the lines after it were not examined";
     }
     verdict.hints = hints_about(sdp, lines, verdict);
     return verdict;

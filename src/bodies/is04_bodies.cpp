@@ -89,8 +89,8 @@ void write_component(JsonWriter& json, const FLOW_IS04_ST& flow, std::string_vie
 }
 
 /// Intentional: only the first entry is shown, since a sender or receiver has one subscription.
-template <std::size_t K, std::size_t N>
-void write_subscription(JsonWriter& json, const char (&peer_key)[K],
+template <std::size_t N>
+void write_subscription(JsonWriter& json, std::string_view peer_key,
                         const SUBSCRIPTION_IS04_ST (&entries)[N], std::int32_t count)
 {
     json.key("subscription").begin_object();

@@ -3,6 +3,7 @@
 #include "bodies/is05_bodies.h"
 
 #include <cstddef>
+#include <string_view>
 
 #include "records/record_fields.h"
 
@@ -19,9 +20,8 @@ void write_activation(JsonWriter& json, const CONNECTION_HALF_IS05_ST& half)
 }
 
 /// What all four bodies begin with.
-template <std::size_t N>
 void write_common_part(JsonWriter& json, const CONNECTION_HALF_IS05_ST& half,
-                       const char (&peer_key)[N])
+                       std::string_view peer_key)
 {
     write_activation(json, half);
     json.flag("master_enable", half.master_enable);

@@ -9,6 +9,7 @@
 
 #include "json/key_order.h"
 #include "json/ordinary_bytes.h"
+#include "json/slashes.h"
 #include "text/text_buffer.h"
 
 namespace nmos_instrument {

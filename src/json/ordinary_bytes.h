@@ -14,6 +14,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "json/slashes.h"
+
 #if defined(NMOS_INSTRUMENT_PORTABLE)
 #elif defined(__SSE2__)
 #define NMOS_INSTRUMENT_USE_SSE2
@@ -24,13 +26,6 @@
 #endif
 
 namespace nmos_instrument {
-
-/// How '/' is written in JSON text: both forms are the same JSON value.
-enum class Slashes
-{
-    plain,
-    escaped
-};
 
 /// Copies `size` bytes and marks those that end the text or need an escape: NUL, control bytes,
 /// quotation mark, backslash, 0x7F and, with escaped slashes, the slash.

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Kinds of ASCII characters. Not those of <cctype>: they depend on the locale, and a negative char is
+// undefined behaviour there.
+
+#ifndef NMOS_INSTRUMENT_HOST_TEXT_ASCII_H
+#define NMOS_INSTRUMENT_HOST_TEXT_ASCII_H
+
+namespace nmos_instrument::host {
+
+constexpr bool is_digit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+constexpr bool is_upper_case(char c)
+{
+    return c >= 'A' && c <= 'Z';
+}
+
+constexpr bool is_lower_case(char c)
+{
+    return c >= 'a' && c <= 'z';
+}
+
+constexpr bool is_letter(char c)
+{
+    return is_upper_case(c) || is_lower_case(c);
+}
+
+constexpr bool is_hexadecimal_digit(char c)
+{
+    return is_digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+constexpr char to_lower(char c)
+{
+    return is_upper_case(c) ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+constexpr char to_upper(char c)
+{
+    return is_lower_case(c) ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+} // namespace nmos_instrument::host
+
+#endif
