@@ -47,8 +47,9 @@ void check_transport_file(const RecordPart& part, const CONNECTION_HALF_IS05_ST&
     if (part.text_or_null("transport_file_type", half.transport_file_type, media_type) &&
         data_is_text &&
         holds(half.transport_file_data, "null") != holds(half.transport_file_type, "null"))
-        part.report("transport_file_type", half.transport_file_type,
-                    {"\"null\" must stand in both transport_file_data and this field or in neither"});
+        part.report(
+            "transport_file_type", half.transport_file_type,
+            {"\"null\" must stand in both transport_file_data and this field or in neither"});
 }
 
 /// `with_auto`: "auto" is allowed in a staged half only, since active parameters are resolved.
