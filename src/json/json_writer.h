@@ -14,6 +14,9 @@
 //         json.end_object();
 //     }
 //
+// The writer is not the text itself: with the position in the text, where other functions see it, a
+// list of receivers takes 1.3 times as long, a node 1.5 times.
+//
 // - Only one writer at a time is in use on a text.
 // - Members are written in ascending byte order of their keys, each key once; a debug build asserts
 //   it.
