@@ -180,11 +180,12 @@ class Durability(unittest.TestCase):
                     self.assertNotIn("is damaged", instrument.log)
 
     def test_a_place_that_cannot_be_written(self):
-        for file in (self.folder / "nothing" / "state", self.folder):
+        for file, why in ((self.folder / "nothing" / "state", "cannot be written: "),
+                          (self.folder, "Is a directory")):
             run = subprocess.run([PROGRAM, "serve", "--first-free-port", "--state", str(file)],
                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=30)
             self.assertEqual(run.returncode, 2)
-            self.assertIn(str(file), run.stderr.decode())
+            self.assertIn(f"--state {file}: {why}", run.stderr.decode())
 
     def test_trouble_while_it_runs_is_shown(self):
         with self.start() as instrument:
