@@ -22,6 +22,8 @@ constexpr PathId path_ids[] = {
 /// Null if the segment stands for itself.
 const PathId* path_id(std::string_view segment)
 {
+    if (!segment.starts_with('{')) // most segments, for each route of each request
+        return nullptr;
     const auto* const found = std::find_if(std::begin(path_ids), std::end(path_ids),
                                            [&](const PathId& id) { return id.segment == segment; });
     return found == std::end(path_ids) ? nullptr : found;
