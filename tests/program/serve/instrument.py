@@ -13,6 +13,7 @@ import unittest
 PROGRAM = os.environ.get("NMOS_INSTRUMENT", "nmos-instrument")
 PORT = os.environ.get("NMOS_PORT", "23000")
 EXAMPLES = pathlib.Path(os.environ.get("NMOS_EXAMPLES", "docs/examples"))
+FAULTS = pathlib.Path(os.environ.get("NMOS_FAULTS", "build/release/tests/program/faults"))
 
 NODE = "/x-nmos/node/v1.2"
 CONNECTION = "/x-nmos/connection/v1.0"
@@ -37,10 +38,21 @@ class Answer:
         return f"{self.status} {self.text}"
 
 
+def with_fault(name, **variables):
+    """The environment of a program on a machine with the fault tests/program/faults/<name>.cpp,
+    controlled by the variables. Skips the test if this build does not have it."""
+    library = FAULTS / f"{name}.so"
+    if not library.exists():
+        raise unittest.SkipTest(f"this build has no {name}")
+    # The sanitizers want to be the first library; after a fault they work as well.
+    sanitizer = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
+    return {**os.environ, "LD_PRELOAD": str(library), "ASAN_OPTIONS": sanitizer, **variables}
+
+
 class Instrument:
     """The program at work; `with` ends it."""
 
-    def __init__(self, *options, configuration=None):
+    def __init__(self, *options, configuration=None, environment=None):
         self.folder = tempfile.TemporaryDirectory()
         arguments = [PROGRAM, "serve", "--first-free-port", "--port", PORT,
                      "--log-level", "debug", *options]
@@ -50,7 +62,8 @@ class Instrument:
             arguments += ["--config", str(path)]
         self.log_path = pathlib.Path(self.folder.name) / "log"
         with self.log_path.open("wb") as log:
-            self.process = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=log)
+            self.process = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=log,
+                                            env=environment)
         self.url = self.process.stdout.readline().decode().strip()
         if not self.url:
             raise AssertionError("it did not start: " + self.log)
