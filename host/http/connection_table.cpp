@@ -2,6 +2,7 @@
 
 #include "http/connection_table.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -27,10 +28,19 @@ bool has_ended(int socket)
 
 } // namespace
 
-Connection& ConnectionTable::add(int socket, std::string peer)
+Connection& ConnectionTable::add(int socket, std::string peer, std::uint32_t address,
+                                 const EventLoop& loop)
 {
     const std::lock_guard lock(mutex_);
-    Connection& connection = connections_.emplace_back(socket, std::move(peer));
+    AddressShare& share = shares_[address];
+    ++share.connections;
+    try {
+        connections_.emplace_back(socket, std::move(peer), address, share, loop);
+    } catch (...) {
+        leave(address, share);
+        throw;
+    }
+    Connection& connection = connections_.back();
     connection.place = std::prev(connections_.end());
     if (watch_sleeps_)
         watch_.notify_all();
@@ -42,8 +52,55 @@ void ConnectionTable::remove(Connection& connection)
     std::list<Connection> removed;
     const std::lock_guard lock(mutex_);
     removed.splice(removed.begin(), connections_, connection.place);
+    if (connection.is_ending) {
+        --connection.share.ending;
+        --ending_;
+    }
+    leave(connection.address, connection.share);
     if (connections_.empty())
         emptied_.notify_all();
+}
+
+void ConnectionTable::leave(std::uint32_t address, AddressShare& share)
+{
+    if (--share.connections == 0)
+        shares_.erase(address);
+}
+
+std::size_t ConnectionTable::count_of(std::uint32_t address)
+{
+    const std::lock_guard lock(mutex_);
+    const auto share = shares_.find(address);
+    return share == shares_.end() ? 0 : share->second.staying();
+}
+
+void ConnectionTable::make_room(std::size_t most)
+{
+    const std::lock_guard lock(mutex_);
+    if (connections_.size() - ending_ < most)
+        return;
+    const auto greediest =
+        std::max_element(shares_.begin(), shares_.end(), [](const auto& left, const auto& right) {
+            return left.second.staying() < right.second.staying();
+        });
+    Connection* chosen = nullptr;
+    for (Connection& connection : connections_) {
+        if (connection.address != greediest->first || connection.is_ending)
+            continue;
+        if (chosen == nullptr)
+            chosen = &connection;
+        if (!connection.has_request) {
+            chosen = &connection;
+            break;
+        }
+    }
+    if (chosen == nullptr)
+        return;
+    chosen->is_ending = true;
+    ++chosen->share.ending;
+    ++ending_;
+    // Its server thread notices and closes the connection.
+    shutdown(chosen->socket, SHUT_RDWR);
 }
 
 void ConnectionTable::end_overdue()

@@ -6,23 +6,47 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
+#include <cstdint>
 #include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <utility>
 
+#include "http/event_loop.h"
 #include "http/exchange.h"
+#include "http/memory_budget.h"
 #include "http/pending_answer.h"
 
 namespace nmos_instrument::host {
+
+/// What the connections of one client address hold together.
+struct AddressShare
+{
+    MemoryBudget memory; ///< of their request bodies and answers
+
+    // Under the table's lock:
+    std::size_t connections = 0;
+    std::size_t ending = 0; ///< how many of them end to make room for others
+
+    std::size_t staying() const { return connections - ending; }
+};
 
 /// A client's connection. It belongs to its server thread, except where a comment says otherwise.
 struct Connection
 {
     using Clock = std::chrono::steady_clock;
 
-    Connection(int its_socket, std::string its_peer) : socket(its_socket), peer(std::move(its_peer))
+    Connection(int its_socket, std::string its_peer, std::uint32_t its_address,
+               AddressShare& its_share, const EventLoop& its_loop)
+        : socket(its_socket),
+          peer(std::move(its_peer)),
+          address(its_address),
+          share(its_share),
+          loop(its_loop)
     {}
 
     void set_deadline(Clock::duration from_now)
@@ -33,7 +57,13 @@ struct Connection
     void clear_deadline() { deadline.store(Clock::time_point::max(), std::memory_order_relaxed); }
 
     const int socket;
-    const std::string peer;
+    const std::string peer; ///< "192.0.2.1:50123"
+    const std::uint32_t address;
+    AddressShare& share;
+    const EventLoop& loop; ///< of its server thread
+
+    /// Of the request that is being read, in libmicrohttpd's memory.
+    std::string_view target;
 
     /// From the end of the headers until the answer has been sent.
     std::unique_ptr<Exchange> exchange;
@@ -45,6 +75,7 @@ struct Connection
     std::atomic<bool> has_answered{false}; ///< since the watchdog last looked
 
     // Under the table's lock:
+    bool is_ending = false; ///< to make room for others
     std::shared_ptr<PendingAnswer> late_answer;
     std::list<Connection>::iterator place;
 };
@@ -53,10 +84,19 @@ struct Connection
 class ConnectionTable
 {
 public:
-    Connection& add(int socket, std::string peer);
+    /// `address` is that in `peer`.
+    Connection& add(int socket, std::string peer, std::uint32_t address, const EventLoop& loop);
 
     /// Call it before the socket is closed: its number may soon belong to another connection.
     void remove(Connection& connection);
+
+    /// How many connections the address has; those that are ending do not count.
+    std::size_t count_of(std::uint32_t address);
+
+    /// If there are `most` connections or more, ends one of the address that has most of them: its
+    /// oldest without a request, or else its oldest. So whoever comes finds room, however many
+    /// connections somebody else holds.
+    void make_room(std::size_t most);
 
     /// Ends the connections whose deadline has passed, and those whose client has finished sending
     /// and has received its answer.
@@ -80,8 +120,12 @@ public:
     void close_watch();
 
 private:
+    void leave(std::uint32_t address, AddressShare& share);
+
     std::mutex mutex_;
-    std::list<Connection> connections_;
+    std::list<Connection> connections_; ///< the oldest first
+    std::size_t ending_ = 0;            ///< how many of them end to make room for others
+    std::map<std::uint32_t, AddressShare> shares_;
     std::condition_variable emptied_;
     std::condition_variable watch_;
     bool watch_sleeps_ = false; ///< until the next connection comes

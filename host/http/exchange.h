@@ -27,6 +27,8 @@ struct Exchange
     bool is_late = false;
 
     int status = 0; ///< of the queued answer
+
+    std::size_t memory = 0; ///< taken for the body, later for the answer
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };
 

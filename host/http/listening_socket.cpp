@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -59,6 +60,14 @@ ListeningSocket::~ListeningSocket()
 {
     if (descriptor_ >= 0)
         close(descriptor_);
+}
+
+int ListeningSocket::duplicate() const
+{
+    const int copy = fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
+    if (copy < 0)
+        throw std::system_error(errno, std::generic_category(), "listening socket");
+    return copy;
 }
 
 ListeningSocket listen_at_first_free_port(const std::string& address, std::uint16_t port)

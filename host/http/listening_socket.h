@@ -26,8 +26,9 @@ public:
 
     std::uint16_t port() const { return port_; }
 
-    /// Gives the descriptor to the caller, who has to close it.
-    int release() { return std::exchange(descriptor_, -1); }
+    /// Another descriptor of the same socket, which the caller has to close. Throws
+    /// std::system_error.
+    int duplicate() const;
 
 private:
     int descriptor_;

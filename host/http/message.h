@@ -32,7 +32,8 @@ struct HttpRequest
     std::string peer;
 };
 
-/// Content-Length, Date, Connection and `Access-Control-Allow-Origin: *` are added by the server.
+/// Content-Length, Date, Connection, `Access-Control-Allow-Origin: *` and
+/// `X-Content-Type-Options: nosniff` are added by the server.
 struct HttpResponse
 {
     int status = 200;

@@ -15,8 +15,10 @@ void PendingAnswer::give(HttpResponse response)
         return;
     given_ = true;
     response_ = std::move(response);
-    if (std::exchange(suspended_, false))
+    if (std::exchange(suspended_, false)) {
         MHD_resume_connection(connection_);
+        loop_.wake();
+    }
 }
 
 bool PendingAnswer::is_given()

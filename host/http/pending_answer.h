@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 
+#include "http/event_loop.h"
 #include "http/message.h"
 
 struct MHD_Connection;
@@ -18,7 +19,10 @@ namespace nmos_instrument::host {
 class PendingAnswer
 {
 public:
-    explicit PendingAnswer(MHD_Connection* connection) : connection_(connection) {}
+    /// `loop` is that of the server thread.
+    PendingAnswer(MHD_Connection* connection, const EventLoop& loop)
+        : connection_(connection), loop_(loop)
+    {}
 
     /// From any thread. Only the first answer counts, and none counts after the request has ended.
     void give(HttpResponse response);
@@ -37,6 +41,7 @@ public:
 private:
     std::mutex mutex_;
     MHD_Connection* connection_;
+    const EventLoop& loop_;
     std::optional<HttpResponse> response_;
     bool given_ = false;
     bool suspended_ = false;

@@ -47,7 +47,8 @@ bool queue(MHD_Connection* connection, HttpResponse& answer, AfterAnswer after)
     if (answer.status < 200 || answer.status > 599)
         return false;
     const ResponsePointer response = response_around(std::move(answer.body));
-    if (!response || !add_header(*response, "Access-Control-Allow-Origin", "*"))
+    if (!response || !add_header(*response, "Access-Control-Allow-Origin", "*") ||
+        !add_header(*response, "X-Content-Type-Options", "nosniff"))
         return false;
     if (!answer.content_type.empty() &&
         !add_header(*response, "Content-Type", answer.content_type.c_str()))

@@ -11,9 +11,10 @@
 #include <strings.h>
 
 #include "http/error_response.h"
-#include "http/queue_response.h"
+#include "http/framing.h"
 #include "http/report.h"
 #include "http/request_path.h"
+#include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
 
@@ -69,7 +70,7 @@ private:
 } // namespace
 
 MHD_Result RequestFlow::begin(Connection& connection, MHD_Connection* mhd, const char* target,
-                              const char* method)
+                              const char* method, const char* version)
 {
     connection.exchange = std::make_unique<Exchange>();
     Exchange& exchange = *connection.exchange;
@@ -82,14 +83,15 @@ MHD_Result RequestFlow::begin(Connection& connection, MHD_Connection* mhd, const
     request.peer = connection.peer;
     connection.set_deadline(options_.body_deadline);
 
+    if (const auto fault = framing_fault(mhd, method, connection.target, version))
+        return send_last(connection, mhd, error_response(400, "Malformed request", *fault));
     const char* coding = header(mhd, MHD_HTTP_HEADER_TRANSFER_ENCODING);
     if (coding != nullptr && strcasecmp(coding, "chunked") != 0) {
-        // The end of the body cannot be found. libmicrohttpd closes the connection after this
-        // answer.
-        return send(connection, mhd,
-                    error_response(501, "Transfer coding not supported",
-                                   "Transfer-Encoding: found " + std::string(coding) +
-                                       ", allowed: chunked"));
+        // The end of the body cannot be found.
+        return send_last(
+            connection, mhd,
+            error_response(501, "Transfer coding not supported",
+                           "Transfer-Encoding: found " + in_quotes(coding) + ", allowed: chunked"));
     }
     if (announced_length(mhd) > options_.body_limit) {
         if (waits_before_body(mhd))
@@ -99,27 +101,20 @@ MHD_Result RequestFlow::begin(Connection& connection, MHD_Connection* mhd, const
     return MHD_YES;
 }
 
-void RequestFlow::take_body(Exchange& exchange, const char* data, std::size_t size)
+void RequestFlow::take_body(Connection& connection, const char* data, std::size_t size)
 {
+    Exchange& exchange = *connection.exchange;
     if (exchange.refusal)
         return;
     std::string& body = exchange.request.body;
     if (size > options_.body_limit - body.size()) {
-        release_body(exchange);
+        release_body(connection);
         exchange.refusal = too_long();
-        return;
-    }
-    if (body_memory_.fetch_add(size) + size > options_.body_memory) {
-        body_memory_ -= size;
-        release_body(exchange);
+    } else if (!take_memory(connection, size)) {
+        release_body(connection);
         exchange.refusal = error_response(503, "Too many request bodies at once");
-        return;
-    }
-    try {
+    } else {
         body.append(data, size);
-    } catch (...) {
-        body_memory_ -= size;
-        throw;
     }
 }
 
@@ -129,11 +124,29 @@ HttpResponse RequestFlow::too_long() const
                           "more than " + std::to_string(options_.body_limit) + " bytes");
 }
 
-void RequestFlow::release_body(Exchange& exchange)
+bool RequestFlow::take_memory(Connection& connection, std::size_t bytes)
 {
-    std::string& body = exchange.request.body;
-    body_memory_ -= body.size();
-    std::string().swap(body);
+    if (!connection.share.memory.take(bytes, options_.memory_per_address))
+        return false;
+    if (!memory_.take(bytes, options_.memory)) {
+        connection.share.memory.give_back(bytes);
+        return false;
+    }
+    connection.exchange->memory += bytes;
+    return true;
+}
+
+void RequestFlow::give_back_memory(Connection& connection)
+{
+    const std::size_t bytes = std::exchange(connection.exchange->memory, 0);
+    connection.share.memory.give_back(bytes);
+    memory_.give_back(bytes);
+}
+
+void RequestFlow::release_body(Connection& connection)
+{
+    std::string().swap(connection.exchange->request.body);
+    give_back_memory(connection);
 }
 
 MHD_Result RequestFlow::finish(Connection& connection, MHD_Connection* mhd)
@@ -143,8 +156,8 @@ MHD_Result RequestFlow::finish(Connection& connection, MHD_Connection* mhd)
         return send(connection, mhd, std::move(*exchange.refusal));
     if (!exchange.answer) {
         connection.clear_deadline(); // the handler's time does not count for the client
-        exchange.answer = ask_handler(exchange.request, mhd);
-        release_body(exchange);
+        exchange.answer = ask_handler(connection, mhd);
+        release_body(connection);
     }
     std::optional<HttpResponse> response = exchange.answer->take();
     if (!response && !exchange.is_late) {
@@ -160,10 +173,11 @@ MHD_Result RequestFlow::finish(Connection& connection, MHD_Connection* mhd)
     return response ? send(connection, mhd, std::move(*response)) : MHD_YES;
 }
 
-std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const HttpRequest& request,
+std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const Connection& connection,
                                                         MHD_Connection* mhd)
 {
-    auto answer = std::make_shared<PendingAnswer>(mhd);
+    const HttpRequest& request = connection.exchange->request;
+    auto answer = std::make_shared<PendingAnswer>(mhd, connection.loop);
     const auto fail = [&](const char* what) {
         report(options_.on_failure, request.method + ' ' + request.path + ": " + what);
         answer->give(error_response(500, "Internal error", what));
@@ -182,17 +196,32 @@ std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const HttpRequest& reque
 
 MHD_Result RequestFlow::send(Connection& connection, MHD_Connection* mhd, HttpResponse response)
 {
+    // A client that asks and does not read must not fill the memory.
+    if (!take_memory(connection, response.body.size()))
+        return send_last(connection, mhd, error_response(503, "Too many answers wait to be read"));
+    return send(connection, mhd, std::move(response),
+                stopping_ ? AfterAnswer::close_connection : AfterAnswer::keep_connection);
+}
+
+MHD_Result RequestFlow::send_last(Connection& connection, MHD_Connection* mhd,
+                                  HttpResponse response)
+{
+    return send(connection, mhd, std::move(response), AfterAnswer::close_connection);
+}
+
+MHD_Result RequestFlow::send(Connection& connection, MHD_Connection* mhd, HttpResponse response,
+                             AfterAnswer after)
+{
     connection.set_deadline(options_.answer_deadline);
-    const AfterAnswer after =
-        stopping_ ? AfterAnswer::close_connection : AfterAnswer::keep_connection;
     connection.exchange->status = queue_response(mhd, std::move(response), after);
     return connection.exchange->status == 0 ? MHD_NO : MHD_YES;
 }
 
 void RequestFlow::end(Connection& connection, MHD_RequestTerminationCode how)
 {
-    if (const std::unique_ptr<Exchange> exchange = std::move(connection.exchange)) {
-        release_body(*exchange);
+    if (connection.exchange) {
+        give_back_memory(connection);
+        const std::unique_ptr<Exchange> exchange = std::move(connection.exchange);
         if (exchange->answer)
             exchange->answer->end();
         if (exchange->is_late)

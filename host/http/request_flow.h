@@ -12,8 +12,10 @@
 
 #include "http/connection_table.h"
 #include "http/exchange.h"
+#include "http/memory_budget.h"
 #include "http/message.h"
 #include "http/pending_answer.h"
+#include "http/queue_response.h"
 #include "http/server.h"
 
 namespace nmos_instrument::host {
@@ -35,10 +37,10 @@ public:
 
     /// The headers are complete.
     MHD_Result begin(Connection& connection, MHD_Connection* mhd, const char* target,
-                     const char* method);
+                     const char* method, const char* version);
 
     /// A piece of the body.
-    void take_body(Exchange& exchange, const char* data, std::size_t size);
+    void take_body(Connection& connection, const char* data, std::size_t size);
 
     /// The request is complete, or its late answer has come.
     MHD_Result finish(Connection& connection, MHD_Connection* mhd);
@@ -47,16 +49,22 @@ public:
     void end(Connection& connection, MHD_RequestTerminationCode how);
 
 private:
-    std::shared_ptr<PendingAnswer> ask_handler(const HttpRequest& request, MHD_Connection* mhd);
+    std::shared_ptr<PendingAnswer> ask_handler(const Connection& connection, MHD_Connection* mhd);
     MHD_Result send(Connection& connection, MHD_Connection* mhd, HttpResponse response);
+    MHD_Result send_last(Connection& connection, MHD_Connection* mhd, HttpResponse response);
+    MHD_Result send(Connection& connection, MHD_Connection* mhd, HttpResponse response,
+                    AfterAnswer after);
     HttpResponse too_long() const;
-    void release_body(Exchange& exchange);
+
+    bool take_memory(Connection& connection, std::size_t bytes);
+    void give_back_memory(Connection& connection);
+    void release_body(Connection& connection);
 
     const HttpServerOptions& options_;
     HttpHandler handler_;
     ConnectionTable& connections_;
     const std::atomic<bool>& stopping_;
-    std::atomic<std::size_t> body_memory_{0};
+    MemoryBudget memory_; ///< of all request bodies and answers
 };
 
 } // namespace nmos_instrument::host

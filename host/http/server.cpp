@@ -15,16 +15,17 @@
 #include <utility>
 #include <vector>
 
-#include <arpa/inet.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
 #include "http/all_signals_blocked.h"
 #include "http/connection_table.h"
+#include "http/event_loop.h"
 #include "http/open_file_limit.h"
 #include "http/report.h"
 #include "http/request_flow.h"
+#include "text/ipv4_address.h"
 
 namespace nmos_instrument::host {
 
@@ -38,13 +39,28 @@ constexpr std::intptr_t connection_memory = std::intptr_t{16} * 1024;
 // What stop() adds to its deadline, so that clients whose requests are given up hear about it.
 constexpr milliseconds farewell{250};
 
+// Places for newcomers until the connections that have to make room for them are gone. Without any,
+// newcomers wait.
+unsigned reserve_of(unsigned connections)
+{
+    return connections / 32;
+}
+
+sockaddr_in ipv4_name(const sockaddr* address)
+{
+    sockaddr_in name{};
+    std::memcpy(&name, address, sizeof name);
+    return name;
+}
+
+std::uint32_t ipv4_of(const sockaddr* address)
+{
+    return ntohl(ipv4_name(address).sin_addr.s_addr);
+}
+
 std::string peer_text(const sockaddr* address)
 {
-    std::array<char, INET_ADDRSTRLEN> text{};
-    sockaddr_in peer{};
-    std::memcpy(&peer, address, sizeof peer);
-    inet_ntop(AF_INET, &peer.sin_addr, text.data(), text.size());
-    return std::string(text.data()) + ':' + std::to_string(ntohs(peer.sin_port));
+    return dotted_quad(ipv4_of(address)) + ':' + std::to_string(ntohs(ipv4_name(address).sin_port));
 }
 
 } // namespace
@@ -60,7 +76,16 @@ public:
     void stop();
 
 private:
-    // libmicrohttpd's callbacks: the first parameter of each is its daemon, and none lets an
+    // One of the server threads.
+    struct Worker
+    {
+        explicit Worker(Daemon& its_server) : server(its_server) {}
+
+        Daemon& server;
+        EventLoop loop;
+    };
+
+    // libmicrohttpd's callbacks: the first parameter of each is its worker, and none lets an
     // exception out.
     static MHD_Result on_arrival(void* self, const sockaddr* address, socklen_t length);
     static void on_connection(void* self, MHD_Connection* connection, void** context,
@@ -74,17 +99,18 @@ private:
                                MHD_RequestTerminationCode how);
     static void on_remark(void* self, const char* format, va_list arguments);
 
-    MHD_Daemon* start(int listening_socket);
+    MHD_Daemon* start_daemon(int listening_socket, unsigned number, Worker& worker);
     void watch();
     milliseconds watch_interval() const;
 
     HttpServerOptions options_;
     const std::uint16_t port_;
+    unsigned places_ = 0; ///< for connections: the limit and the reserve
     std::atomic<bool> stopping_{false};
     ConnectionTable connections_;
     RequestFlow flow_;
     std::mutex stop_mutex_;
-    MHD_Daemon* daemon_ = nullptr;
+    std::vector<std::unique_ptr<Worker>> workers_;
     std::thread watchdog_;
 };
 
@@ -94,14 +120,17 @@ HttpServer::Daemon::Daemon(ListeningSocket socket, HttpServerOptions options, Ht
       flow_(options_, std::move(handler), connections_, stopping_)
 {
     options_.threads = std::max(options_.threads, 1U);
-    options_.connection_limit =
-        std::max(make_room_for_connections(options_.connection_limit), options_.threads);
+    const unsigned wanted = options_.connection_limit + reserve_of(options_.connection_limit);
+    places_ = std::max(make_room_for_connections(wanted), options_.threads);
+    if (places_ < wanted)
+        options_.connection_limit = places_ - reserve_of(places_);
 
     const AllSignalsBlocked inherited_by_threads;
-    daemon_ = start(socket.release());
-    if (daemon_ == nullptr) // the socket may be closed or not, depending on what failed
-        throw std::runtime_error("libmicrohttpd did not start");
     try {
+        for (unsigned i = 0; i < options_.threads; ++i) {
+            Worker& worker = *workers_.emplace_back(std::make_unique<Worker>(*this));
+            worker.loop.start(start_daemon(socket.duplicate(), i, worker));
+        }
         watchdog_ = std::thread([this] { watch(); });
     } catch (...) {
         stop();
@@ -109,35 +138,41 @@ HttpServer::Daemon::Daemon(ListeningSocket socket, HttpServerOptions options, Ht
     }
 }
 
-MHD_Daemon* HttpServer::Daemon::start(int listening_socket)
+MHD_Daemon* HttpServer::Daemon::start_daemon(int listening_socket, unsigned number, Worker& worker)
 {
+    const unsigned share = places_ / options_.threads;
+    const bool has_one_more = number < places_ % options_.threads;
     // The logger comes first, so that it hears about the options after it. libmicrohttpd's own
     // time-out is not used: every byte would start it again.
-    std::vector<MHD_OptionItem> settings{
-        {MHD_OPTION_EXTERNAL_LOGGER, reinterpret_cast<std::intptr_t>(&on_remark), this},
-        {MHD_OPTION_LISTEN_SOCKET, listening_socket, nullptr},
-        {MHD_OPTION_CONNECTION_LIMIT, options_.connection_limit, nullptr},
-        {MHD_OPTION_PER_IP_CONNECTION_LIMIT, options_.connections_per_address, nullptr},
-        {MHD_OPTION_CONNECTION_MEMORY_LIMIT, connection_memory, nullptr},
-        {MHD_OPTION_CONNECTION_TIMEOUT, 0, nullptr},
-        {MHD_OPTION_STRICT_FOR_CLIENT, 1, nullptr},
-        {MHD_OPTION_NOTIFY_CONNECTION, reinterpret_cast<std::intptr_t>(&on_connection), this},
-        {MHD_OPTION_NOTIFY_COMPLETED, reinterpret_cast<std::intptr_t>(&on_request_end), this},
-        {MHD_OPTION_URI_LOG_CALLBACK, reinterpret_cast<std::intptr_t>(&on_request_line), this},
-        {MHD_OPTION_UNESCAPE_CALLBACK, reinterpret_cast<std::intptr_t>(&leave_encoded), this}};
-    if (options_.threads > 1) // libmicrohttpd would complain about a pool of one
-        settings.push_back({MHD_OPTION_THREAD_POOL_SIZE, options_.threads, nullptr});
-    settings.push_back({MHD_OPTION_END, 0, nullptr});
-    return MHD_start_daemon(MHD_USE_EPOLL | MHD_USE_INTERNAL_POLLING_THREAD |
-                                MHD_ALLOW_SUSPEND_RESUME | MHD_USE_ERROR_LOG,
-                            0, &on_arrival, this, &on_request, this, //
-                            MHD_OPTION_ARRAY, settings.data(), MHD_OPTION_END);
+    const std::array settings{
+        MHD_OptionItem{MHD_OPTION_EXTERNAL_LOGGER, reinterpret_cast<std::intptr_t>(&on_remark),
+                       &worker},
+        MHD_OptionItem{MHD_OPTION_LISTEN_SOCKET, listening_socket, nullptr},
+        MHD_OptionItem{MHD_OPTION_CONNECTION_LIMIT, share + (has_one_more ? 1 : 0), nullptr},
+        MHD_OptionItem{MHD_OPTION_CONNECTION_MEMORY_LIMIT, connection_memory, nullptr},
+        MHD_OptionItem{MHD_OPTION_CONNECTION_TIMEOUT, 0, nullptr},
+        MHD_OptionItem{MHD_OPTION_NOTIFY_CONNECTION,
+                       reinterpret_cast<std::intptr_t>(&on_connection), &worker},
+        MHD_OptionItem{MHD_OPTION_NOTIFY_COMPLETED,
+                       reinterpret_cast<std::intptr_t>(&on_request_end), &worker},
+        MHD_OptionItem{MHD_OPTION_URI_LOG_CALLBACK,
+                       reinterpret_cast<std::intptr_t>(&on_request_line), &worker},
+        MHD_OptionItem{MHD_OPTION_UNESCAPE_CALLBACK,
+                       reinterpret_cast<std::intptr_t>(&leave_encoded), &worker},
+        MHD_OptionItem{MHD_OPTION_END, 0, nullptr}};
+    MHD_Daemon* const daemon =
+        MHD_start_daemon(MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_ERROR_LOG, //
+                         0, &on_arrival, &worker, &on_request, &worker,                //
+                         MHD_OPTION_ARRAY, settings.data(), MHD_OPTION_END);
+    if (daemon == nullptr) // the socket may be closed or not, depending on what failed
+        throw std::runtime_error("libmicrohttpd did not start");
+    return daemon;
 }
 
 void HttpServer::Daemon::stop()
 {
     const std::lock_guard lock(stop_mutex_);
-    if (daemon_ == nullptr)
+    if (workers_.empty())
         return;
     // Quiescing libmicrohttpd would race with its own threads over the listening socket and might
     // abort the process, so new connections are refused instead.
@@ -155,8 +190,7 @@ void HttpServer::Daemon::stop()
     connections_.close_watch();
     if (watchdog_.joinable())
         watchdog_.join();
-    MHD_stop_daemon(daemon_);
-    daemon_ = nullptr;
+    workers_.clear();
 }
 
 void HttpServer::Daemon::watch()
@@ -172,19 +206,26 @@ milliseconds HttpServer::Daemon::watch_interval() const
     return std::clamp(shortest / 8, milliseconds(5), milliseconds(250));
 }
 
-MHD_Result HttpServer::Daemon::on_arrival(void* self, const sockaddr*, socklen_t)
+MHD_Result HttpServer::Daemon::on_arrival(void* self, const sockaddr* address, socklen_t)
 {
-    return static_cast<Daemon*>(self)->stopping_ ? MHD_NO : MHD_YES;
+    Daemon& daemon = static_cast<Worker*>(self)->server;
+    const unsigned most = daemon.options_.connections_per_address;
+    if (daemon.stopping_ || (most != 0 && daemon.connections_.count_of(ipv4_of(address)) >= most))
+        return MHD_NO;
+    daemon.connections_.make_room(daemon.options_.connection_limit);
+    return MHD_YES;
 }
 
 void HttpServer::Daemon::on_connection(void* self, MHD_Connection* connection, void** context,
                                        MHD_ConnectionNotificationCode what)
 {
-    auto& daemon = *static_cast<Daemon*>(self);
+    Daemon& daemon = static_cast<Worker*>(self)->server;
     if (what == MHD_CONNECTION_NOTIFY_CLOSED) {
         if (*context != nullptr)
             daemon.connections_.remove(*static_cast<Connection*>(*context));
         *context = nullptr;
+        // libmicrohttpd notes only at its next look that it may accept connections again.
+        static_cast<Worker*>(self)->loop.wake();
         return;
     }
     const int socket =
@@ -192,7 +233,8 @@ void HttpServer::Daemon::on_connection(void* self, MHD_Connection* connection, v
     try {
         const sockaddr* peer =
             MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr;
-        Connection& added = daemon.connections_.add(socket, peer_text(peer));
+        Connection& added = daemon.connections_.add(socket, peer_text(peer), ipv4_of(peer),
+                                                    static_cast<Worker*>(self)->loop);
         added.set_deadline(daemon.options_.header_deadline);
         *context = &added;
     } catch (...) {
@@ -202,14 +244,16 @@ void HttpServer::Daemon::on_connection(void* self, MHD_Connection* connection, v
 }
 
 // The result becomes the context of the request's other callbacks.
-void* HttpServer::Daemon::on_request_line(void* self, const char*, MHD_Connection* connection)
+void* HttpServer::Daemon::on_request_line(void* self, const char* target,
+                                          MHD_Connection* connection)
 {
     auto* ours = static_cast<Connection*>(
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
     if (ours != nullptr) {
         ours->has_request = true;
+        ours->target = target;
         if (ours->has_served)
-            ours->set_deadline(static_cast<Daemon*>(self)->options_.header_deadline);
+            ours->set_deadline(static_cast<Worker*>(self)->server.options_.header_deadline);
     }
     return ours;
 }
@@ -224,22 +268,25 @@ size_t HttpServer::Daemon::leave_encoded(void*, MHD_Connection*, char* text)
 // is complete, and once more when a late answer has resumed the connection. An answer must not be
 // queued while pieces of the body are still coming.
 MHD_Result HttpServer::Daemon::on_request(void* self, MHD_Connection* connection,
-                                          const char* target, const char* method, const char*,
-                                          const char* data, size_t* size, void** context)
+                                          const char* target, const char* method,
+                                          const char* version, const char* data, size_t* size,
+                                          void** context)
 {
-    auto& daemon = *static_cast<Daemon*>(self);
+    Daemon& daemon = static_cast<Worker*>(self)->server;
     if (*context == nullptr)
         return MHD_NO;
     Connection& ours = *static_cast<Connection*>(*context);
     try {
         if (!ours.exchange)
-            return daemon.flow_.begin(ours, connection, target, method);
+            return daemon.flow_.begin(ours, connection, target, method, version);
         if (*size == 0)
             return daemon.flow_.finish(ours, connection);
-        daemon.flow_.take_body(*ours.exchange, data, std::exchange(*size, 0));
+        daemon.flow_.take_body(ours, data, std::exchange(*size, 0));
         return MHD_YES;
     } catch (const std::exception& error) {
         report(daemon.options_.on_failure, error.what());
+        return MHD_NO;
+    } catch (...) {
         return MHD_NO;
     }
 }
@@ -248,7 +295,7 @@ void HttpServer::Daemon::on_request_end(void* self, MHD_Connection*, void** cont
                                         MHD_RequestTerminationCode how)
 {
     if (*context != nullptr)
-        static_cast<Daemon*>(self)->flow_.end(*static_cast<Connection*>(*context), how);
+        static_cast<Worker*>(self)->server.flow_.end(*static_cast<Connection*>(*context), how);
     *context = nullptr;
 }
 
@@ -258,7 +305,7 @@ void HttpServer::Daemon::on_remark(void* self, const char* format, va_list argum
     // A remark that is too long loses its end.
     static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));
     text[std::strcspn(text.data(), "\n")] = '\0';
-    report(static_cast<Daemon*>(self)->options_.on_diagnostic, text.data());
+    report(static_cast<Worker*>(self)->server.options_.on_diagnostic, text.data());
 }
 
 HttpServer::HttpServer(HttpServerOptions options, HttpHandler handler)

@@ -52,7 +52,9 @@ struct HttpServerOptions
     unsigned threads = 2;
 
     /// The limit of open files is raised for it as far as the system allows, see
-    /// HttpServer::connection_limit. Clients above it wait in the listen queue.
+    /// HttpServer::connection_limit. So that nobody locks out others, a client above it takes the
+    /// place of the oldest idle connection of the address that has most. Below 32 there is no
+    /// reserve for that: clients above it wait in the listen queue.
     unsigned connection_limit = 4096;
 
     /// Connections above it are closed at once; 0: no limit.
@@ -60,8 +62,12 @@ struct HttpServerOptions
 
     std::size_t body_limit = std::size_t{1024} * 1024; ///< longer: 413
 
-    /// All bodies that are being received, together; a request that would exceed it gets a 503.
-    std::size_t body_memory = std::size_t{64} * 1024 * 1024;
+    /// All bodies that are being received and all answers that are being sent, together; a request
+    /// or answer that would exceed it becomes a 503.
+    std::size_t memory = std::size_t{64} * 1024 * 1024;
+
+    /// The same for one client address.
+    std::size_t memory_per_address = std::size_t{16} * 1024 * 1024;
 
     // A connection ends when a deadline has passed, however regularly bytes trickle in. 0 ends
     // everything at once; there is no value for "never".

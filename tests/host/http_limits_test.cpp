@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <future>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -120,10 +121,65 @@ TEST(HttpLimits, WhoAsksBeforeSendingIsAnsweredAtOnce)
     EXPECT_EQ(response->body, "3");
 }
 
+// Holds the server thread that asks for "/hold" until it is released.
+class HeldThread
+{
+public:
+    HttpHandler handler()
+    {
+        return [this](const HttpRequest& request, const HttpReply& reply) {
+            if (request.path == "/hold") {
+                held_.set_value();
+                released_.get_future().wait();
+            }
+            reply({200, "text/plain", "x", {}});
+        };
+    }
+
+    void wait_until_held() { held_.get_future().wait(); }
+    void release() { released_.set_value(); }
+
+private:
+    std::promise<void> held_;
+    std::promise<void> released_;
+};
+
+class HttpReadyTogether : public testing::TestWithParam<std::size_t>
+{};
+
+// epoll hands out 128 events at a time to libmicrohttpd: a full buffer must not look like the end.
+TEST_P(HttpReadyTogether, AllRequestsAreAnsweredAtOnce)
+{
+    HeldThread held;
+    HttpServerOptions options;
+    options.threads = 1;
+    HttpServer server(options, held.handler());
+    std::vector<TestClient> clients;
+    for (std::size_t i = 0; i < GetParam(); ++i) {
+        clients.emplace_back(server.port());
+        clients.back().send(get);
+        ASSERT_TRUE(clients.back().receive());
+    }
+    TestClient holder(server.port());
+    holder.send("GET /hold HTTP/1.1\r\nHost: test\r\n\r\n");
+    held.wait_until_held();
+    for (TestClient& client : clients)
+        client.send(get);
+    const auto begin = Clock::now();
+    held.release();
+    ASSERT_TRUE(holder.receive());
+    for (TestClient& client : clients)
+        ASSERT_TRUE(client.receive());
+    EXPECT_LT(Clock::now() - begin, 10s);
+}
+
+INSTANTIATE_TEST_SUITE_P(Counts, HttpReadyTogether, testing::Values(127, 128, 129, 256, 384),
+                         testing::PrintToStringParamName());
+
 TEST(HttpLimits, AllBodiesTogetherAreLimited)
 {
     HttpServerOptions options;
-    options.body_memory = 1000;
+    options.memory = 1000;
     HttpServer server(options, &count_body);
     TestClient holder(server.port());
     holder.send(put_headers("Content-Length: 900") + std::string(800, 'x'));
@@ -259,6 +315,7 @@ TEST(HttpDeadlines, EndAClientThatDoesNotReadItsAnswer)
 {
     std::atomic<int> status{-1};
     HttpServerOptions options = short_deadlines();
+    options.memory_per_address = 100 * mebibyte;
     options.on_request = [&](const HttpAccess& access) { status = access.status; };
     HttpServer server(options, [](const HttpRequest&, const HttpReply& reply) {
         reply({200, "text/plain", std::string(50 * mebibyte, 'x'), {}});
@@ -351,6 +408,81 @@ TEST(HttpLimits, WhoComesWhenAllConnectionsAreTakenWaits)
     EXPECT_EQ(waiting.rest(), "");
     taken.pop_back();
     EXPECT_TRUE(waiting.receive());
+}
+
+// Two addresses must not lock out a third.
+TEST(HttpLimits, WhoComesLastTakesThePlaceOfTheGreediest)
+{
+    HttpServerOptions options;
+    options.connection_limit = 64;
+    HttpServer server(options, &count_body);
+    std::vector<TestClient> clients;
+    const auto take = [&](int count, const char* address) {
+        for (int i = 0; i < count; ++i) {
+            clients.emplace_back(server.port(), address);
+            clients.back().send(get);
+            ASSERT_TRUE(clients.back().receive());
+        }
+    };
+    take(30, "127.0.0.2");
+    take(34, "127.0.0.3");
+    take(10, "127.0.0.4");
+    // 127.0.0.3 gives up its four oldest, then both addresses three each.
+    const auto is_open = [](TestClient& client) { return client.send(get) && client.receive(); };
+    for (std::size_t i = 0; i < clients.size(); ++i) {
+        const bool gone = i < 3 || (i >= 30 && i < 37);
+        EXPECT_EQ(is_open(clients[i]), !gone) << i;
+    }
+}
+
+TEST(HttpLimits, WhoHasARequestUnderWayKeepsItsPlace)
+{
+    HttpServerOptions options;
+    options.connection_limit = 32;
+    HttpServer server(options, &count_body);
+    TestClient busy(server.port(), "127.0.0.2");
+    busy.send(put_headers("Content-Length: 3"));
+    std::vector<TestClient> idle;
+    for (int i = 0; i < 40; ++i) {
+        idle.emplace_back(server.port(), "127.0.0.2");
+        idle.back().send(get);
+        ASSERT_TRUE(idle.back().receive()) << i;
+    }
+    busy.send("abc");
+    const auto response = busy.receive();
+    ASSERT_TRUE(response);
+    EXPECT_EQ(response->body, "3");
+}
+
+// The answers that one address does not read cost no more than its share, and nobody else is cut.
+TEST(HttpLimits, AnswersThatNobodyReadsAreLimited)
+{
+    HttpServerOptions options;
+    options.memory_per_address = 20 * mebibyte;
+    HttpServer server(options, [](const HttpRequest&, const HttpReply& reply) {
+        reply({200, "text/plain", std::string(8 * mebibyte, 'x'), {}});
+    });
+    TestClient first(server.port(), "127.0.0.2");
+    TestClient second(server.port(), "127.0.0.2");
+    first.send(get);
+    second.send(get);
+    // Their headers come, but the rest does not fit into any socket's buffers.
+    ASSERT_TRUE(first.receive_head());
+    ASSERT_TRUE(second.receive_head());
+    TestClient third(server.port(), "127.0.0.2");
+    third.send(get);
+    const auto refused = third.receive();
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->status, 503);
+    EXPECT_EQ(refused->body,
+              R"({"code":503,"error":"Too many answers wait to be read","debug":null})");
+    EXPECT_TRUE(third.is_closed_within(5s));
+
+    TestClient other(server.port(), "127.0.0.3");
+    other.send(get);
+    const auto response = other.receive();
+    ASSERT_TRUE(response);
+    EXPECT_EQ(response->body.size(), 8 * mebibyte);
 }
 
 TEST(HttpLimits, FourThousandConnectionsAreServed)

@@ -427,7 +427,7 @@ TEST(HttpServer, KnowsNoOtherTransferCodingThanChunked)
     ASSERT_TRUE(response);
     EXPECT_EQ(response->status, 501);
     EXPECT_EQ(response->body, R"({"code":501,"error":"Transfer coding not supported",)"
-                              R"("debug":"Transfer-Encoding: found gzip, allowed: chunked"})");
+                              R"("debug":"Transfer-Encoding: found \"gzip\", allowed: chunked"})");
     EXPECT_TRUE(client.is_closed_within(5s));
 }
 
