@@ -5,27 +5,19 @@
 
 #include <exception>
 #include <iostream>
-#include <string>
 
 #include <CLI/CLI.hpp>
-#include <nmos_instrument/version.h>
 
 #include "commands/check_sdp.h"
 #include "commands/exit_status.h"
 #include "commands/print.h"
 #include "commands/serve.h"
+#include "commands/version_text.h"
 #include "text/word_list.h"
 
 namespace {
 
 using namespace nmos_instrument::program;
-
-std::string version_text()
-{
-    return "nmos-instrument " + std::to_string(NMOS_INSTRUMENT_VERSION_MAJOR) + '.' +
-           std::to_string(NMOS_INSTRUMENT_VERSION_MINOR) + '.' +
-           std::to_string(NMOS_INSTRUMENT_VERSION_PATCH);
-}
 
 /// CLI11 would only call it an unexpected argument, without naming the commands that there are.
 bool is_unknown_command(const CLI::App& program, int argc, char** argv)

@@ -2,8 +2,13 @@
 
 #include "instrument/activation_thread.h"
 
+#include <chrono>
+#include <exception>
+#include <optional>
+
 #include <pthread.h>
 #include <sched.h>
+#include <spdlog/spdlog.h>
 
 #include "time/tai_clock.h"
 
@@ -19,6 +24,19 @@ void become_punctual()
     pthread_setschedparam(pthread_self(), SCHED_FIFO, &parameters);
 }
 
+/// What fails again and again, as when memory is short, takes neither the log nor a CPU.
+constexpr std::chrono::milliseconds pause_after_failure{100};
+
+void log_failure(const char* what) noexcept
+{
+    try {
+        spdlog::error("a scheduled activation was given up: {}", what);
+    } catch (...) {
+        // There is nobody left to tell.
+    }
+    std::this_thread::sleep_for(pause_after_failure);
+}
+
 } // namespace
 
 ActivationThread::ActivationThread(Instrument& instrument)
@@ -27,44 +45,36 @@ ActivationThread::ActivationThread(Instrument& instrument)
 
 ActivationThread::~ActivationThread()
 {
-    {
-        const std::lock_guard lock(mutex_);
-        ends_ = true;
-    }
-    wake_up_.notify_one();
+    ends_ = true;
+    alarm_.wake_up();
     thread_.join();
 }
 
-void ActivationThread::look_again()
-{
-    {
-        const std::lock_guard lock(mutex_);
-        changed_ = true;
-    }
-    wake_up_.notify_one();
-}
-
+/// Whatever goes wrong with one activation, those after it must happen.
 void ActivationThread::run()
 {
     become_punctual();
-    const auto woken = [this] { return changed_ || ends_; };
-    for (;;) {
-        // Any change from here on sets changed_ and ends the wait at once.
-        const std::optional<TaiTime> due = instrument_.next_due();
-        {
-            std::unique_lock lock(mutex_);
-            // This waits for a time of the system clock, not for a duration: if the clock is set
-            // meanwhile, the kernel still wakes us at the right instant.
-            if (due)
-                wake_up_.wait_until(lock, system_time_of(*due), woken);
-            else
-                wake_up_.wait(lock, woken);
-            if (ends_)
-                return;
-            changed_ = false;
+    while (!ends_) {
+        try {
+            activate_next();
+        } catch (const std::exception& error) {
+            log_failure(error.what());
+        } catch (...) {
+            log_failure("unknown exception");
         }
-        instrument_.activate_due();
     }
+}
+
+void ActivationThread::activate_next()
+{
+    // Any change from here on ends the wait at once.
+    const NextDue due = instrument_.next_due();
+    std::optional<Alarm::SystemTime> system;
+    if (due.tai)
+        system = system_time_of(*due.tai);
+    alarm_.wait(system, due.steady);
+    if (!ends_)
+        instrument_.activate_due();
 }
 
 } // namespace nmos_instrument::host

@@ -3,11 +3,11 @@
 #ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATION_THREAD_H
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATION_THREAD_H
 
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
 #include <thread>
 
 #include "instrument/instrument.h"
+#include "time/alarm.h"
 
 namespace nmos_instrument::host {
 
@@ -22,16 +22,15 @@ public:
     ActivationThread& operator=(const ActivationThread&) = delete;
 
     /// Call it when the schedule may have changed.
-    void look_again();
+    void look_again() noexcept { alarm_.wake_up(); }
 
 private:
     void run();
+    void activate_next();
 
     Instrument& instrument_;
-    std::mutex mutex_;
-    std::condition_variable wake_up_;
-    bool changed_ = false;
-    bool ends_ = false;
+    Alarm alarm_;
+    std::atomic<bool> ends_{false};
     std::thread thread_; ///< last: it uses the members above
 };
 

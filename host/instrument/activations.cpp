@@ -7,6 +7,28 @@
 
 namespace nmos_instrument::host {
 
+namespace {
+
+template <class Time>
+void keep_earlier(std::optional<Time>& earliest, const Time& time)
+{
+    if (!earliest || time < *earliest)
+        earliest = time;
+}
+
+} // namespace
+
+bool is_due(const ScheduledActivation& activation, const Instant& now)
+{
+    return activation.steady_due ? *activation.steady_due <= now.steady : activation.due <= now.tai;
+}
+
+std::chrono::nanoseconds lateness(const ScheduledActivation& activation, const Instant& now)
+{
+    return activation.steady_due ? now.steady - *activation.steady_due
+                                 : span_between(activation.due, now.tai);
+}
+
 void Activations::schedule(const ScheduledActivation& activation)
 {
     scheduled_[activation.key] = activation;
@@ -23,20 +45,22 @@ const ScheduledActivation* Activations::find(const ConnectionKey& key) const
     return found == scheduled_.end() ? nullptr : &found->second;
 }
 
-std::optional<TaiTime> Activations::next_due() const
+NextDue Activations::next_due() const
 {
-    std::optional<TaiTime> next;
+    NextDue next;
     for (const auto& [key, activation] : scheduled_) {
-        if (!next || activation.due < *next)
-            next = activation.due;
+        if (activation.steady_due)
+            keep_earlier(next.steady, *activation.steady_due);
+        else
+            keep_earlier(next.tai, activation.due);
     }
     return next;
 }
 
-std::optional<ScheduledActivation> Activations::take_due(const TaiTime& now)
+std::optional<ScheduledActivation> Activations::take_due(const Instant& now)
 {
     const auto due = std::find_if(scheduled_.begin(), scheduled_.end(),
-                                  [&](const auto& entry) { return entry.second.due <= now; });
+                                  [&](const auto& entry) { return is_due(entry.second, now); });
     if (due == scheduled_.end())
         return std::nullopt;
     const ScheduledActivation taken = due->second;

@@ -3,6 +3,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATIONS_H
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATIONS_H
 
+#include <chrono>
 #include <deque>
 #include <map>
 #include <optional>
@@ -14,11 +15,39 @@
 
 namespace nmos_instrument::host {
 
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+/// One instant on both clocks. TAI follows the system clock, which may be set; the steady clock
+/// only counts.
+struct Instant
+{
+    TaiTime tai;
+    SteadyTime steady;
+};
+
 struct ScheduledActivation
 {
     ConnectionKey key;
     ActivationMode mode = ActivationMode::none;
-    TaiTime due;
+    TaiTime due; ///< as the controller was told
+
+    /// Relative ones are due then, even if the system clock has been set since; absolute ones have
+    /// none.
+    std::optional<SteadyTime> steady_due{};
+};
+
+bool is_due(const ScheduledActivation& activation, const Instant& now);
+
+/// How long after its due time `now` is, on the clock that counts for it.
+std::chrono::nanoseconds lateness(const ScheduledActivation& activation, const Instant& now);
+
+/// The next activation on each clock.
+struct NextDue
+{
+    std::optional<TaiTime> tai;
+    std::optional<SteadyTime> steady;
+
+    bool operator==(const NextDue&) const = default;
 };
 
 /// An activation that took place, or failed.
@@ -29,6 +58,7 @@ struct ActivationReport
     TaiTime due;     ///< when it had to happen; without a schedule, when it was requested
     TaiTime done;    ///< when it happened
     std::string why; ///< failures only
+    std::chrono::nanoseconds late; ///< from due to done, whether or not a clock was set meanwhile
 };
 
 /// The scheduled activations, at most one for each sender or receiver, and reports on the latest
@@ -44,11 +74,10 @@ public:
     const ScheduledActivation* find(const ConnectionKey& key) const;
     const std::map<ConnectionKey, ScheduledActivation>& scheduled() const { return scheduled_; }
 
-    /// When the next one is due.
-    std::optional<TaiTime> next_due() const;
+    NextDue next_due() const;
 
     /// Removes one that is due from the schedule, and returns it.
-    std::optional<ScheduledActivation> take_due(const TaiTime& now);
+    std::optional<ScheduledActivation> take_due(const Instant& now);
 
     void report_done(ActivationReport report) { remember(done_, std::move(report)); }
     void report_failed(ActivationReport report) { remember(failed_, std::move(report)); }

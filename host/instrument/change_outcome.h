@@ -5,6 +5,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace nmos_instrument::host {
 
@@ -24,6 +25,9 @@ struct ChangeOutcome
     std::string body;  ///< done and accepted: all staged parameters
     std::string error; ///< otherwise: what is wrong
     std::string debug; ///< otherwise: where, what was found, and what is allowed
+
+    /// What was done, for the log. Whoever knows the client writes it.
+    std::vector<std::string> log{};
 
     bool is_refusal() const
     {

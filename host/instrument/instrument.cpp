@@ -67,6 +67,16 @@ void log_source_ports(const std::string& name, const ConnectionPatch& patch,
     }
 }
 
+ScheduledActivation activation_of(const ConnectionKey& key, ActivationMode mode, const TaiTime& due,
+                                  const Instant& requested)
+{
+    ScheduledActivation activation{key, mode, due};
+    // The span is limited to 100 years, so that the steady clock can count it.
+    if (mode == ActivationMode::scheduled_relative)
+        activation.steady_due = requested.steady + span_between(requested.tai, due);
+    return activation;
+}
+
 void log_all(const std::vector<std::string>& lines)
 {
     for (const std::string& line : lines)
@@ -75,10 +85,12 @@ void log_all(const std::vector<std::string>& lines)
 
 } // namespace
 
-Instrument::Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media)
+Instrument::Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media,
+                       SteadyClock steady_clock)
     : configuration_(configuration),
       clock_(std::move(clock)),
       apply_to_media_(std::move(apply_to_media)),
+      steady_clock_(std::move(steady_clock)),
       records_(make_records(configuration, clock_())),
       index_(*records_)
 {
@@ -108,7 +120,7 @@ ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch
         outcome = change_locked(key, patch, log);
         scheduled = activations_.find(key) != nullptr;
     }
-    log_all(log);
+    outcome.log = std::move(log);
     if (outcome.is_refusal())
         return outcome;
     if (scheduled && listeners_.scheduled)
@@ -136,13 +148,14 @@ ChangeOutcome Instrument::change_locked(const ConnectionKey& key, const Connecti
     if (!patch.activation || cancels(patch))
         return stage(key, staged, log);
 
-    const TaiTime now = clock_();
-    const std::optional<TaiTime> due = due_time(*patch.activation, now);
+    const Instant requested = now();
+    const std::optional<TaiTime> due = due_time(*patch.activation, requested.tai);
     if (!due)
         return beyond_tai(*patch.activation);
-    if (*due > now)
-        return schedule(key, staged, *patch.activation, *due, log);
-    return activate_now(key, staged, *patch.activation, now, log);
+    if (*due > requested.tai)
+        return schedule(staged, activation_of(key, patch.activation->mode, *due, requested),
+                        *patch.activation, log);
+    return activate_now(key, staged, *patch.activation, requested.tai, log);
 }
 
 ChangeOutcome Instrument::stage(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
@@ -156,14 +169,15 @@ ChangeOutcome Instrument::stage(const ConnectionKey& key, CONNECTION_HALF_IS05_S
     return {ChangeResult::done, staged_body(records_->connections, key), "", ""};
 }
 
-ChangeOutcome Instrument::schedule(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
-                                   const ActivationRequest& request, const TaiTime& due,
-                                   LogLines& log)
+ChangeOutcome Instrument::schedule(CONNECTION_HALF_IS05_ST staged,
+                                   const ScheduledActivation& activation,
+                                   const ActivationRequest& request, LogLines& log)
 {
-    const std::string due_text = to_text(due);
+    const ConnectionKey& key = activation.key;
+    const std::string due_text = to_text(activation.due);
     set_activation(staged, texts_of(request, due_text));
     connection(key).staged = staged;
-    activations_.schedule({key, request.mode, due});
+    activations_.schedule(activation);
     log.push_back(
         fmt::format("scheduled {}: {} at {}", resource_name(key), text_of(request.mode), due_text));
     return {success_of(request), staged_body(records_->connections, key), "", ""};
@@ -183,12 +197,14 @@ ChangeOutcome Instrument::activate_now(const ConnectionKey& key, CONNECTION_HALF
     try {
         activate(key, staged, texts_of(request, now_text), now);
     } catch (const std::exception& error) {
-        activations_.report_failed({name, mode, now, clock_(), error.what()});
+        const TaiTime end = clock_();
+        activations_.report_failed({name, mode, now, end, error.what(), span_between(now, end)});
         return {ChangeResult::failed, "", "The activation failed, nothing has changed",
                 error.what()};
     }
     connection(key).staged = staged;
-    activations_.report_done({name, mode, now, clock_(), ""});
+    const TaiTime end = clock_();
+    activations_.report_done({name, mode, now, end, "", span_between(now, end)});
     log.push_back(fmt::format("activated {}: {} at {}{}", name, mode, now_text,
                               lateness_of_request(request, now)));
     return {success_of(request), shown, "", ""};
@@ -235,7 +251,7 @@ void Instrument::raise_sdp_version(std::size_t sender, const TaiTime& now)
     version = std::max(version + 1, now.seconds);
 }
 
-std::optional<TaiTime> Instrument::next_due()
+NextDue Instrument::next_due()
 {
     const std::lock_guard lock(mutex_);
     return activations_.next_due();
@@ -247,7 +263,7 @@ bool Instrument::activate_due()
     LogLines failed;
     {
         const std::lock_guard lock(mutex_);
-        while (const auto activation = activations_.take_due(clock_()))
+        while (const auto activation = activations_.take_due(now()))
             activate_scheduled(*activation, done, failed);
     }
     log_all(done);
@@ -270,12 +286,15 @@ void Instrument::activate_scheduled(const ScheduledActivation& activation, LogLi
     set_activation(staged, no_activation);
     try {
         activate(activation.key, staged, {mode, requested, due}, clock_());
-        const TaiTime end = clock_();
-        activations_.report_done({name, mode, activation.due, end, ""});
+        const Instant end = now();
+        const std::chrono::nanoseconds late = lateness(activation, end);
+        activations_.report_done({name, mode, activation.due, end.tai, "", late});
         done.push_back(fmt::format("activated {}: {} at {}, {} us late", name, mode, due,
-                                   span_between(activation.due, end).count() / 1000));
+                                   late.count() / 1000));
     } catch (const std::exception& error) {
-        activations_.report_failed({name, mode, activation.due, clock_(), error.what()});
+        const Instant end = now();
+        activations_.report_failed(
+            {name, mode, activation.due, end.tai, error.what(), lateness(activation, end)});
         failed.push_back("activation of " + name + " failed, nothing has changed: " + error.what());
     }
 }

@@ -6,6 +6,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_INSTRUMENT_H
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_INSTRUMENT_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -47,6 +48,7 @@ class Instrument
 {
 public:
     using Clock = std::function<TaiTime()>;
+    using SteadyClock = std::function<SteadyTime()>;
 
     /// Where a real instrument sets up its hardware: called with the half that becomes active,
     /// before anything changes. An exception means that it cannot be done. It runs under the lock,
@@ -54,7 +56,8 @@ public:
     using ApplyToMedia =
         std::function<void(const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active)>;
 
-    Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media = {});
+    Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media = {},
+               SteadyClock steady_clock = std::chrono::steady_clock::now);
 
     const Configuration& configuration() const { return configuration_; }
     const ResourceIndex& index() const { return index_; }
@@ -77,8 +80,8 @@ public:
     /// "receivers/<id>"
     std::string resource_name(const ConnectionKey& key) const;
 
-    /// When the next scheduled activation is due.
-    std::optional<TaiTime> next_due();
+    /// When the next scheduled activations are due.
+    NextDue next_due();
 
     /// Performs the scheduled activations that are due; true if there were any.
     bool activate_due();
@@ -103,6 +106,7 @@ public:
 private:
     using LogLines = std::vector<std::string>; ///< written after the lock is released
 
+    Instant now() const { return {clock_(), steady_clock_()}; }
     CONNECTION_IS05_ST& connection(const ConnectionKey& key);
     SUBSCRIPTION_IS04_ST& subscription(const ConnectionKey& key);
     std::string id_of(const ConnectionKey& key) const;
@@ -115,8 +119,8 @@ private:
     ChangeOutcome change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
                                 LogLines& log);
     ChangeOutcome stage(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged, LogLines& log);
-    ChangeOutcome schedule(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
-                           const ActivationRequest& request, const TaiTime& due, LogLines& log);
+    ChangeOutcome schedule(CONNECTION_HALF_IS05_ST staged, const ScheduledActivation& activation,
+                           const ActivationRequest& request, LogLines& log);
     ChangeOutcome activate_now(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
                                const ActivationRequest& request, const TaiTime& now, LogLines& log);
     void activate_scheduled(const ScheduledActivation& activation, LogLines& done,
@@ -143,6 +147,7 @@ private:
     const Configuration configuration_;
     const Clock clock_;
     const ApplyToMedia apply_to_media_;
+    const SteadyClock steady_clock_;
     Listeners listeners_;
 
     std::mutex mutex_;

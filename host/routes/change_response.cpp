@@ -3,8 +3,7 @@
 #include "routes/change_response.h"
 
 #include <string>
-
-#include <spdlog/spdlog.h>
+#include <string_view>
 
 #include "http/error_response.h"
 #include "text/quoted_text.h"
@@ -12,10 +11,28 @@
 namespace nmos_instrument::host {
 namespace {
 
-std::string first_line_of(const std::string& text)
+/// "one\ntwo\n" as "one | two". Nothing is cut: findings shorten what a client sent, and all else
+/// in them is ours.
+std::string one_line(std::string_view text)
 {
-    const std::size_t end = text.find('\n');
-    return end == std::string::npos ? text : text.substr(0, end) + " ...";
+    while (text.ends_with('\n'))
+        text.remove_suffix(1);
+    std::string line;
+    for (const char c : text) {
+        if (c == '\n')
+            line += " | ";
+        else
+            line += c;
+    }
+    return line;
+}
+
+std::string refusal_line(int status, const std::string& error, const std::string& debug)
+{
+    std::string line = std::to_string(status) + ' ' + error;
+    if (!debug.empty())
+        line += ": " + one_line(debug);
+    return line;
 }
 
 } // namespace
@@ -37,16 +54,28 @@ int http_status(ChangeResult result)
     return 500;
 }
 
-ChangeOutcome change(Instrument& instrument, const ConnectionKey& key, const ConnectionPatch& patch,
-                     const Findings& findings)
+ChangeOutcome change(const Services& services, const std::string& peer, const ConnectionKey& key,
+                     const ConnectionPatch& patch, const Findings& findings)
 {
+    Instrument& instrument = services.instrument;
     ChangeOutcome outcome =
         findings.empty() ? instrument.change(key, patch) : invalid_parameters(findings.text());
+    for (const std::string& line : outcome.log)
+        services.log.info(peer, line);
     if (outcome.is_refusal())
-        spdlog::info("refused a change of {}: {} {}: {}", instrument.resource_name(key),
-                     http_status(outcome.result), outcome.error,
-                     in_quotes(first_line_of(outcome.debug)));
+        services.log.info(
+            peer, "refused a change of " + instrument.resource_name(key) + ": " +
+                      refusal_line(http_status(outcome.result), outcome.error, outcome.debug));
     return outcome;
+}
+
+void refuse(const Services& services, const HttpRequest& request, const HttpReply& reply,
+            int status, const std::string& error, const std::string& debug)
+{
+    services.log.info(request.peer, "refused " + in_quotes(request.method) + ' ' +
+                                        in_quotes(request.path) + ": " +
+                                        refusal_line(status, error, debug));
+    reply(error_response(status, error, debug));
 }
 
 HttpResponse refusal_response(const ChangeOutcome& outcome)

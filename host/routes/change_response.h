@@ -1,25 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The HTTP response to a change of a connection.
+// The HTTP response to a change of a connection, and what the log says of it.
 
 #ifndef NMOS_INSTRUMENT_HOST_ROUTES_CHANGE_RESPONSE_H
 #define NMOS_INSTRUMENT_HOST_ROUTES_CHANGE_RESPONSE_H
 
+#include <string>
+
 #include "connection/connection_patch.h"
 #include "connection/findings.h"
 #include "http/message.h"
+#include "http/server.h"
 #include "instrument/change_outcome.h"
-#include "instrument/instrument.h"
+#include "routes/services.h"
 
 namespace nmos_instrument::host {
 
 /// IS-05 v1.0, ConnectionAPI.raml: 200, 202, 400, 423 or 500.
 int http_status(ChangeResult result);
 
-/// Makes the change in the instrument, unless `findings` already refuse it. Every refusal is one
-/// line in the log.
-ChangeOutcome change(Instrument& instrument, const ConnectionKey& key, const ConnectionPatch& patch,
-                     const Findings& findings);
+/// Makes the change that `peer` asks for, unless `findings` already refuse it. What was done, and
+/// every refusal, is in the log.
+ChangeOutcome change(const Services& services, const std::string& peer, const ConnectionKey& key,
+                     const ConnectionPatch& patch, const Findings& findings);
+
+/// Answers a request that would have changed something with an error. The log has all of it.
+void refuse(const Services& services, const HttpRequest& request, const HttpReply& reply,
+            int status, const std::string& error, const std::string& debug);
 
 /// The error response for a refusal.
 HttpResponse refusal_response(const ChangeOutcome& outcome);

@@ -5,10 +5,10 @@
 
 #include "connection/bulk_request.h"
 #include "connection/parse_patch.h"
-#include "http/error_response.h"
 #include "routes/change_response.h"
 #include "routes/id_listing.h"
 #include "routes/routes.h"
+#include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
 namespace {
@@ -16,34 +16,39 @@ namespace {
 using nlohmann::json;
 
 /// Does what one PATCH, or one entry of a bulk request, asks for. The caller answers.
-ChangeOutcome patch_staged(Instrument& instrument, const ConnectionKey& key, const json& document)
+ChangeOutcome patch_staged(const Services& services, const std::string& peer,
+                           const ConnectionKey& key, const json& document)
 {
     Findings findings;
     const ConnectionPatch patch = parse_patch(document, key.side, findings);
-    return change(instrument, key, patch, findings);
+    return change(services, peer, key, patch, findings);
 }
 
 template <Side side>
 void patch_one(const Services& services, const JsonRequest& request, const HttpReply& reply)
 {
     const ChangeOutcome outcome =
-        patch_staged(services.instrument, {side, request.index}, request.document);
+        patch_staged(services, request.http.peer, {side, request.index}, request.document);
     if (outcome.is_refusal())
         reply(refusal_response(outcome));
     else
         reply_when_saved(services, reply, json_response(outcome.body, http_status(outcome.result)));
 }
 
-json bulk_answer_to(const Services& services, Side side, const BulkEntry& entry)
+json bulk_answer_to(const Services& services, const std::string& peer, Side side,
+                    const BulkEntry& entry)
 {
     const ResourceKind kind = side == Side::sender ? ResourceKind::sender : ResourceKind::receiver;
     const auto index = services.instrument.index().find(kind, entry.id);
-    if (!index)
+    if (!index) {
+        services.log.info(peer, "refused a change of " + in_quotes(entry.id) +
+                                    ": 404 Not found: no resource has this id");
         return {{"id", entry.id},
                 {"code", 404},
                 {"error", "Not found"},
                 {"debug", "no resource has this id"}};
-    const ChangeOutcome outcome = patch_staged(services.instrument, {side, *index}, *entry.params);
+    }
+    const ChangeOutcome outcome = patch_staged(services, peer, {side, *index}, *entry.params);
     json answer = {{"id", entry.id}, {"code", http_status(outcome.result)}};
     if (outcome.is_refusal()) {
         answer["error"] = outcome.error;
@@ -58,12 +63,13 @@ void post_bulk(const Services& services, const JsonRequest& request, const HttpR
     Findings findings;
     const std::vector<BulkEntry> entries = parse_bulk_request(request.document, findings);
     if (!findings.empty()) {
-        reply(error_response(400, "The body is not a bulk request", findings.text()));
+        refuse(services, request.http, reply, 400, "The body is not a bulk request",
+               findings.text());
         return;
     }
     json answers = json::array();
     for (const BulkEntry& entry : entries)
-        answers.push_back(bulk_answer_to(services, side, entry));
+        answers.push_back(bulk_answer_to(services, request.http.peer, side, entry));
     reply_when_saved(services, reply,
                      json_response(answers.dump(-1, ' ', false, json::error_handler_t::replace)));
 }

@@ -4,10 +4,8 @@
 #include <utility>
 
 #include <nmos_instrument/nmos_instrument.h>
-#include <spdlog/spdlog.h>
 
 #include "connection/target_request.h"
-#include "http/error_response.h"
 #include "http/manifest_fetcher.h"
 #include "records/addresses.h"
 #include "records/record_text.h"
@@ -39,12 +37,13 @@ struct TargetChange
 {
     Services services;
     ConnectionKey receiver;
-    std::string body;
+    HttpRequest request;
     HttpReply reply;
+    std::string body; ///< of the answer
 
     void apply(const ConnectionPatch& patch) const
     {
-        const ChangeOutcome outcome = change(services.instrument, receiver, patch, Findings());
+        const ChangeOutcome outcome = change(services, request.peer, receiver, patch, Findings());
         if (outcome.is_refusal())
             reply(refusal_response(outcome));
         else
@@ -56,15 +55,15 @@ struct TargetChange
 void connect_with_manifest(const Services& services, const TargetSender& sender,
                            const std::shared_ptr<TargetChange>& change)
 {
-    services.manifests.fetch(sender.manifest_href, [change, id = sender.id](
-                                                       const FetchedManifest& manifest) {
-        if (manifest.fetched) {
-            change->apply(patch_to_connect(id, manifest.content));
-            return;
-        }
-        spdlog::info("the manifest of a target could not be fetched: {}", manifest.why);
-        change->reply(error_response(500, "The sender's manifest cannot be fetched", manifest.why));
-    });
+    services.manifests.fetch(sender.manifest_href,
+                             [change, id = sender.id](const FetchedManifest& manifest) {
+                                 if (manifest.fetched) {
+                                     change->apply(patch_to_connect(id, manifest.content));
+                                     return;
+                                 }
+                                 refuse(change->services, change->request, change->reply, 500,
+                                        "The sender's manifest cannot be fetched", manifest.why);
+                             });
 }
 
 void put_target(const Services& services, const JsonRequest& request, const HttpReply& reply)
@@ -72,12 +71,12 @@ void put_target(const Services& services, const JsonRequest& request, const Http
     Findings findings;
     const std::optional<TargetSender> sender = parse_target(request.document, findings);
     if (!findings.empty()) {
-        reply(error_response(400, "The body is neither an IS-04 v1.2 sender nor {}",
-                             findings.text()));
+        refuse(services, request.http, reply, 400,
+               "The body is neither an IS-04 v1.2 sender nor {}", findings.text());
         return;
     }
-    const auto change = std::make_shared<TargetChange>(
-        TargetChange{services, {Side::receiver, request.index}, request.http.body, reply});
+    const auto change = std::make_shared<TargetChange>(TargetChange{
+        services, {Side::receiver, request.index}, request.http, reply, request.http.body});
     if (!sender) {
         change->body = "{}";
         change->apply(patch_to_disconnect());

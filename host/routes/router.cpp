@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include "http/error_response.h"
+#include "routes/change_response.h"
 #include "routes/routes.h"
 #include "text/ascii.h"
 #include "text/json_input.h"
@@ -79,13 +80,6 @@ HttpResponse not_allowed(const std::string& method, const std::string& allowed)
     return response;
 }
 
-HttpResponse unsupported(const std::string& content_type)
-{
-    return error_response(415, "Unsupported media type",
-                          "Content-Type: found " + in_quotes(content_type) +
-                              ", allowed: application/json");
-}
-
 } // namespace
 
 Router::Router(const Services& services)
@@ -139,14 +133,16 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
         return;
     }
     if (!is_json(request.content_type)) {
-        reply(unsupported(*request.content_type));
+        refuse(services_, request, reply, 415, "Unsupported media type",
+               "Content-Type: found " + in_quotes(*request.content_type) +
+                   ", allowed: application/json");
         return;
     }
     nlohmann::json document;
     try {
         document = parse_json(request.body, JsonComments::refused);
     } catch (const MalformedJson& error) {
-        reply(error_response(400, "The body cannot be read as JSON", error.what()));
+        refuse(services_, request, reply, 400, "The body cannot be read as JSON", error.what());
         return;
     }
     std::get<TakeJson>(route.function)(services_, {request, index, document}, reply);

@@ -22,7 +22,7 @@ ordered_json json_of(const std::vector<ActivationReport>& reports)
             {"mode", report.mode},
             {"due", to_text(report.due)},
             {"done", to_text(report.done)},
-            {"late_us", span_between(report.due, report.done).count() / 1000},
+            {"late_us", report.late.count() / 1000},
         };
         if (!report.why.empty())
             entry["why"] = report.why;

@@ -4,10 +4,11 @@
 
 #include <algorithm>
 
-#include <ctime>
+#include <spdlog/fmt/fmt.h>
 #include <sys/timex.h>
 
 namespace nmos_instrument::host {
+
 std::chrono::seconds tai_offset()
 {
     constexpr std::chrono::seconds since_2017{37};
@@ -17,12 +18,33 @@ std::chrono::seconds tai_offset()
     return std::chrono::seconds(state.tai);
 }
 
+TaiTime tai_time_of(const timespec& utc, std::chrono::seconds offset)
+{
+    const std::int64_t seconds = std::int64_t{utc.tv_sec} + offset.count();
+    if (seconds < 0)
+        return {};
+    return {static_cast<std::uint64_t>(seconds), static_cast<std::int32_t>(utc.tv_nsec)};
+}
+
+std::string clock_warning(const timespec& utc)
+{
+    if (utc.tv_sec >= 0)
+        return "";
+    return fmt::format("the system clock shows a time before 1970, {} s before: until it is set, "
+                       "times and versions start at 0 and stay there",
+                       -utc.tv_sec);
+}
+
+timespec utc_now()
+{
+    timespec utc{};
+    clock_gettime(CLOCK_REALTIME, &utc);
+    return utc;
+}
+
 TaiTime tai_now()
 {
-    timespec utc;
-    clock_gettime(CLOCK_REALTIME, &utc);
-    return {static_cast<std::uint64_t>(utc.tv_sec + tai_offset().count()),
-            static_cast<std::int32_t>(utc.tv_nsec)};
+    return tai_time_of(utc_now(), tai_offset());
 }
 
 std::chrono::system_clock::time_point system_time_of(const TaiTime& time)

@@ -4,6 +4,8 @@
 #define NMOS_INSTRUMENT_HOST_TIME_TAI_CLOCK_H
 
 #include <chrono>
+#include <ctime>
+#include <string>
 
 #include "time/tai_time.h"
 
@@ -12,6 +14,15 @@ namespace nmos_instrument::host {
 /// TAI minus UTC: the kernel's offset, which a PTP or NTP daemon maintains, or 37 s if it has not
 /// been set. 37 s has been right since 2017-01-01; no leap second has been announced since then.
 std::chrono::seconds tai_offset();
+
+/// `utc`, as the system clock shows it, as TAI. Before 1970 it is 0: TAI times have no sign.
+TaiTime tai_time_of(const timespec& utc, std::chrono::seconds offset);
+
+/// What is wrong with a system clock that shows `utc`, for a log; empty if nothing is.
+std::string clock_warning(const timespec& utc);
+
+/// What the system clock shows.
+timespec utc_now();
 
 /// The machine's time as TAI.
 TaiTime tai_now();

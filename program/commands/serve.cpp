@@ -2,7 +2,7 @@
 
 #include "commands/serve.h"
 
-#include <csignal>
+#include <chrono>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -12,17 +12,24 @@
 #include <system_error>
 #include <utility>
 
-#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/fmt/fmt.h>
 #include <spdlog/spdlog.h>
+#include <unistd.h>
 
 #include "commands/configuration_options.h"
+#include "commands/end_signals.h"
 #include "commands/number_option.h"
+#include "commands/version_text.h"
 #include "http/manifest_fetcher.h"
 #include "http/server.h"
 #include "instrument/activation_thread.h"
 #include "instrument/instrument.h"
 #include "instrument/state_file.h"
+#include "log/patient_output.h"
+#include "log/program_log.h"
 #include "records/addresses.h"
+#include "records/record_text.h"
+#include "routes/client_log.h"
 #include "routes/router.h"
 #include "text/quoted_text.h"
 #include "time/tai_clock.h"
@@ -40,48 +47,15 @@ struct ServeOptions
     std::string log_level = "info";
 };
 
-void start_log(const std::string& level)
-{
-    const auto logger = std::make_shared<spdlog::logger>(
-        "nmos-instrument", std::make_shared<spdlog::sinks::stderr_sink_mt>());
-    logger->set_level(spdlog::level::from_str(level));
-    logger->set_pattern("%Y-%m-%dT%H:%M:%S.%e %l: %v");
-    spdlog::set_default_logger(logger);
-}
-
-/// Keeps SIGTERM and SIGINT for the thread that waits for them. Make it before any thread starts:
-/// threads inherit the blocked signals.
-class EndSignals
-{
-public:
-    EndSignals()
-    {
-        sigemptyset(&signals_);
-        sigaddset(&signals_, SIGTERM);
-        sigaddset(&signals_, SIGINT);
-        pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
-        // The program does not end because a client goes away.
-        static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-    }
-
-    int wait() const
-    {
-        int signal = 0;
-        sigwait(&signals_, &signal);
-        return signal;
-    }
-
-private:
-    sigset_t signals_{};
-};
-
-host::HttpServerOptions server_options(const ServeOptions& options)
+host::HttpServerOptions server_options(const ServeOptions& options, host::ClientLog& log)
 {
     host::HttpServerOptions server;
     server.connections_per_address = options.connections_per_address;
-    server.on_request = [](const host::HttpAccess& access) {
-        spdlog::debug("{} {} {} {} {} us", access.peer, host::in_quotes(access.method),
-                      host::in_quotes(access.path), access.status, access.duration.count());
+    server.on_request = [&log](const host::HttpAccess& access) {
+        if (spdlog::should_log(spdlog::level::debug))
+            log.debug(access.peer, fmt::format("{} {} {} {} us", host::in_quotes(access.method),
+                                               host::in_quotes(access.path), access.status,
+                                               access.duration.count()));
     };
     server.on_failure = [](const std::string& failure) { spdlog::error("http: {}", failure); };
     server.on_diagnostic = [](const std::string& remark) { spdlog::debug("http: {}", remark); };
@@ -106,9 +80,42 @@ host::ListeningSocket listen(const ServeOptions& options, const host::ServerSett
     }
 }
 
+std::string name_of(const std::optional<std::string>& file)
+{
+    return file ? *file : "none";
+}
+
+/// What somebody who only has the log wants to know first.
+void log_start(const ServeOptions& options, const host::Configuration& configuration,
+               const std::string& node_id, unsigned connection_limit)
+{
+    const auto& interfaces = configuration.interfaces;
+    spdlog::info("{}: node {}, configuration {}, state {}, interfaces {} and {}, serving {} (at "
+                 "most {} connections)",
+                 version_text(), node_id, name_of(options.configuration.file),
+                 name_of(options.state_file), interfaces[0].address, interfaces[1].address,
+                 host::base_url(configuration.server), connection_limit);
+    const std::string clock_warning = host::clock_warning(host::utc_now());
+    if (!clock_warning.empty())
+        spdlog::warn("{}", clock_warning);
+    if (configuration.server.address.starts_with("127."))
+        spdlog::info("only this machine can reach {}: set server.address in the configuration",
+                     configuration.server.address);
+}
+
+/// A script that started us waits for it. Nobody else may ever read it: that must not stop us.
+void print_url(const std::string& url)
+{
+    PatientOutput output(STDOUT_FILENO);
+    output.give_up_at(PatientOutput::Clock::now() + std::chrono::seconds(1));
+    if (!output.write(url + '\n'))
+        spdlog::warn("standard output: the URL could not be written");
+}
+
 void run(const ServeOptions& options, host::Configuration configuration)
 {
     const EndSignals end_signals;
+    host::ClientLog client_log;
 
     // The port comes first, because the records of the instrument name it.
     host::ListeningSocket socket = listen(options, configuration.server);
@@ -131,23 +138,21 @@ void run(const ServeOptions& options, host::Configuration configuration)
     });
 
     host::ManifestFetcher manifests;
-    const host::Router router({instrument, manifests, state_file ? &*state_file : nullptr});
+    const host::Router router(
+        {instrument, manifests, client_log, state_file ? &*state_file : nullptr});
     // The server comes last, so that it stops before anything that its handlers use goes away.
     const host::HttpServer server(
-        std::move(socket), server_options(options),
+        std::move(socket), server_options(options, client_log),
         [&](const host::HttpRequest& request, const host::HttpReply& reply) {
             router.handle(request, reply);
         });
 
-    const std::string url = host::base_url(configuration.server);
-    spdlog::info("serving {} (at most {} connections)", url, server.connection_limit());
-    if (configuration.server.address.starts_with("127."))
-        spdlog::info("only this machine can reach {}: set server.address in the configuration",
-                     configuration.server.address);
-    std::cout << url << std::endl; // flushed, because a script that started us waits for it
+    const std::string node_id = instrument.read(
+        [](const host::Records& records) { return std::string(host::text_of(records.node.id)); });
+    log_start(options, configuration, node_id, server.connection_limit());
+    print_url(host::base_url(configuration.server));
 
-    const int signal = end_signals.wait();
-    spdlog::info("stopping on signal {}", signal);
+    spdlog::info("stopping on {}", end_signals.wait());
 }
 
 ExitStatus serve(const ServeOptions& options)
@@ -163,7 +168,7 @@ ExitStatus serve(const ServeOptions& options)
         answer_about(*configuration, options.configuration, std::cout);
         return done;
     }
-    start_log(options.log_level);
+    const ProgramLog log(options.log_level);
     try {
         run(options, *configuration);
     } catch (const std::exception& error) {

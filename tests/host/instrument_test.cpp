@@ -4,8 +4,11 @@
 
 #include "instrument/instrument.h"
 
+#include <chrono>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -15,6 +18,8 @@
 
 namespace nmos_instrument::host {
 namespace {
+
+using namespace std::chrono_literals;
 
 class InstrumentTest : public testing::Test
 {
@@ -45,7 +50,15 @@ protected:
         });
     }
 
+    /// The next scheduled activation if all are absolute.
+    std::optional<TaiTime> next_absolute()
+    {
+        EXPECT_EQ(instrument_.next_due().steady, std::nullopt);
+        return instrument_.next_due().tai;
+    }
+
     TaiTime now_{1000, 0};
+    SteadyTime steady_{50s};
     bool hardware_fails_ = false;
     int applied_ = 0;
     Instrument instrument_{Configuration(), [this] { return now_; },
@@ -53,7 +66,8 @@ protected:
                                if (hardware_fails_)
                                    throw std::runtime_error("no lock on the reference");
                                ++applied_;
-                           }};
+                           },
+                           [this] { return steady_; }};
     const ConnectionKey receiver_{Side::receiver, 0};
 };
 
@@ -80,12 +94,12 @@ TEST_F(InstrumentTest, AScheduledActivationThatFails)
     const ChangeOutcome outcome =
         instrument_.change(receiver_, activation(ActivationMode::scheduled_relative, {5, 0}));
     EXPECT_EQ(outcome.result, ChangeResult::accepted);
-    EXPECT_EQ(instrument_.next_due(), (TaiTime{1005, 0}));
+    EXPECT_EQ(instrument_.next_due(), (NextDue{std::nullopt, SteadyTime(55s)}));
     hardware_fails_ = true;
-    now_ = {1005, 1};
+    steady_ += 5s;
     EXPECT_TRUE(instrument_.activate_due());
     EXPECT_EQ(active(0), before);
-    EXPECT_EQ(instrument_.next_due(), std::nullopt);
+    EXPECT_EQ(instrument_.next_due(), NextDue());
     ASSERT_EQ(instrument_.status().failures.size(), 1U);
     EXPECT_EQ(instrument_.status().failures[0].mode, "activate_scheduled_relative");
     // It is unlocked, and the staged parameters are still there for another attempt.
@@ -99,7 +113,7 @@ TEST_F(InstrumentTest, ScheduledActivationsHappenWhenTheyAreDueAndNotBefore)
     const ConnectionKey other{Side::receiver, 1};
     instrument_.change(receiver_, activation(ActivationMode::scheduled_absolute, {1010, 5}));
     instrument_.change(other, activation(ActivationMode::scheduled_absolute, {1005, 0}));
-    EXPECT_EQ(instrument_.next_due(), (TaiTime{1005, 0}));
+    EXPECT_EQ(next_absolute(), (TaiTime{1005, 0}));
     now_ = {1004, 999'999'999};
     EXPECT_FALSE(instrument_.activate_due());
     EXPECT_EQ(applied_, 0);
@@ -107,11 +121,61 @@ TEST_F(InstrumentTest, ScheduledActivationsHappenWhenTheyAreDueAndNotBefore)
     EXPECT_TRUE(instrument_.activate_due());
     EXPECT_EQ(applied_, 1);
     EXPECT_EQ(active(1)["activation"]["activation_time"], "1005:0");
-    EXPECT_EQ(instrument_.next_due(), (TaiTime{1010, 5}));
+    EXPECT_EQ(next_absolute(), (TaiTime{1010, 5}));
     now_ = {2000, 0};
     EXPECT_TRUE(instrument_.activate_due());
     EXPECT_EQ(active(0)["activation"]["activation_time"], "1010:5");
     EXPECT_EQ(version(0), "2000:0");
+}
+
+TEST_F(InstrumentTest, ARelativeActivationDoesNotFollowTheSystemClock)
+{
+    instrument_.change(receiver_, activation(ActivationMode::scheduled_relative, {5, 0}));
+    now_.seconds += 3600; // an hour forward
+    EXPECT_FALSE(instrument_.activate_due());
+    steady_ += 4s;
+    EXPECT_FALSE(instrument_.activate_due());
+    now_ = {1000 - 900, 0}; // and back
+    steady_ += 1s;
+    EXPECT_TRUE(instrument_.activate_due());
+    // The controller was told this time, so it is shown; the versions follow the clock.
+    EXPECT_EQ(active(0)["activation"]["activation_time"], "1005:0");
+    EXPECT_EQ(instrument_.status().activations[0].late, 0s);
+    EXPECT_EQ(version(0), "1000:1");
+}
+
+TEST_F(InstrumentTest, AnAbsoluteActivationFollowsTheSystemClock)
+{
+    instrument_.change(receiver_, activation(ActivationMode::scheduled_absolute, {4600, 0}));
+    steady_ += 24h;
+    EXPECT_FALSE(instrument_.activate_due());
+    now_ = {100, 0}; // back
+    EXPECT_FALSE(instrument_.activate_due());
+    now_ = {4600, 0}; // forward
+    EXPECT_TRUE(instrument_.activate_due());
+}
+
+TEST_F(InstrumentTest, ARelativeActivationInTheFarFutureDoesNotOverflowTheSteadyClock)
+{
+    const TaiTime longest{last_tai_second - 1000, 0};
+    EXPECT_EQ(instrument_.change(receiver_, activation(ActivationMode::scheduled_relative, longest))
+                  .result,
+              ChangeResult::accepted);
+    ASSERT_TRUE(instrument_.next_due().steady);
+    EXPECT_GT(*instrument_.next_due().steady, steady_ + 24h * 365 * 99);
+}
+
+TEST_F(InstrumentTest, WhatWasDoneIsTold)
+{
+    const std::string name = instrument_.resource_name(receiver_);
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(instrument_.change(receiver_, {}).log, (Lines{"staged parameters of " + name}));
+    EXPECT_EQ(instrument_.change(receiver_, activation(ActivationMode::immediate)).log,
+              (Lines{"activated " + name + ": activate_immediate at 1000:0"}));
+    const ConnectionPatch later = activation(ActivationMode::scheduled_relative, {5, 0});
+    EXPECT_EQ(instrument_.change(receiver_, later).log,
+              (Lines{"scheduled " + name + ": activate_scheduled_relative at 1005:0"}));
+    EXPECT_EQ(instrument_.change(receiver_, later).log, Lines());
 }
 
 TEST_F(InstrumentTest, VersionsRiseWhenTheClockDoesNot)
@@ -141,7 +205,7 @@ TEST_F(InstrumentTest, ListenersHearWhatTheyNeed)
     EXPECT_EQ((std::pair{changes, schedules}), (std::pair{2, 1}));
     EXPECT_EQ(instrument_.change(receiver_, {}).result, ChangeResult::locked);
     EXPECT_EQ(changes, 2);
-    now_ = {1006, 0};
+    steady_ += 6s;
     instrument_.activate_due();
     EXPECT_EQ(changes, 3);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <chrono>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -68,6 +70,25 @@ TEST(TaiClock, IsAheadOfUtcByTheOffset)
     EXPECT_LE(before, point);
     EXPECT_LE(point, after);
     EXPECT_GE(tai_offset(), 37s);
+}
+
+TEST(TaiTimeOf, AClockBefore1970IsZeroAndDoesNotWrap)
+{
+    EXPECT_EQ(tai_time_of({1'700'000'000, 5}, 37s), (TaiTime{1'700'000'037, 5}));
+    EXPECT_EQ(tai_time_of({0, 0}, 37s), (TaiTime{37, 0}));
+    EXPECT_EQ(tai_time_of({-37, 5}, 37s), (TaiTime{0, 5}));
+    EXPECT_EQ(tai_time_of({-38, 999'999'999}, 37s), (TaiTime{0, 0}));
+    EXPECT_EQ(tai_time_of({-3600, 5}, 37s), (TaiTime{0, 0}));
+    EXPECT_EQ(tai_time_of({std::numeric_limits<std::int64_t>::min(), 0}, 37s), (TaiTime{0, 0}));
+}
+
+TEST(ClockWarning, OnlyBefore1970)
+{
+    EXPECT_EQ(clock_warning({0, 0}), "");
+    EXPECT_EQ(clock_warning({1'700'000'000, 0}), "");
+    EXPECT_EQ(clock_warning({-3600, 0}),
+              "the system clock shows a time before 1970, 3600 s before: until it is set, times "
+              "and versions start at 0 and stay there");
 }
 
 TEST(SystemTimeOf, IsExactWhenNearAndBoundedWhenFar)

@@ -8,6 +8,7 @@ import pathlib
 import signal
 import subprocess
 import tempfile
+import time
 import unittest
 
 PROGRAM = os.environ.get("NMOS_INSTRUMENT", "nmos-instrument")
@@ -52,20 +53,26 @@ def with_fault(name, **variables):
 class Instrument:
     """The program at work; `with` ends it."""
 
-    def __init__(self, *options, configuration=None, environment=None):
+    def __init__(self, *options, configuration=None, environment=None, stderr=None, stdout=None,
+                 log_level="debug"):
+        """`stderr` and `stdout` take the place of the file that `log` reads and of the pipe that
+        the URL is read from; without that pipe the port is not known."""
         self.folder = tempfile.TemporaryDirectory()
         arguments = [PROGRAM, "serve", "--first-free-port", "--port", PORT,
-                     "--log-level", "debug", *options]
+                     "--log-level", log_level, *options]
         if configuration is not None:
             path = pathlib.Path(self.folder.name) / "configuration.json"
             path.write_text(json.dumps(configuration), encoding="utf-8")
             arguments += ["--config", str(path)]
         self.log_path = pathlib.Path(self.folder.name) / "log"
         with self.log_path.open("wb") as log:
-            self.process = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=log,
-                                            env=environment)
+            self.process = subprocess.Popen(arguments, stdout=stdout or subprocess.PIPE,
+                                            stderr=stderr or log, env=environment)
+        if stdout is not None:
+            return
         self.url = self.process.stdout.readline().decode().strip()
         if not self.url:
+            self.process.wait(timeout=30)
             raise AssertionError("it did not start: " + self.log)
         self.host, port = self.url[len("http://"):].rstrip("/").split(":")
         self.port = int(port)
@@ -76,11 +83,16 @@ class Instrument:
     def __exit__(self, *_):
         self.end()
 
-    def end(self, with_signal=signal.SIGTERM):
+    def end_program(self, with_signal=signal.SIGTERM):
+        """The log is complete then, and can still be read."""
         if self.process.poll() is None:
             self.process.send_signal(with_signal)
-        status = self.process.wait(timeout=30)
-        self.process.stdout.close()
+        return self.process.wait(timeout=30)
+
+    def end(self, with_signal=signal.SIGTERM):
+        status = self.end_program(with_signal)
+        if self.process.stdout is not None:
+            self.process.stdout.close()
         self.folder.cleanup()
         return status
 
@@ -88,17 +100,30 @@ class Instrument:
     def log(self):
         return self.log_path.read_text(encoding="utf-8", errors="replace")
 
-    def connect(self):
-        return http.client.HTTPConnection(self.host, self.port, timeout=30)
+    def wait_for_log(self, text, count=1):
+        """The log is written by a thread of its own, so a line may come after the answer that it
+        tells of. Waits until `text` is there `count` times, and returns the log."""
+        end = time.monotonic() + 10
+        while self.log.count(text) < count:
+            if time.monotonic() > end:
+                raise AssertionError(f"not in the log: {text!r}\n{self.log[-2000:]}")
+            time.sleep(0.01)
+        return self.log
 
-    def request(self, method, path, body=None, headers=None):
+    def connect(self, source=""):
+        """`source`: the client's address, for tests of what the log says of one client; others may
+        have used up the lines of 127.0.0.1."""
+        return http.client.HTTPConnection(self.host, self.port, timeout=30,
+                                          source_address=(source, 0))
+
+    def request(self, method, path, body=None, headers=None, source=""):
         """`body` as it is when it is text or bytes, else as JSON; None is no body."""
         if body is not None and not isinstance(body, (str, bytes)):
             body = json.dumps(body)
             headers = {"Content-Type": "application/json", **(headers or {})}
         if isinstance(body, str):
             body = body.encode("utf-8")
-        connection = self.connect()
+        connection = self.connect(source)
         try:
             connection.request(method, path, body, headers or {})
             return Answer(connection.getresponse())

@@ -78,8 +78,9 @@ class Abuse(InstrumentTest):
 
     def test_names_do_not_forge_the_log(self):
         self.instrument.request("PATCH", self.staged_path,
-                                '{"sender_id":"\\nforged\\u001b[2J"}')
-        self.instrument.get("/%0aforged")
+                                '{"sender_id":"\\nforged\\u001b[2J"}', source="127.0.0.2")
+        self.instrument.request("GET", "/%0aforged", source="127.0.0.2")
+        self.instrument.wait_for_log('"/%0aforged"')
         self.assertNotIn("\nforged", self.instrument.log)
         self.assertNotIn("\x1b", self.instrument.log)
 

@@ -250,8 +250,8 @@ class Activation(InstrumentTest):
         self.assertLess(late[len(late) // 2], 10_000)
 
     def test_reports(self):
-        self.instrument.patch(self.receivers[20], IMMEDIATE)
+        self.instrument.patch(self.receivers[20], IMMEDIATE, source="127.0.0.2")
         report = self.instrument.status()["last_activations"][0]
         self.assertEqual((report["resource"], report["mode"]),
                          (self.receivers[20], "activate_immediate"))
-        self.assertIn(f"activated {self.receivers[20]}: activate_immediate", self.instrument.log)
+        self.instrument.wait_for_log(f"activated {self.receivers[20]}: activate_immediate")

@@ -133,11 +133,11 @@ class Durability(unittest.TestCase):
             self.assertGreater(int(after.split()[3]), int(sdp.split()[3]))
         # Without audio and ancillary data, their senders are dropped.
         with self.start({"streams": {"sender_essences": "video only"}}) as instrument:
-            self.assertIn("dropped the saved parameters of 2", instrument.log)
+            instrument.wait_for_log("dropped the saved parameters of 2")
             self.assertEqual(instrument.resources("senders"), senders[:4])
         # Another serial number is another instrument.
         with self.start({"serial_number": "other"}) as instrument:
-            self.assertIn("dropped the saved parameters of 28", instrument.log)
+            instrument.wait_for_log("dropped the saved parameters of 28")
             self.assertFalse(instrument.active(instrument.resources("receivers")[0])["master_enable"])
 
     def test_other_interfaces(self):
@@ -153,7 +153,7 @@ class Durability(unittest.TestCase):
                                           interfaces):
                     own = leg["source_ip" if resource.startswith("senders") else "interface_ip"]
                     self.assertEqual(own, interface["address"])
-            self.assertIn("is now 192.0.2.77", instrument.log)
+            instrument.wait_for_log("is now 192.0.2.77")
 
     def test_damaged_files_are_set_aside(self):
         with self.start() as instrument:
@@ -173,7 +173,7 @@ class Durability(unittest.TestCase):
                 with self.start() as instrument:
                     self.assertEqual([instrument.active(resource)
                                       for resource in instrument.resources("receivers")], fresh)
-                    self.assertIn("is damaged", instrument.log)
+                    instrument.wait_for_log("is damaged")
                 aside = [path for path in self.folder.iterdir() if "damaged" in path.name]
                 self.assertEqual([path.read_bytes() for path in aside], [damage])
                 with self.start() as instrument:
@@ -193,7 +193,7 @@ class Durability(unittest.TestCase):
             (self.folder / "state.new").mkdir()
             self.assertEqual(instrument.patch(receiver, IMMEDIATE).status, 200)
             self.assertIn("state.new", instrument.status()["state_file"])
-            self.assertIn("the state cannot be saved", instrument.log)
+            instrument.wait_for_log("the state cannot be saved")
             (self.folder / "state.new").rmdir()
             self.assertEqual(instrument.patch(receiver, IMMEDIATE).status, 200)
             self.assertEqual(instrument.status()["state_file"], "saved")

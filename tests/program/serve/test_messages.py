@@ -6,7 +6,7 @@ import subprocess
 import tempfile
 import unittest
 
-from instrument import PROGRAM, Instrument, seconds
+from instrument import EXAMPLES, INTERFACES, PROGRAM, Instrument, seconds, with_fault
 
 
 class Messages(unittest.TestCase):
@@ -21,15 +21,15 @@ class Messages(unittest.TestCase):
 
     def test_on_loopback_only_this_machine_can_reach_it(self):
         with Instrument() as instrument:
-            self.assertIn("only this machine can reach 127.0.0.1: set server.address", instrument.log)
+            instrument.wait_for_log("only this machine can reach 127.0.0.1: set server.address")
 
     def test_first_start_and_restored_state(self):
         with tempfile.TemporaryDirectory() as folder:
             state = str(pathlib.Path(folder) / "s.json")
             with Instrument("--state", state) as instrument:
-                self.assertIn(f"no {state} yet: starting with the configuration", instrument.log)
+                instrument.wait_for_log(f"no {state} yet: starting with the configuration")
             with Instrument("--state", state) as instrument:
-                self.assertIn(f"state restored from {state}", instrument.log)
+                instrument.wait_for_log(f"state restored from {state}")
 
     def test_an_absolute_activation_in_the_past(self):
         with Instrument() as instrument:
@@ -38,9 +38,39 @@ class Messages(unittest.TestCase):
             answer = instrument.patch(receiver, {"activation": {
                 "mode": "activate_scheduled_absolute", "requested_time": f"{now - 37}:0"}})
             self.assertEqual(answer.status, 202)
+            instrument.wait_for_log(f"activated {receiver}")
             self.assertRegex(instrument.log, f"activated {receiver}: activate_scheduled_absolute at "
                              r"\d+:\d+, 3[78]\.\d{3} s after the requested time "
                              r"\(UTC instead of TAI\?\)")
+
+    def test_the_start_is_one_line(self):
+        with tempfile.TemporaryDirectory() as folder:
+            state = str(pathlib.Path(folder) / "s.json")
+            configuration = str(EXAMPLES / "default.json")
+            with Instrument("--state", state, "--config", configuration) as instrument:
+                log = instrument.wait_for_log(f"serving {instrument.url} (at most")
+                line = next(line for line in log.splitlines() if "serving" in line)
+                version = subprocess.run([PROGRAM, "--version"], stdout=subprocess.PIPE,
+                                         check=True).stdout.decode().strip()
+                for words in (version, "node " + instrument.node("self")["id"],
+                              "configuration " + configuration, "state " + state):
+                    self.assertIn(words, line)
+            with Instrument() as instrument:
+                instrument.wait_for_log("configuration none, state none, interfaces "
+                                        f"{INTERFACES[0]} and {INTERFACES[1]}")
+
+    def test_a_clock_before_1970(self):
+        with Instrument(environment=with_fault("old_clock")) as instrument:
+            instrument.wait_for_log("the system clock shows a time before 1970, 3600 s before: until "
+                                    "it is set, times and versions start at 0")
+            self.assertEqual(instrument.status()["tai"], "0:0")
+            receiver = instrument.resources("receivers")[0]
+            self.assertEqual(instrument.node(receiver)["version"], "0:0")
+            answer = instrument.patch(receiver, {"activation": {
+                "mode": "activate_scheduled_relative", "requested_time": "0:200000000"}})
+            self.assertEqual(answer.json["activation"]["activation_time"], "0:200000000")
+            instrument.wait_for_log(f"activated {receiver}")
+            self.assertEqual(instrument.node(receiver)["version"], "0:1")
 
 
 if __name__ == "__main__":

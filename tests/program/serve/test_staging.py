@@ -80,10 +80,10 @@ class Staging(InstrumentTest):
         self.assertEqual(after["transport_params"][0]["destination_port"], 5004)
 
     def test_a_source_port_of_its_own_is_not_kept(self):
-        after = self.staged_after(self.senders[3], {"transport_params": [
-            {"source_port": 7000, "destination_port": 6000}, {}]})
+        after = self.instrument.patch(self.senders[3], {"transport_params": [
+            {"source_port": 7000, "destination_port": 6000}, {}]}, source="127.0.0.2").json
         self.assertEqual(after["transport_params"][0]["source_port"], 6000)
-        self.assertIn("source_port 7000 of leg 1 is not kept", self.instrument.log)
+        self.instrument.wait_for_log("source_port 7000 of leg 1 is not kept")
 
     # Side, patch, path in "debug", a word of what is allowed.
     REFUSED = [
@@ -210,9 +210,10 @@ class Staging(InstrumentTest):
         self.assertGreater(count, 200)
 
     def test_every_finding_is_named(self):
-        answer = self.instrument.patch(self.receivers[5], {"master_enable": 1, "nothing": 2})
+        answer = self.instrument.patch(self.receivers[5], {"master_enable": 1, "nothing": 2},
+                                       source="127.0.0.3")
         self.assert_error(answer, 400, "/master_enable", "/nothing")
-        self.assertIn(f"refused a change of {self.receivers[5]}: 400", self.instrument.log)
+        self.instrument.wait_for_log(f"refused a change of {self.receivers[5]}: 400")
 
     def test_a_long_value_does_not_come_back_whole(self):
         long = "x" * 500_000

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_ROUTES_CLIENT_LOG_H
+#define NMOS_INSTRUMENT_HOST_ROUTES_CLIENT_LOG_H
+
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <spdlog/common.h>
+
+#include "routes/line_limit.h"
+
+namespace nmos_instrument::host {
+
+/// The log lines that clients cause, with the client in front: "192.0.2.1:50123 activated ...". A
+/// client that causes too many loses some (see LineLimit), and the log says how many. All threads
+/// may use it. Nothing throws: what a client asked for does not fail because a line is lost.
+class ClientLog
+{
+public:
+    ClientLog() = default;
+    ~ClientLog();
+
+    ClientLog(const ClientLog&) = delete;
+    ClientLog& operator=(const ClientLog&) = delete;
+
+    /// `peer` is the client's address and port.
+    void info(const std::string& peer, std::string_view line) noexcept;
+    void debug(const std::string& peer, std::string_view line) noexcept;
+
+private:
+    /// The lines of one level. Each has its own limit, so that the many debug lines do not cost
+    /// those that an operator always wants.
+    class Level
+    {
+    public:
+        explicit Level(spdlog::level::level_enum level) : level_(level) {}
+
+        void write(const std::string& peer, std::string_view line);
+        void say_what_else_was_left_out();
+
+    private:
+        bool allows(const std::string& peer);
+        void say_left_out(const std::vector<LineLimit::LeftOut>& clients) const;
+
+        const spdlog::level::level_enum level_;
+        std::mutex mutex_;
+        LineLimit limit_;
+        LineLimit::Time last_look_;
+    };
+
+    Level info_{spdlog::level::info};
+    Level debug_{spdlog::level::debug};
+};
+
+} // namespace nmos_instrument::host
+
+#endif

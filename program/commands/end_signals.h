@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_PROGRAM_COMMANDS_END_SIGNALS_H
+#define NMOS_INSTRUMENT_PROGRAM_COMMANDS_END_SIGNALS_H
+
+#include <csignal>
+#include <string>
+
+namespace nmos_instrument::program {
+
+/// Keeps the signals of the program for the thread that waits for them. Only SIGTERM and SIGINT end
+/// it; once they have, further ones change nothing. Make it before any thread starts: threads
+/// inherit the blocked signals.
+class EndSignals
+{
+public:
+    EndSignals();
+
+    /// Waits for SIGTERM or SIGINT and returns its name. What else arrives is logged.
+    std::string wait() const;
+
+private:
+    sigset_t signals_{};
+};
+
+} // namespace nmos_instrument::program
+
+#endif
