@@ -202,7 +202,9 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
         ->check(whole_number(0, 1'000'000, "0 to 1000000"))
         ->capture_default_str()
         ->type_name("N");
-    command->add_option("--log-level", options->log_level, "how much is logged to standard error")
+    command
+        ->add_option("--log-level", options->log_level,
+                     "how much is logged to standard error; debug: each request too")
         ->check(CLI::IsMember({"debug", "info", "warning", "error", "off"}))
         ->capture_default_str()
         ->type_name("LEVEL");
