@@ -179,7 +179,8 @@ std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const Connection& connec
     const HttpRequest& request = connection.exchange->request;
     auto answer = std::make_shared<PendingAnswer>(mhd, connection.loop);
     const auto fail = [&](const char* what) {
-        report(options_.on_failure, request.method + ' ' + request.path + ": " + what);
+        report(options_.on_failure, request.peer + ' ' + in_quotes(request.method) + ' ' +
+                                        in_quotes(request.path) + ": " + what);
         answer->give(error_response(500, "Internal error", what));
     };
     // This copy lasts until an exception is reported: unwinding destroys the handler's copy first.

@@ -8,11 +8,18 @@
 
 namespace nmos_instrument::host {
 
+namespace {
+
+/// Where a client's address and port would stand.
+constexpr const char* http = "http:";
+
+} // namespace
+
 ClientLog::~ClientLog()
 {
     try {
-        info_.say_what_else_was_left_out();
-        debug_.say_what_else_was_left_out();
+        for (Level* const level : {&error_, &info_, &debug_})
+            level->say_what_else_was_left_out();
     } catch (...) {
         return; // memory is short
     }
@@ -20,23 +27,34 @@ ClientLog::~ClientLog()
 
 void ClientLog::info(const std::string& peer, std::string_view line) noexcept
 {
-    try {
-        info_.write(peer, line);
-    } catch (...) {
-        return; // memory is short
-    }
+    info_.write(peer, line);
 }
 
 void ClientLog::debug(const std::string& peer, std::string_view line) noexcept
 {
+    debug_.write(peer, line);
+}
+
+void ClientLog::http_failure(std::string_view what) noexcept
+{
+    error_.write(http, what);
+}
+
+void ClientLog::http_remark(std::string_view what) noexcept
+{
+    debug_.write(http, what);
+}
+
+void ClientLog::Level::write(const std::string& peer, std::string_view line) noexcept
+{
     try {
-        debug_.write(peer, line);
+        write_if_allowed(peer, line);
     } catch (...) {
         return; // memory is short
     }
 }
 
-void ClientLog::Level::write(const std::string& peer, std::string_view line)
+void ClientLog::Level::write_if_allowed(const std::string& peer, std::string_view line)
 {
     if (spdlog::should_log(level_) && allows(peer))
         spdlog::log(level_, "{} {}", peer, line);

@@ -30,6 +30,10 @@ public:
     void info(const std::string& peer, std::string_view line) noexcept;
     void debug(const std::string& peer, std::string_view line) noexcept;
 
+    /// What the HTTP server reports without naming a client. All of it counts as one client.
+    void http_failure(std::string_view what) noexcept;
+    void http_remark(std::string_view what) noexcept;
+
 private:
     /// The lines of one level. Each has its own limit, so that the many debug lines do not cost
     /// those that an operator always wants.
@@ -38,10 +42,11 @@ private:
     public:
         explicit Level(spdlog::level::level_enum level) : level_(level) {}
 
-        void write(const std::string& peer, std::string_view line);
+        void write(const std::string& peer, std::string_view line) noexcept;
         void say_what_else_was_left_out();
 
     private:
+        void write_if_allowed(const std::string& peer, std::string_view line);
         bool allows(const std::string& peer);
         void say_left_out(const std::vector<LineLimit::LeftOut>& clients) const;
 
@@ -51,6 +56,7 @@ private:
         LineLimit::Time last_look_;
     };
 
+    Level error_{spdlog::level::err};
     Level info_{spdlog::level::info};
     Level debug_{spdlog::level::debug};
 };

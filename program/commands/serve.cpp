@@ -57,8 +57,8 @@ host::HttpServerOptions server_options(const ServeOptions& options, host::Client
                                                host::in_quotes(access.path), access.status,
                                                access.duration.count()));
     };
-    server.on_failure = [](const std::string& failure) { spdlog::error("http: {}", failure); };
-    server.on_diagnostic = [](const std::string& remark) { spdlog::debug("http: {}", remark); };
+    server.on_failure = [&log](const std::string& failure) { log.http_failure(failure); };
+    server.on_diagnostic = [&log](const std::string& remark) { log.http_remark(remark); };
     return server;
 }
 

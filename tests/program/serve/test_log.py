@@ -2,6 +2,7 @@
 """What the log says, to whom, and what happens when nobody reads it."""
 
 import fcntl
+import http.client
 import os
 import pathlib
 import re
@@ -14,7 +15,7 @@ import tempfile
 import time
 import unittest
 
-from instrument import IMMEDIATE, PROGRAM, SINGLE, Instrument, file_patch, sdp_file
+from instrument import IMMEDIATE, PROGRAM, SINGLE, Instrument, file_patch, sdp_file, with_fault
 
 ABSENT = "5709255c-c0ae-4e1e-99a0-e872e83e48e0"
 LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z (debug|info|warning|error|critical): .+")
@@ -143,6 +144,19 @@ class Content(unittest.TestCase):
                                 source="127.0.0.99")
         log = self.instrument.wait_for_log("127.0.0.99")
         self.assertIn('415 Unsupported media type: Content-Type: found "text/\\x1bplain"', log)
+
+    def test_malformed_requests_do_not_fill_it(self):
+        """The server's remarks on them name no client, so they count together."""
+        with Instrument() as instrument:
+            for _ in range(200):
+                with socket.create_connection((instrument.host, instrument.port)) as client:
+                    client.sendall(b"GET / HTTP/1.1\r\nContent-Length: x\r\n\r\n")
+                    client.recv(100)
+            instrument.end_program()
+            written = len(lines_with(instrument.log, "debug: http: "))
+            self.assertGreater(written, 0)
+            self.assertLess(written, 150)
+            self.assertIn(" lines of http were left out", instrument.log)
 
     def test_one_client_does_not_fill_the_log(self):
         connection = self.instrument.connect("127.0.0.2")
@@ -389,6 +403,34 @@ class NobodyReads(unittest.TestCase):
             line = pipe.read_until(b'/"19\\x01')
             self.assertGreater(len(line), 4096)
             self.assertEqual(line.count(" | "), 19)
+
+
+class ShortMemory(unittest.TestCase):
+    def test_lines_are_lost_and_the_log_goes_on(self):
+        with tempfile.NamedTemporaryFile() as control:
+            def one_fails_in(allocations):
+                control.seek(0)
+                control.write(struct.pack("I", allocations))
+                control.flush()
+
+            one_fails_in(0)
+            environment = with_fault("short_memory", NMOS_SHORT_MEMORY=control.name)
+            with Instrument(environment=environment) as instrument:
+                receiver = instrument.resources("receivers")[0]
+                body = {f"{n:02}" + "m" * 60: n for n in range(20)}
+                one_fails_in(10)
+                for n in range(100):
+                    try:
+                        instrument.patch(receiver, body, source=f"127.0.3.{n + 1}")
+                    except (OSError, http.client.HTTPException):
+                        pass  # the server had no memory for an answer
+                one_fails_in(0)
+                instrument.patch(receiver, {"x": 1}, source="127.0.4.1")
+                instrument.wait_for_log("info: 127.0.4.1:")
+                instrument.wait_for_log("lines of the log are lost, because")
+                self.assertEqual(instrument.end_program(), 0)
+                for line in instrument.log.splitlines():
+                    self.assertRegex(line, LINE)
 
 
 class StandardDescriptors(unittest.TestCase):
