@@ -30,8 +30,8 @@ std::string clock_warning(const timespec& utc)
 {
     if (utc.tv_sec >= 0)
         return "";
-    return fmt::format("the system clock shows a time before 1970, {} s before: until it is set, "
-                       "times and versions start at 0 and stay there",
+    return fmt::format("the system clock shows a time before 1970, {} s before: times and versions "
+                       "start at 0 until it is set",
                        -utc.tv_sec);
 }
 

@@ -87,8 +87,8 @@ TEST(ClockWarning, OnlyBefore1970)
     EXPECT_EQ(clock_warning({0, 0}), "");
     EXPECT_EQ(clock_warning({1'700'000'000, 0}), "");
     EXPECT_EQ(clock_warning({-3600, 0}),
-              "the system clock shows a time before 1970, 3600 s before: until it is set, times "
-              "and versions start at 0 and stay there");
+              "the system clock shows a time before 1970, 3600 s before: times and versions "
+              "start at 0 until it is set");
 }
 
 TEST(SystemTimeOf, IsExactWhenNearAndBoundedWhenFar)

@@ -61,8 +61,8 @@ class Messages(unittest.TestCase):
 
     def test_a_clock_before_1970(self):
         with Instrument(environment=with_fault("old_clock")) as instrument:
-            instrument.wait_for_log("the system clock shows a time before 1970, 3600 s before: until "
-                                    "it is set, times and versions start at 0")
+            instrument.wait_for_log("warning: the system clock shows a time before 1970, 3600 s "
+                                    "before: times and versions start at 0 until it is set")
             self.assertEqual(instrument.status()["tai"], "0:0")
             receiver = instrument.resources("receivers")[0]
             self.assertEqual(instrument.node(receiver)["version"], "0:0")
