@@ -132,6 +132,11 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
         reply((*make_response)(services_, index));
         return;
     }
+    // All other routes change something.
+    if (const std::string why = services_.permission.refusal_of(request.peer); !why.empty()) {
+        refuse(services_, request, reply, 403, "Changes are not allowed", why);
+        return;
+    }
     if (!is_json(request.content_type)) {
         refuse(services_, request, reply, 415, "Unsupported media type",
                "Content-Type: found " + in_quotes(*request.content_type) +

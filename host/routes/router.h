@@ -16,6 +16,7 @@ namespace nmos_instrument::host {
 /// - With GET and HEAD the path may end with a slash. With other methods that is a 404 (IS-04 v1.2,
 ///   APIs: the primary path of every resource has no slash at its end).
 /// - OPTIONS is answered because browsers ask before they send a request that is not simple.
+/// - A change by a client that may not change anything is a 403, before its body is looked at.
 /// - A body whose media type is not JSON is a 415; without a type it counts as JSON. A body that is
 ///   not JSON is a 400, which says where the error is.
 class Router

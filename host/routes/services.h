@@ -10,6 +10,7 @@
 #include "http/server.h"
 #include "instrument/instrument.h"
 #include "instrument/state_file.h"
+#include "routes/change_permission.h"
 #include "routes/client_log.h"
 
 namespace nmos_instrument::host {
@@ -21,6 +22,7 @@ struct Services
     ManifestFetcher& manifests;
     ClientLog& log;
     StateFile* state_file = nullptr; ///< null: nothing survives a restart
+    ChangePermission permission;
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
 };
 

@@ -18,6 +18,7 @@
 
 #include "commands/configuration_options.h"
 #include "commands/end_signals.h"
+#include "commands/network_option.h"
 #include "commands/number_option.h"
 #include "commands/version_text.h"
 #include "http/manifest_fetcher.h"
@@ -29,6 +30,7 @@
 #include "log/program_log.h"
 #include "records/addresses.h"
 #include "records/record_text.h"
+#include "routes/change_permission.h"
 #include "routes/client_log.h"
 #include "routes/router.h"
 #include "text/quoted_text.h"
@@ -44,6 +46,7 @@ struct ServeOptions
     std::optional<int> port;
     bool first_free_port = false;
     unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
+    host::ChangePermission changes;
     std::string log_level = "info";
 };
 
@@ -139,7 +142,7 @@ void run(const ServeOptions& options, host::Configuration configuration)
 
     host::ManifestFetcher manifests;
     const host::Router router(
-        {instrument, manifests, client_log, state_file ? &*state_file : nullptr});
+        {instrument, manifests, client_log, state_file ? &*state_file : nullptr, options.changes});
     // The server comes last, so that it stops before anything that its handlers use goes away.
     const host::HttpServer server(
         std::move(socket), server_options(options, client_log),
@@ -196,6 +199,11 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
         ->type_name("PORT");
     command->add_flag("--first-free-port", options->first_free_port,
                       "if the port is in use, serve at the next free one");
+    command->add_flag("--read-only", options->changes.read_only,
+                      "refuse every change of a connection with 403");
+    add_network_option(*command, "--allow", options->changes.clients,
+                       "network or address of clients that may change connections; without it, "
+                       "every client may");
     command
         ->add_option("--connections-per-address", options->connections_per_address,
                      "how many connections one client may have at once; 0: no limit")
