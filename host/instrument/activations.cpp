@@ -6,6 +6,17 @@
 #include <utility>
 
 namespace nmos_instrument::host {
+namespace {
+
+constexpr std::size_t most_reports = 20;
+
+} // namespace
+
+Activations::Activations()
+{
+    done_.reserve(most_reports);
+    failed_.reserve(most_reports);
+}
 
 void Activations::schedule(const ScheduledActivation& activation)
 {
@@ -33,23 +44,20 @@ std::optional<TaiTime> Activations::next_due() const
     return next;
 }
 
-std::optional<ScheduledActivation> Activations::take_due(const TaiTime& now)
+std::optional<ScheduledActivation> Activations::find_due(const TaiTime& now) const
 {
     const auto due = std::find_if(scheduled_.begin(), scheduled_.end(),
                                   [&](const auto& entry) { return entry.second.due <= now; });
     if (due == scheduled_.end())
         return std::nullopt;
-    const ScheduledActivation taken = due->second;
-    scheduled_.erase(due);
-    return taken;
+    return due->second;
 }
 
-void Activations::remember(std::deque<ActivationReport>& list, ActivationReport report)
+void Activations::remember(std::vector<ActivationReport>& list, ActivationReport&& report)
 {
-    constexpr std::size_t most = 20;
-    list.push_front(std::move(report));
-    if (list.size() > most)
+    if (list.size() == most_reports)
         list.pop_back();
+    list.insert(list.begin(), std::move(report));
 }
 
 } // namespace nmos_instrument::host

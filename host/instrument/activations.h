@@ -3,11 +3,11 @@
 #ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATIONS_H
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATIONS_H
 
-#include <deque>
 #include <map>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "connection/connection_patch.h"
 #include "time/tai_time.h"
@@ -36,6 +36,8 @@ struct ActivationReport
 class Activations
 {
 public:
+    Activations();
+
     void schedule(const ScheduledActivation& activation);
     /// False if none was scheduled.
     bool cancel(const ConnectionKey& key);
@@ -47,22 +49,23 @@ public:
     /// When the next one is due.
     std::optional<TaiTime> next_due() const;
 
-    /// Removes one that is due from the schedule, and returns it.
-    std::optional<ScheduledActivation> take_due(const TaiTime& now);
+    /// One that is due.
+    std::optional<ScheduledActivation> find_due(const TaiTime& now) const;
 
-    void report_done(ActivationReport report) { remember(done_, std::move(report)); }
-    void report_failed(ActivationReport report) { remember(failed_, std::move(report)); }
+    // They need no memory, so that what has been done is always reported.
+    void report_done(ActivationReport&& report) { remember(done_, std::move(report)); }
+    void report_failed(ActivationReport&& report) { remember(failed_, std::move(report)); }
 
     /// The latest ones, newest first.
-    const std::deque<ActivationReport>& done() const { return done_; }
-    const std::deque<ActivationReport>& failed() const { return failed_; }
+    const std::vector<ActivationReport>& done() const { return done_; }
+    const std::vector<ActivationReport>& failed() const { return failed_; }
 
 private:
-    static void remember(std::deque<ActivationReport>& list, ActivationReport report);
+    static void remember(std::vector<ActivationReport>& list, ActivationReport&& report);
 
     std::map<ConnectionKey, ScheduledActivation> scheduled_;
-    std::deque<ActivationReport> done_;
-    std::deque<ActivationReport> failed_;
+    std::vector<ActivationReport> done_;
+    std::vector<ActivationReport> failed_;
 };
 
 } // namespace nmos_instrument::host
