@@ -2,9 +2,14 @@
 
 #include "instrument/saved_state.h"
 
+#include <cstddef>
+#include <limits>
+
 #include <nlohmann/json.hpp>
 
 #include "configuration/resource_counts.h"
+#include "instrument/saved_value.h"
+#include "records/fill_records.h"
 #include "records/record_text.h"
 #include "text/json_input.h"
 #include "time/tai_time.h"
@@ -14,7 +19,12 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int format_number = 1;
+constexpr std::uint64_t format_number = 1;
+constexpr std::uint64_t any_hash = std::numeric_limits<std::uint64_t>::max();
+
+/// Of all kinds: the node and its only device besides the rest.
+constexpr std::size_t resource_count =
+    2 + source_count + flow_count + sender_count + receiver_count;
 
 json json_of(const CONNECTION_HALF_IS05_ST& half)
 {
@@ -48,69 +58,77 @@ json json_of(const std::map<std::string, SavedConnection>& connections)
     return object;
 }
 
-template <std::size_t N>
-void read_text(const json& object, const char* key, char (&field)[N])
-{
-    set_text(field, object.at(key).get_ref<const std::string&>());
-}
-
-CONNECTION_HALF_IS05_ST half_from(const json& object)
+CONNECTION_HALF_IS05_ST half_from(const SavedValue& value)
 {
     CONNECTION_HALF_IS05_ST half{};
     half.leg_count = leg_count;
-    read_text(object, "peer_id", half.peer_id);
-    half.master_enable = object.at("master_enable").get<bool>();
-    read_text(object, "mode", half.mode);
-    read_text(object, "requested_time", half.requested_time);
-    read_text(object, "activation_time", half.activation_time);
-    read_text(object, "transport_file_data", half.transport_file_data);
-    read_text(object, "transport_file_type", half.transport_file_type);
+    value.member("peer_id").copy_to(half.peer_id);
+    half.master_enable = value.member("master_enable").flag();
+    value.member("mode").copy_to(half.mode);
+    value.member("requested_time").copy_to(half.requested_time);
+    value.member("activation_time").copy_to(half.activation_time);
+    value.member("transport_file_data").copy_to(half.transport_file_data);
+    value.member("transport_file_type").copy_to(half.transport_file_type);
+    const SavedValue legs = value.member("legs");
     for (std::size_t i = 0; i < leg_count; ++i) {
-        const json& from = object.at("legs").at(i);
+        const SavedValue from = legs.element(i, leg_count);
         CONNECTION_LEG_IS05_ST& leg = half.transport_params[i];
-        read_text(from, "source_ip", leg.source_ip);
-        read_text(from, "destination_ip", leg.destination_ip);
-        read_text(from, "interface_ip", leg.interface_ip);
-        leg.destination_port = from.at("destination_port").get<int>();
-        leg.rtp_enabled = from.at("rtp_enabled").get<bool>();
+        from.member("source_ip").copy_to(leg.source_ip);
+        from.member("destination_ip").copy_to(leg.destination_ip);
+        from.member("interface_ip").copy_to(leg.interface_ip);
+        leg.destination_port =
+            static_cast<int>(from.member("destination_port").whole_number(1, 65535));
+        leg.rtp_enabled = from.member("rtp_enabled").flag();
     }
     return half;
 }
 
-std::map<std::string, SavedConnection> connections_from(const json& object)
+std::map<std::string, SavedConnection> connections_from(const SavedValue& value, std::size_t most)
 {
     std::map<std::string, SavedConnection> connections;
-    for (const auto& [id, value] : object.items()) {
+    value.for_each_member(most, [&](const std::string& id, const SavedValue& from) {
         SavedConnection& connection = connections[id];
-        connection.staged = half_from(value.at("staged"));
-        connection.active = half_from(value.at("active"));
-        connection.sdp_version = value.at("sdp_version").get<std::uint64_t>();
-        connection.sdp_hash = value.at("sdp_hash").get<std::uint64_t>();
-    }
+        connection.staged = half_from(from.member("staged"));
+        connection.active = half_from(from.member("active"));
+        connection.sdp_version = from.member("sdp_version").whole_number(0, last_sdp_version);
+        connection.sdp_hash = from.member("sdp_hash").whole_number(0, any_hash);
+    });
     return connections;
 }
 
-TaiTime time_from(const json& value)
+SavedCounters counters_from(const SavedValue& value)
 {
-    const auto time = parse_tai_time(value.get_ref<const std::string&>());
-    if (!time)
-        throw DamagedState("found " + value.dump() + " as the version of a resource");
-    return *time;
+    // Nmos.h: 254 is followed by 0.
+    const auto counter = [&](const char* name) {
+        return static_cast<int>(value.member(name).whole_number(0, 254));
+    };
+    return {counter("self"),    counter("sources"), counter("flows"),
+            counter("devices"), counter("senders"), counter("receivers")};
 }
 
-SavedState state_from(const json& object)
+SavedState state_from(const SavedValue& value)
 {
     SavedState state;
-    const json& counters = object.at("counters");
-    state.counters = {counters.at("self").get<int>(),    counters.at("sources").get<int>(),
-                      counters.at("flows").get<int>(),   counters.at("devices").get<int>(),
-                      counters.at("senders").get<int>(), counters.at("receivers").get<int>()};
-    for (const auto& [id, resource] : object.at("resources").items())
-        state.resources[id] = {time_from(resource.at("version")),
-                               resource.at("body_hash").get<std::uint64_t>()};
-    state.senders = connections_from(object.at("senders"));
-    state.receivers = connections_from(object.at("receivers"));
+    state.counters = counters_from(value.member("counters"));
+    value.member("resources")
+        .for_each_member(resource_count, [&](const std::string& id, const SavedValue& from) {
+            state.resources[id] = {from.member("version").version(),
+                                   from.member("body_hash").whole_number(0, any_hash)};
+        });
+    state.senders = connections_from(value.member("senders"), sender_count);
+    state.receivers = connections_from(value.member("receivers"), receiver_count);
     return state;
+}
+
+/// Throws DamagedState.
+SavedState state_from_document(const json& document)
+{
+    const SavedValue whole(document);
+    whole.member("format").whole_number(format_number, format_number);
+    const SavedValue state = whole.member("state");
+    if (whole.member("checksum").whole_number(0, any_hash) != stable_hash(state.json().dump()))
+        throw DamagedState("the checksum does not match the content");
+    return state_from(state);
 }
 
 } // namespace
@@ -149,19 +167,8 @@ std::string write_saved_state(const SavedState& state)
 SavedState parse_saved_state(const std::string& text)
 {
     try {
-        const json document = parse_json(text, JsonComments::refused);
-        if (document.at("format") != format_number)
-            throw DamagedState("found format " + document.at("format").dump() +
-                               ", allowed: " + std::to_string(format_number));
-        const json& object = document.at("state");
-        if (document.at("checksum") != stable_hash(object.dump()))
-            throw DamagedState("the checksum does not match the content");
-        return state_from(object);
+        return state_from_document(parse_json(text, JsonComments::refused));
     } catch (const MalformedJson& error) {
-        throw DamagedState(error.what());
-    } catch (const json::exception& error) {
-        throw DamagedState(error.what());
-    } catch (const std::length_error& error) {
         throw DamagedState(error.what());
     }
 }
