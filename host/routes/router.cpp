@@ -138,6 +138,11 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
         reply((*make_response)(services_, index));
         return;
     }
+    // All other routes change something.
+    if (const std::optional<HttpResponse> refusal = refusal_of_change(services_)) {
+        reply(*refusal);
+        return;
+    }
     if (!is_json(request.content_type)) {
         reply(unsupported(*request.content_type));
         return;

@@ -21,6 +21,8 @@
 #include "http/server.h"
 #include "instrument/activation_thread.h"
 #include "instrument/instrument.h"
+#include "instrument/replaced_file.h"
+#include "instrument/restore_from.h"
 #include "instrument/state_file.h"
 #include "records/addresses.h"
 #include "routes/router.h"
@@ -34,6 +36,7 @@ struct ServeOptions
 {
     ConfigurationOptions configuration;
     std::optional<std::string> state_file;
+    bool state_reset = false;
     std::optional<int> port;
     bool first_free_port = false;
     unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
@@ -62,6 +65,8 @@ public:
         pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
         // The program does not end because a client goes away.
         static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+        // Nor because a file grows above its limit: that is like a full disk.
+        static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     }
 
     int wait() const
@@ -106,20 +111,23 @@ host::ListeningSocket listen(const ServeOptions& options, const host::ServerSett
     }
 }
 
-void run(const ServeOptions& options, host::Configuration configuration)
+/// Nothing if there is no --state.
+std::optional<host::ReplacedFile> open_state_file(const ServeOptions& options)
 {
-    const EndSignals end_signals;
-
-    // The port comes first, because the records of the instrument name it.
-    host::ListeningSocket socket = listen(options, configuration.server);
-    configuration.server.port = socket.port();
-
-    host::Instrument instrument(configuration, host::tai_now);
-    std::optional<host::StateFile> state_file;
-    if (options.state_file) {
-        host::restore_from(*options.state_file, instrument);
-        state_file.emplace(*options.state_file, instrument);
+    if (!options.state_file)
+        return std::nullopt;
+    try {
+        return host::ReplacedFile(*options.state_file);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error("--state " + *options.state_file + ": " + error.what());
     }
+}
+
+/// Serves until a signal ends it. When it returns, nothing changes the instrument any more.
+void serve_until_signal(const ServeOptions& options, host::ListeningSocket socket,
+                        host::Instrument& instrument, host::StateFile* state_file,
+                        const EndSignals& end_signals)
+{
     host::ActivationThread activations(instrument);
     instrument.listen({
         .changed =
@@ -131,7 +139,7 @@ void run(const ServeOptions& options, host::Configuration configuration)
     });
 
     host::ManifestFetcher manifests;
-    const host::Router router({instrument, manifests, state_file ? &*state_file : nullptr});
+    const host::Router router({instrument, manifests, state_file});
     // The server comes last, so that it stops before anything that its handlers use goes away.
     const host::HttpServer server(
         std::move(socket), server_options(options),
@@ -139,15 +147,38 @@ void run(const ServeOptions& options, host::Configuration configuration)
             router.handle(request, reply);
         });
 
-    const std::string url = host::base_url(configuration.server);
+    const host::ServerSettings& settings = instrument.configuration().server;
+    const std::string url = host::base_url(settings);
     spdlog::info("serving {} (at most {} connections)", url, server.connection_limit());
-    if (configuration.server.address.starts_with("127."))
+    if (settings.address.starts_with("127."))
         spdlog::info("only this machine can reach {}: set server.address in the configuration",
-                     configuration.server.address);
+                     settings.address);
     std::cout << url << std::endl; // flushed, because a script that started us waits for it
 
     const int signal = end_signals.wait();
     spdlog::info("stopping on signal {}", signal);
+}
+
+ExitStatus run(const ServeOptions& options, host::Configuration configuration)
+{
+    const EndSignals end_signals;
+
+    // Before the port: a state file in use is the better reason to give up.
+    const std::optional<host::ReplacedFile> file = open_state_file(options);
+    // Before the instrument, because its records name the port.
+    host::ListeningSocket socket = listen(options, configuration.server);
+    configuration.server.port = socket.port();
+
+    host::Instrument instrument(configuration, host::tai_now);
+    std::optional<host::StateFile> state_file;
+    if (file) {
+        host::restore_from(*file, instrument,
+                           options.state_reset ? host::StateReset::yes : host::StateReset::no);
+        state_file.emplace(*file, instrument);
+    }
+    serve_until_signal(options, std::move(socket), instrument, state_file ? &*state_file : nullptr,
+                       end_signals);
+    return state_file && !state_file->finish() ? unreadable : done;
 }
 
 ExitStatus serve(const ServeOptions& options)
@@ -165,12 +196,11 @@ ExitStatus serve(const ServeOptions& options)
     }
     start_log(options.log_level);
     try {
-        run(options, *configuration);
+        return run(options, *configuration);
     } catch (const std::exception& error) {
         spdlog::critical("cannot serve: {}", error.what());
         return unreadable;
     }
-    return done;
 }
 
 } // namespace
@@ -181,10 +211,16 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
     CLI::App* const command =
         program.add_subcommand("serve", "Runs the instrument on the network as an NMOS node");
     options->configuration.add_to(*command);
+    CLI::Option* const state =
+        command
+            ->add_option("--state", options->state_file,
+                         "file that keeps connections, versions and counters across restarts; one "
+                         "process at a time may use it")
+            ->type_name("FILE");
     command
-        ->add_option("--state", options->state_file,
-                     "file that keeps connections, versions and counters across restarts")
-        ->type_name("FILE");
+        ->add_flag("--state-reset", options->state_reset,
+                   "renames the file to FILE.previous and starts afresh")
+        ->needs(state);
     command
         ->add_option("--port", options->port, "TCP port, instead of the one in the configuration")
         ->check(whole_number(1, 65535, "1 to 65535"))
