@@ -103,8 +103,10 @@ FileLock::FileLock(const std::string& file) : name_(file + ".lock"), descriptor_
 
 FileLock::~FileLock()
 {
-    // Before the lock goes with its descriptor: the name is still ours.
-    ::unlink(name_.c_str());
+    // Before the lock goes with its descriptor. If somebody removed the file, the name may by now be
+    // that of another process.
+    if (still_has_its_name(descriptor_, name_))
+        ::unlink(name_.c_str());
 }
 
 } // namespace nmos_instrument::host

@@ -20,10 +20,15 @@ namespace {
 /// More than any state needs: a larger file is something else.
 constexpr std::size_t size_limit = 16UL * 1024 * 1024;
 
+/// More than any finding needs; a message about broken JSON may quote all of the file.
+constexpr std::size_t longest_reason = 400;
+
 constexpr const char* previous = ".previous";
 
-void set_aside(const ReplacedFile& file, const std::string& why)
+void set_aside(const ReplacedFile& file, const std::string& reason)
 {
+    const std::string why =
+        printable(reason.substr(0, longest_reason)) + (reason.size() > longest_reason ? "..." : "");
     const std::string ending = ".damaged-" + std::to_string(tai_now().seconds);
     file.rename_beside(ending);
     spdlog::error("--state {} is damaged: {}; it is now {}; starting with the configuration",
@@ -69,7 +74,7 @@ void restore_or_reset(const ReplacedFile& file, Instrument& instrument, StateRes
     try {
         restore(file, *text, instrument);
     } catch (const DamagedState& error) {
-        set_aside(file, printable(error.what()));
+        set_aside(file, error.what());
     }
 }
 

@@ -65,6 +65,12 @@ class StateFile(unittest.TestCase):
             pass
         self.assertEqual(self.names(), ["state"])
 
+    def test_a_lock_that_somebody_removed(self):
+        with self.start():
+            (self.folder / "state.lock").unlink()
+            (self.folder / "state.lock").write_text("of another process")
+        self.assertEqual((self.folder / "state.lock").read_text(), "of another process")
+
     def test_what_lies_in_the_place_of_the_lock(self):
         lock = self.folder / "state.lock"
         victim = self.folder / "victim"
