@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "configuration/resource_counts.h"
+#include "instrument/json_text.h"
 #include "instrument/saved_value.h"
 #include "records/fill_records.h"
 #include "records/record_text.h"
@@ -17,8 +18,6 @@
 namespace nmos_instrument::host {
 namespace {
 
-using nlohmann::json;
-
 constexpr std::uint64_t format_number = 1;
 constexpr std::uint64_t any_hash = std::numeric_limits<std::uint64_t>::max();
 
@@ -26,36 +25,80 @@ constexpr std::uint64_t any_hash = std::numeric_limits<std::uint64_t>::max();
 constexpr std::size_t resource_count =
     2 + source_count + flow_count + sender_count + receiver_count;
 
-json json_of(const CONNECTION_HALF_IS05_ST& half)
+// The members stand in ascending order of their keys.
+
+void write_leg(JsonText& json, const CONNECTION_LEG_IS05_ST& leg)
 {
-    json legs = json::array();
-    for (const CONNECTION_LEG_IS05_ST& leg : half.transport_params) {
-        legs.push_back({{"source_ip", text_of(leg.source_ip)},
-                        {"destination_ip", text_of(leg.destination_ip)},
-                        {"interface_ip", text_of(leg.interface_ip)},
-                        {"destination_port", static_cast<int>(leg.destination_port)},
-                        {"rtp_enabled", leg.rtp_enabled != 0}});
-    }
-    return {{"peer_id", text_of(half.peer_id)},
-            {"master_enable", half.master_enable != 0},
-            {"mode", text_of(half.mode)},
-            {"requested_time", text_of(half.requested_time)},
-            {"activation_time", text_of(half.activation_time)},
-            {"transport_file_data", text_of(half.transport_file_data)},
-            {"transport_file_type", text_of(half.transport_file_type)},
-            {"legs", legs}};
+    json.begin_object();
+    json.key("destination_ip").text(text_of(leg.destination_ip));
+    json.key("destination_port").number(static_cast<std::uint64_t>(leg.destination_port));
+    json.key("interface_ip").text(text_of(leg.interface_ip));
+    json.key("rtp_enabled").flag(leg.rtp_enabled != 0);
+    json.key("source_ip").text(text_of(leg.source_ip));
+    json.end_object();
 }
 
-json json_of(const std::map<std::string, SavedConnection>& connections)
+void write_half(JsonText& json, const CONNECTION_HALF_IS05_ST& half)
 {
-    json object = json::object();
+    json.begin_object();
+    json.key("activation_time").text(text_of(half.activation_time));
+    json.key("legs").begin_array();
+    for (const CONNECTION_LEG_IS05_ST& leg : half.transport_params)
+        write_leg(json.element(), leg);
+    json.end_array();
+    json.key("master_enable").flag(half.master_enable != 0);
+    json.key("mode").text(text_of(half.mode));
+    json.key("peer_id").text(text_of(half.peer_id));
+    json.key("requested_time").text(text_of(half.requested_time));
+    json.key("transport_file_data").text(text_of(half.transport_file_data));
+    json.key("transport_file_type").text(text_of(half.transport_file_type));
+    json.end_object();
+}
+
+void write_connections(JsonText& json, const std::map<std::string, SavedConnection>& connections)
+{
+    json.begin_object();
     for (const auto& [id, connection] : connections) {
-        object[id] = {{"staged", json_of(connection.staged)},
-                      {"active", json_of(connection.active)},
-                      {"sdp_version", connection.sdp_version},
-                      {"sdp_hash", connection.sdp_hash}};
+        json.key(id).begin_object();
+        write_half(json.key("active"), connection.active);
+        json.key("sdp_hash").number(connection.sdp_hash);
+        json.key("sdp_version").number(connection.sdp_version);
+        write_half(json.key("staged"), connection.staged);
+        json.end_object();
     }
-    return object;
+    json.end_object();
+}
+
+void write_counters(JsonText& json, const SavedCounters& counters)
+{
+    const auto write = [&](const char* name, int counter) {
+        json.key(name).number(static_cast<std::uint64_t>(counter));
+    };
+    json.begin_object();
+    write("devices", counters.devices);
+    write("flows", counters.flows);
+    write("receivers", counters.receivers);
+    write("self", counters.self);
+    write("senders", counters.senders);
+    write("sources", counters.sources);
+    json.end_object();
+}
+
+void write_state(JsonText& json, const SavedState& state)
+{
+    json.begin_object();
+    write_counters(json.key("counters"), state.counters);
+    write_connections(json.key("receivers"), state.receivers);
+    json.key("resources").begin_object();
+    for (const auto& [id, resource] : state.resources) {
+        json.key(id).begin_object();
+        json.key("body_hash").number(resource.body_hash);
+        json.key("version").text(to_text(resource.version));
+        json.end_object();
+    }
+    json.end_object();
+    write_connections(json.key("senders"), state.senders);
+    json.end_object();
 }
 
 CONNECTION_HALF_IS05_ST half_from(const SavedValue& value)
@@ -121,7 +164,7 @@ SavedState state_from(const SavedValue& value)
 }
 
 /// Throws DamagedState.
-SavedState state_from_document(const json& document)
+SavedState state_from_document(const nlohmann::json& document)
 {
     const SavedValue whole(document);
     whole.member("format").whole_number(format_number, format_number);
@@ -145,23 +188,16 @@ std::uint64_t stable_hash(const std::string& text)
 
 std::string write_saved_state(const SavedState& state)
 {
-    const SavedCounters& counters = state.counters;
-    json resources = json::object();
-    for (const auto& [id, resource] : state.resources)
-        resources[id] = {{"version", to_text(resource.version)}, {"body_hash", resource.body_hash}};
-    const json object = {{"counters",
-                          {{"self", counters.self},
-                           {"sources", counters.sources},
-                           {"flows", counters.flows},
-                           {"devices", counters.devices},
-                           {"senders", counters.senders},
-                           {"receivers", counters.receivers}}},
-                         {"resources", resources},
-                         {"senders", json_of(state.senders)},
-                         {"receivers", json_of(state.receivers)}};
-    const json document = {
-        {"format", format_number}, {"checksum", stable_hash(object.dump())}, {"state", object}};
-    return document.dump(1) + '\n';
+    JsonText compact(JsonForm::compact);
+    write_state(compact, state);
+
+    JsonText json(JsonForm::indented);
+    json.begin_object();
+    json.key("checksum").number(stable_hash(compact.take()));
+    json.key("format").number(format_number);
+    write_state(json.key("state"), state);
+    json.end_object();
+    return json.take() + '\n';
 }
 
 SavedState parse_saved_state(const std::string& text)

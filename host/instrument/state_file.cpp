@@ -115,7 +115,11 @@ void StateFile::run()
             wake_up_.wait_until(lock, next_try_, [this] { return ends_; });
             is_last = ends_;
         }
-        save();
+        try {
+            save();
+        } catch (const std::exception&) {
+            // Not even the log has memory. What is not saved is tried again.
+        }
         // Nothing can be tried after a write that hangs.
         is_last = is_last || writer_.is_busy();
     }

@@ -213,5 +213,24 @@ TEST_F(FailingChangeTest, LookingAtTheStateChangesNothing)
     EXPECT_EQ(everything(), before);
 }
 
+TEST_F(FailingChangeTest, WritingTheStateThrowsAndDoesNotEndTheProgram)
+{
+    const SavedState state = instrument_.saved_state();
+    const std::string expected = write_saved_state(state);
+    std::string written;
+    long failures = 0;
+    for (; written.empty(); ++failures) {
+        ASSERT_LT(failures, 10000) << "it never succeeds";
+        allocations_left = failures;
+        counting = true;
+        try {
+            written = write_saved_state(state);
+        } catch (const std::bad_alloc&) {}
+        counting = false;
+    }
+    EXPECT_GT(failures, 5) << "something was allocated";
+    EXPECT_EQ(written, expected);
+}
+
 } // namespace
 } // namespace nmos_instrument::host

@@ -202,6 +202,22 @@ TEST_F(InstrumentTest, VersionsEndBeforeTheyBeginAgain)
     EXPECT_NO_THROW(parse_saved_state(write_saved_state(instrument_.saved_state())));
 }
 
+TEST(SavedStateText, IsWhatTheReaderWouldWrite)
+{
+    spdlog::set_level(spdlog::level::off);
+    Instrument instrument(Configuration(), [] { return TaiTime{1, 0}; });
+    SavedState state = instrument.saved_state();
+    std::string odd;
+    for (int byte = 1; byte < 128; ++byte)
+        odd += static_cast<char>(byte);
+    set_text(state.receivers.begin()->second.staged.transport_file_data, odd + "\xc3\xa4");
+    state.senders.clear();
+    const std::string text = write_saved_state(state);
+    EXPECT_EQ(text, nlohmann::json::parse(text).dump(1) + '\n');
+    const SavedState read = parse_saved_state(text);
+    EXPECT_EQ(text_of(read.receivers.begin()->second.staged.transport_file_data), odd + "\xc3\xa4");
+}
+
 TEST(SavedStateText, AnyChangedByteIsFound)
 {
     spdlog::set_level(spdlog::level::off);
