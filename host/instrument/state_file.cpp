@@ -158,8 +158,8 @@ std::string StateFile::wait_for_writer()
             return *std::move(outcome);
         try {
             look_at_deadlines(deadline);
-        } catch (const std::exception& error) {
-            spdlog::error("the state file: {}", error.what()); // the next look may succeed
+        } catch (const std::exception&) {
+            // The next look may find the memory that this one did not.
         }
         if (gives_up())
             return "writing has not ended";
@@ -175,11 +175,11 @@ void StateFile::look_at_deadlines(Clock::time_point write_deadline)
     std::vector<Waiting> late;
     {
         const std::lock_guard lock(mutex_);
-        late =
-            take_waiting([&](const Waiting& waiting) { return hangs || waiting.deadline <= now; });
         is_news = hangs && trouble_ != trouble;
         if (hangs)
             trouble_ = trouble;
+        late =
+            take_waiting([&](const Waiting& waiting) { return hangs || waiting.deadline <= now; });
     }
     if (is_news)
         spdlog::error("the state cannot be saved: {}", trouble);
