@@ -38,7 +38,7 @@ protected:
         ASSERT_FALSE(instrument_.change({Side::receiver, 0}, patch).is_refusal());
     }
 
-    std::string content() const { return read_whole_file(file_, 1024 * 1024); }
+    std::string content() const { return read_whole_file(file_, 1'000'000); }
 
     std::string expected() { return write_saved_state(instrument_.saved_state()); }
 
