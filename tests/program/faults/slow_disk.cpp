@@ -8,7 +8,6 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): theirs is reserved
 extern "C" int fsync(int descriptor)
 {
     constexpr useconds_t moment = 10'000;
