@@ -72,7 +72,7 @@ void StateFile::when_saved(Then then)
         const std::lock_guard lock(mutex_);
         if (saved_ < changes_) {
             if (trouble_.empty()) {
-                waiting_.push_back({changes_, Clock::now() + patience_.answer, std::move(then)});
+                waiting_.push_back({changes_, Clock::now() + patience_.write, std::move(then)});
                 return;
             }
             trouble = trouble_;
@@ -166,20 +166,22 @@ std::string StateFile::wait_for_writer()
     }
 }
 
+/// A write that takes too long is trouble, and so is a change that has waited too long for its own
+/// to begin and to end.
 void StateFile::look_at_deadlines(Clock::time_point write_deadline)
 {
     const Clock::time_point now = Clock::now();
-    const bool hangs = now >= write_deadline;
-    const std::string trouble = takes_longer_than(hangs ? patience_.write : patience_.answer);
+    const std::string trouble = takes_longer_than(patience_.write);
     bool is_news = false;
     std::vector<Waiting> late;
     {
         const std::lock_guard lock(mutex_);
-        is_news = hangs && trouble_ != trouble;
-        if (hangs)
-            trouble_ = trouble;
-        late =
-            take_waiting([&](const Waiting& waiting) { return hangs || waiting.deadline <= now; });
+        const bool waits_too_long = !waiting_.empty() && waiting_.front().deadline <= now;
+        if (now < write_deadline && !waits_too_long)
+            return;
+        is_news = trouble_ != trouble;
+        trouble_ = trouble;
+        late = std::exchange(waiting_, {});
     }
     if (is_news)
         spdlog::error("the state cannot be saved: {}", trouble);
@@ -198,7 +200,7 @@ void StateFile::saved(std::uint64_t changes)
     std::vector<Waiting> answered;
     {
         const std::lock_guard lock(mutex_);
-        answered = take_waiting([&](const Waiting& waiting) { return waiting.changes <= changes; });
+        answered = take_waiting(changes);
         saved_ = changes;
         is_news = !trouble_.empty();
         trouble_.clear();
@@ -229,11 +231,12 @@ void StateFile::not_saved(std::string trouble)
     answer(answered, trouble_);
 }
 
-/// Removes those at the front for which the condition holds, and returns them.
-template <class Condition>
-std::vector<StateFile::Waiting> StateFile::take_waiting(Condition condition)
+/// Removes those whose changes are among the first ones, and returns them.
+std::vector<StateFile::Waiting> StateFile::take_waiting(std::uint64_t changes)
 {
-    const auto end = std::find_if_not(waiting_.begin(), waiting_.end(), condition);
+    const auto end = std::find_if(waiting_.begin(), waiting_.end(), [&](const Waiting& waiting) {
+        return waiting.changes > changes;
+    });
     std::vector<Waiting> taken(std::make_move_iterator(waiting_.begin()),
                                std::make_move_iterator(end));
     waiting_.erase(waiting_.begin(), end);

@@ -21,9 +21,8 @@ namespace nmos_instrument::host {
 /// How patient a StateFile is.
 struct StateFilePatience
 {
-    std::chrono::milliseconds write{5'000};     ///< then the disk hangs
-    std::chrono::milliseconds answer{5'000};    ///< then when_saved() says that it is not saved
-    std::chrono::milliseconds end{5'000};       ///< then finish() gives up
+    std::chrono::milliseconds write{5'000}; ///< then the disk hangs, and nobody waits any longer
+    std::chrono::milliseconds end{5'000};   ///< then finish() gives up
     std::chrono::milliseconds first_pause{100}; ///< before a write is tried again; it doubles
     std::chrono::milliseconds longest_pause{10'000};
 };
@@ -77,8 +76,7 @@ private:
     void look_at_deadlines(Clock::time_point write_deadline);
     void saved(std::uint64_t changes);
     void not_saved(std::string trouble);
-    template <class Condition>
-    std::vector<Waiting> take_waiting(Condition condition);
+    std::vector<Waiting> take_waiting(std::uint64_t changes);
 
     Instrument& instrument_;
     const StateFilePatience patience_;
