@@ -6,8 +6,9 @@
 #include <utility>
 
 namespace nmos_instrument::host {
-
 namespace {
+
+constexpr std::size_t most_reports = 20;
 
 template <class Time>
 void keep_earlier(std::optional<Time>& earliest, const Time& time)
@@ -17,6 +18,12 @@ void keep_earlier(std::optional<Time>& earliest, const Time& time)
 }
 
 } // namespace
+
+Activations::Activations()
+{
+    done_.reserve(most_reports);
+    failed_.reserve(most_reports);
+}
 
 bool is_due(const ScheduledActivation& activation, const Instant& now)
 {
@@ -57,23 +64,20 @@ NextDue Activations::next_due() const
     return next;
 }
 
-std::optional<ScheduledActivation> Activations::take_due(const Instant& now)
+std::optional<ScheduledActivation> Activations::find_due(const Instant& now) const
 {
     const auto due = std::find_if(scheduled_.begin(), scheduled_.end(),
                                   [&](const auto& entry) { return is_due(entry.second, now); });
     if (due == scheduled_.end())
         return std::nullopt;
-    const ScheduledActivation taken = due->second;
-    scheduled_.erase(due);
-    return taken;
+    return due->second;
 }
 
-void Activations::remember(std::deque<ActivationReport>& list, ActivationReport report)
+void Activations::remember(std::vector<ActivationReport>& list, ActivationReport&& report)
 {
-    constexpr std::size_t most = 20;
-    list.push_front(std::move(report));
-    if (list.size() > most)
+    if (list.size() == most_reports)
         list.pop_back();
+    list.insert(list.begin(), std::move(report));
 }
 
 } // namespace nmos_instrument::host

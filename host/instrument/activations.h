@@ -4,11 +4,11 @@
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATIONS_H
 
 #include <chrono>
-#include <deque>
 #include <map>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "connection/connection_patch.h"
 #include "time/tai_time.h"
@@ -58,7 +58,7 @@ struct ActivationReport
     TaiTime due;     ///< when it had to happen; without a schedule, when it was requested
     TaiTime done;    ///< when it happened
     std::string why; ///< failures only
-    std::chrono::nanoseconds late; ///< from due to done, whether or not a clock was set meanwhile
+    std::chrono::nanoseconds late{}; ///< from due to done, whether or not a clock was set meanwhile
 };
 
 /// The scheduled activations, at most one for each sender or receiver, and reports on the latest
@@ -66,6 +66,8 @@ struct ActivationReport
 class Activations
 {
 public:
+    Activations();
+
     void schedule(const ScheduledActivation& activation);
     /// False if none was scheduled.
     bool cancel(const ConnectionKey& key);
@@ -76,22 +78,23 @@ public:
 
     NextDue next_due() const;
 
-    /// Removes one that is due from the schedule, and returns it.
-    std::optional<ScheduledActivation> take_due(const Instant& now);
+    /// One that is due.
+    std::optional<ScheduledActivation> find_due(const Instant& now) const;
 
-    void report_done(ActivationReport report) { remember(done_, std::move(report)); }
-    void report_failed(ActivationReport report) { remember(failed_, std::move(report)); }
+    // They need no memory, so that what has been done is always reported.
+    void report_done(ActivationReport&& report) { remember(done_, std::move(report)); }
+    void report_failed(ActivationReport&& report) { remember(failed_, std::move(report)); }
 
     /// The latest ones, newest first.
-    const std::deque<ActivationReport>& done() const { return done_; }
-    const std::deque<ActivationReport>& failed() const { return failed_; }
+    const std::vector<ActivationReport>& done() const { return done_; }
+    const std::vector<ActivationReport>& failed() const { return failed_; }
 
 private:
-    static void remember(std::deque<ActivationReport>& list, ActivationReport report);
+    static void remember(std::vector<ActivationReport>& list, ActivationReport&& report);
 
     std::map<ConnectionKey, ScheduledActivation> scheduled_;
-    std::deque<ActivationReport> done_;
-    std::deque<ActivationReport> failed_;
+    std::vector<ActivationReport> done_;
+    std::vector<ActivationReport> failed_;
 };
 
 } // namespace nmos_instrument::host

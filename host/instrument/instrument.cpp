@@ -12,6 +12,7 @@
 #include "connection/activate_staged.h"
 #include "connection/activation_request.h"
 #include "connection/validate_patch.h"
+#include "instrument/unfinished_change.h"
 #include "records/record_text.h"
 #include "text/quoted_text.h"
 #include "time/tai_clock.h"
@@ -77,6 +78,17 @@ ScheduledActivation activation_of(const ConnectionKey& key, ActivationMode mode,
     return activation;
 }
 
+std::string line_of_done(const ActivationReport& report)
+{
+    return fmt::format("activated {}: {} at {}, {} us late", report.resource, report.mode,
+                       to_text(report.due), report.late.count() / 1000);
+}
+
+std::string line_of_failed(const ActivationReport& report)
+{
+    return "activation of " + report.resource + " failed, nothing has changed: " + report.why;
+}
+
 void log_all(const std::vector<std::string>& lines)
 {
     for (const std::string& line : lines)
@@ -120,13 +132,11 @@ ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch
         outcome = change_locked(key, patch, log);
         scheduled = activations_.find(key) != nullptr;
     }
-    outcome.log = std::move(log);
-    if (outcome.is_refusal())
-        return outcome;
-    if (scheduled && listeners_.scheduled)
+    if (!outcome.is_refusal() && scheduled && listeners_.scheduled)
         listeners_.scheduled();
-    if (listeners_.changed)
+    if (!outcome.is_refusal() && listeners_.changed)
         listeners_.changed();
+    outcome.log = std::move(log);
     return outcome;
 }
 
@@ -162,11 +172,15 @@ ChangeOutcome Instrument::stage(const ConnectionKey& key, CONNECTION_HALF_IS05_S
                                 LogLines& log)
 {
     set_activation(staged, no_activation);
+    UnfinishedChange change(*records_, advertisement_, key);
     connection(key).staged = staged;
-    const bool cancelled = activations_.cancel(key);
+    ChangeOutcome outcome{ChangeResult::done, staged_body(records_->connections, key), "", ""};
+    const bool cancelled = activations_.find(key) != nullptr;
     log.push_back((cancelled ? "cancelled the activation of " : "staged parameters of ") +
                   resource_name(key));
-    return {ChangeResult::done, staged_body(records_->connections, key), "", ""};
+    activations_.cancel(key);
+    change.finish();
+    return outcome;
 }
 
 ChangeOutcome Instrument::schedule(CONNECTION_HALF_IS05_ST staged,
@@ -176,47 +190,60 @@ ChangeOutcome Instrument::schedule(CONNECTION_HALF_IS05_ST staged,
     const ConnectionKey& key = activation.key;
     const std::string due_text = to_text(activation.due);
     set_activation(staged, texts_of(request, due_text));
+    UnfinishedChange change(*records_, advertisement_, key);
     connection(key).staged = staged;
-    activations_.schedule(activation);
+    ChangeOutcome outcome{success_of(request), staged_body(records_->connections, key), "", ""};
     log.push_back(
         fmt::format("scheduled {}: {} at {}", resource_name(key), text_of(request.mode), due_text));
-    return {success_of(request), staged_body(records_->connections, key), "", ""};
+    activations_.schedule(activation);
+    change.finish();
+    return outcome;
 }
 
 ChangeOutcome Instrument::activate_now(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
                                        const ActivationRequest& request, const TaiTime& now,
                                        LogLines& log)
 {
-    const std::string name = resource_name(key);
-    const std::string mode(text_of(request.mode));
     const std::string now_text = to_text(now);
+    ActivationReport report{resource_name(key), std::string(text_of(request.mode)), now, {}, ""};
     // The answer shows the activation; the staged parameters themselves never do.
     set_activation(staged, texts_of(request, now_text));
-    const std::string shown = staged_body_with(key, staged);
+    ChangeOutcome outcome{success_of(request), staged_body_with(key, staged), "", ""};
     set_activation(staged, no_activation);
+    std::string line = fmt::format("activated {}: {} at {}{}", report.resource, report.mode,
+                                   now_text, lateness_of_request(request, now));
+    log.reserve(log.size() + 1); // after the activation nothing may fail any more
     try {
-        activate(key, staged, texts_of(request, now_text), now);
+        UnfinishedChange change(*records_, advertisement_, key);
+        connection(key).staged = staged;
+        activate(key, texts_of(request, now_text), now);
+        change.finish();
     } catch (const std::exception& error) {
-        const TaiTime end = clock_();
-        activations_.report_failed({name, mode, now, end, error.what(), span_between(now, end)});
-        return {ChangeResult::failed, "", "The activation failed, nothing has changed",
-                error.what()};
+        report.why = error.what();
+        report.done = clock_();
+        report.late = span_between(now, report.done);
+        outcome = {ChangeResult::failed, "", "The activation failed, nothing has changed",
+                   report.why};
+        activations_.report_failed(std::move(report));
+        return outcome;
     }
-    connection(key).staged = staged;
-    const TaiTime end = clock_();
-    activations_.report_done({name, mode, now, end, "", span_between(now, end)});
-    log.push_back(fmt::format("activated {}: {} at {}{}", name, mode, now_text,
-                              lateness_of_request(request, now)));
-    return {success_of(request), shown, "", ""};
+    report.done = clock_();
+    report.late = span_between(now, report.done);
+    activations_.report_done(std::move(report));
+    log.push_back(std::move(line));
+    return outcome;
 }
 
-void Instrument::activate(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged,
-                          const ActivationTexts& texts, const TaiTime& now)
+/// Activates what is staged. If it throws, it may have changed only a part: see UnfinishedChange.
+void Instrument::activate(const ConnectionKey& key, const ActivationTexts& texts,
+                          const TaiTime& now)
 {
-    const CONNECTION_HALF_IS05_ST active = activate_staged(staged, facts_.at(key), texts);
+    const CONNECTION_HALF_IS05_ST active =
+        activate_staged(connection(key).staged, facts_.at(key), texts);
+    follow_activation(key, active, now);
+    // Last, because it cannot be taken back.
     if (apply_to_media_)
         apply_to_media_(key, active);
-    follow_activation(key, active, now);
 }
 
 void Instrument::follow_activation(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& active,
@@ -248,7 +275,7 @@ void Instrument::follow_activation(const ConnectionKey& key, const CONNECTION_HA
 void Instrument::raise_sdp_version(std::size_t sender, const TaiTime& now)
 {
     std::uint64_t& version = records_->sdp_sessions[sender].version;
-    version = std::max(version + 1, now.seconds);
+    version = std::min(std::max(version + 1, now.seconds), last_sdp_version);
 }
 
 NextDue Instrument::next_due()
@@ -259,43 +286,61 @@ NextDue Instrument::next_due()
 
 bool Instrument::activate_due()
 {
-    LogLines done;
-    LogLines failed;
+    Performed performed;
+    std::exception_ptr trouble;
     {
         const std::lock_guard lock(mutex_);
-        while (const auto activation = activations_.take_due(now()))
-            activate_scheduled(*activation, done, failed);
+        try {
+            while (const auto activation = activations_.find_due(now()))
+                activate_scheduled(*activation, performed);
+        } catch (...) {
+            trouble = std::current_exception(); // those before it have been performed
+        }
     }
-    log_all(done);
-    for (const std::string& line : failed)
-        spdlog::error("{}", line);
-    const bool any = !done.empty() || !failed.empty();
-    if (any && listeners_.changed)
+    if (performed.any && listeners_.changed)
         listeners_.changed();
-    return any;
+    log_all(performed.done);
+    for (const std::string& line : performed.failed)
+        spdlog::error("{}", line);
+    if (trouble)
+        std::rethrow_exception(trouble);
+    return performed.any;
 }
 
-void Instrument::activate_scheduled(const ScheduledActivation& activation, LogLines& done,
-                                    LogLines& failed)
+/// If it throws, the activation is still scheduled.
+void Instrument::activate_scheduled(const ScheduledActivation& activation, Performed& performed)
 {
     CONNECTION_HALF_IS05_ST& staged = connection(activation.key).staged;
-    const std::string name = resource_name(activation.key);
-    const std::string mode(text_of(activation.mode));
     const std::string requested(text_of(staged.requested_time));
     const std::string due = to_text(activation.due);
-    set_activation(staged, no_activation);
+    ActivationReport report{resource_name(activation.key),
+                            std::string(text_of(activation.mode)),
+                            activation.due,
+                            {},
+                            ""};
+    bool done = false;
     try {
-        activate(activation.key, staged, {mode, requested, due}, clock_());
-        const Instant end = now();
-        const std::chrono::nanoseconds late = lateness(activation, end);
-        activations_.report_done({name, mode, activation.due, end.tai, "", late});
-        done.push_back(fmt::format("activated {}: {} at {}, {} us late", name, mode, due,
-                                   late.count() / 1000));
+        UnfinishedChange change(*records_, advertisement_, activation.key);
+        activate(activation.key, {report.mode, requested, due}, clock_());
+        change.finish();
+        done = true;
     } catch (const std::exception& error) {
-        const Instant end = now();
-        activations_.report_failed(
-            {name, mode, activation.due, end.tai, error.what(), lateness(activation, end)});
-        failed.push_back("activation of " + name + " failed, nothing has changed: " + error.what());
+        report.why = error.what();
+    } catch (...) {
+        report.why = "unknown reason";
+    }
+    const Instant end = now();
+    report.done = end.tai;
+    report.late = lateness(activation, end);
+    set_activation(staged, no_activation);
+    activations_.cancel(activation.key);
+    performed.any = true;
+    if (done) {
+        activations_.report_done(std::move(report));
+        performed.done.push_back(line_of_done(activations_.done().front()));
+    } else {
+        activations_.report_failed(std::move(report));
+        performed.failed.push_back(line_of_failed(activations_.failed().front()));
     }
 }
 

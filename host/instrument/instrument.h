@@ -50,9 +50,9 @@ public:
     using Clock = std::function<TaiTime()>;
     using SteadyClock = std::function<SteadyTime()>;
 
-    /// Where a real instrument sets up its hardware: called with the half that becomes active,
-    /// before anything changes. An exception means that it cannot be done. It runs under the lock,
-    /// so it must not call back and must not wait for long.
+    /// Where a real instrument sets up its hardware: called with the half that becomes active, when
+    /// nothing else can fail any more. An exception means that it cannot be done: then nothing has
+    /// changed. It runs under the lock, so it must not call back and must not wait for long.
     using ApplyToMedia =
         std::function<void(const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active)>;
 
@@ -74,7 +74,8 @@ public:
     /// A sender's SDP file.
     std::string sdp_file(std::size_t sender);
 
-    /// Does all that a controller asks for, or refuses all of it.
+    /// Does all that a controller asks for, or refuses all of it. If it throws, for want of memory,
+    /// nothing has changed.
     ChangeOutcome change(const ConnectionKey& key, const ConnectionPatch& patch);
 
     /// "receivers/<id>"
@@ -83,13 +84,17 @@ public:
     /// When the next scheduled activations are due.
     NextDue next_due();
 
-    /// Performs the scheduled activations that are due; true if there were any.
+    /// Performs the scheduled activations that are due; true if there were any. If it throws, the
+    /// one at which it did has changed nothing and is still scheduled.
     bool activate_due();
 
     InstrumentStatus status();
 
     /// The state that survives a restart.
     SavedState saved_state();
+
+    /// How many of the saved senders and receivers this configuration has.
+    std::size_t count_known(const SavedState& saved) const;
 
     /// Restores the saved state of all resources that this configuration has. Returns one line for
     /// each thing that could not be restored as it was. Call it before any change.
@@ -123,20 +128,24 @@ private:
                            const ActivationRequest& request, LogLines& log);
     ChangeOutcome activate_now(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
                                const ActivationRequest& request, const TaiTime& now, LogLines& log);
-    void activate_scheduled(const ScheduledActivation& activation, LogLines& done,
-                            LogLines& failed);
+    struct Performed
+    {
+        bool any = false;
+        LogLines done;
+        LogLines failed;
+    };
+    void activate_scheduled(const ScheduledActivation& activation, Performed& performed);
 
     // What an activation does to the records, under the lock.
-    void activate(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged,
-                  const ActivationTexts& texts, const TaiTime& now);
+    void activate(const ConnectionKey& key, const ActivationTexts& texts, const TaiTime& now);
     void follow_activation(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& active,
                            const TaiTime& now);
     void raise_sdp_version(std::size_t sender, const TaiTime& now);
 
     // The parts of a saved state, put back into the records, under the lock.
     void restore_connections(const SavedState& saved, std::vector<std::string>& messages);
-    std::size_t restore_side(Side side, const std::map<std::string, SavedConnection>& saved,
-                             std::vector<std::string>& messages);
+    void restore_side(Side side, const std::map<std::string, SavedConnection>& saved,
+                      std::vector<std::string>& messages);
     void restore_counters(const SavedCounters& saved);
     void restore_versions(const std::map<std::string, SavedResource>& saved);
     void restore_sdp_versions(const std::map<std::string, SavedConnection>& saved);

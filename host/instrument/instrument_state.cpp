@@ -4,9 +4,8 @@
 
 #include "instrument/instrument.h"
 
-#include <utility>
-
 #include "connection/activate_staged.h"
+#include "instrument/put_back.h"
 #include "records/record_text.h"
 #include "text/quoted_text.h"
 #include "time/tai_clock.h"
@@ -48,11 +47,9 @@ namespace {
 template <std::size_t N, class MakeBody>
 std::uint64_t body_hash(char (&version)[N], MakeBody&& make_body)
 {
-    const std::string kept(text_of(version));
+    const PutBack kept(version);
     set_text(version, "0:0"); // any constant text will do
-    const std::uint64_t hash = stable_hash(make_body());
-    set_text(version, kept);
-    return hash;
+    return stable_hash(make_body());
 }
 
 /// Makes saved parameters fit the interfaces in the current configuration. Adds every change to
@@ -96,6 +93,14 @@ SavedState Instrument::saved_state()
     return state;
 }
 
+std::size_t Instrument::count_known(const SavedState& saved) const
+{
+    std::size_t known = 0;
+    for (const auto& [key, facts] : facts_)
+        known += (key.side == Side::sender ? saved.senders : saved.receivers).count(id_of(key));
+    return known;
+}
+
 std::vector<std::string> Instrument::restore(const SavedState& saved)
 {
     const std::lock_guard lock(mutex_);
@@ -116,26 +121,23 @@ std::vector<std::string> Instrument::restore(const SavedState& saved)
 
 void Instrument::restore_connections(const SavedState& saved, std::vector<std::string>& messages)
 {
-    const std::size_t found = restore_side(Side::sender, saved.senders, messages) +
-                              restore_side(Side::receiver, saved.receivers, messages);
-    const std::size_t dropped = saved.senders.size() + saved.receivers.size() - found;
+    restore_side(Side::sender, saved.senders, messages);
+    restore_side(Side::receiver, saved.receivers, messages);
+    const std::size_t dropped = saved.connections() - count_known(saved);
     if (dropped != 0)
         messages.push_back("dropped the saved parameters of " + std::to_string(dropped) +
                            " senders and receivers that the configuration no longer has");
 }
 
-/// Returns how many of the saved connections the configuration has.
-std::size_t Instrument::restore_side(Side side, const std::map<std::string, SavedConnection>& saved,
-                                     std::vector<std::string>& messages)
+void Instrument::restore_side(Side side, const std::map<std::string, SavedConnection>& saved,
+                              std::vector<std::string>& messages)
 {
-    std::size_t found = 0;
     for (const auto& [key, facts] : facts_) {
         if (key.side != side)
             continue;
         const auto connection_of = saved.find(id_of(key));
         if (connection_of == saved.end())
             continue;
-        ++found;
         CONNECTION_IS05_ST& target = connection(key);
         target.staged = connection_of->second.staged;
         target.active = connection_of->second.active;
@@ -144,7 +146,6 @@ std::size_t Instrument::restore_side(Side side, const std::map<std::string, Save
         fit_to_interfaces(target.active, facts, resource_name(key), messages);
         subscription(key) = subscription_of(target.active, side);
     }
-    return found;
 }
 
 void Instrument::restore_counters(const SavedCounters& saved)
@@ -191,10 +192,9 @@ void Instrument::restore_sdp_versions(const std::map<std::string, SavedConnectio
 std::uint64_t Instrument::sdp_hash(std::size_t sender)
 {
     std::uint64_t& version = records_->sdp_sessions[sender].version;
-    const std::uint64_t kept = std::exchange(version, 0);
-    const std::uint64_t hash = stable_hash(sdp_text(sender));
-    version = kept;
-    return hash;
+    const PutBack kept(version);
+    version = 0;
+    return stable_hash(sdp_text(sender));
 }
 
 } // namespace nmos_instrument::host

@@ -2,9 +2,15 @@
 
 #include "instrument/saved_state.h"
 
+#include <cstddef>
+#include <limits>
+
 #include <nlohmann/json.hpp>
 
 #include "configuration/resource_counts.h"
+#include "instrument/json_text.h"
+#include "instrument/saved_value.h"
+#include "records/fill_records.h"
 #include "records/record_text.h"
 #include "text/json_input.h"
 #include "time/tai_time.h"
@@ -12,105 +18,160 @@
 namespace nmos_instrument::host {
 namespace {
 
-using nlohmann::json;
+constexpr std::uint64_t format_number = 1;
+constexpr std::uint64_t any_hash = std::numeric_limits<std::uint64_t>::max();
 
-constexpr int format_number = 1;
+/// Of all kinds: the node and its only device besides the rest.
+constexpr std::size_t resource_count =
+    2 + source_count + flow_count + sender_count + receiver_count;
 
-json json_of(const CONNECTION_HALF_IS05_ST& half)
+// The members stand in ascending order of their keys.
+
+void write_leg(JsonText& json, const CONNECTION_LEG_IS05_ST& leg)
 {
-    json legs = json::array();
-    for (const CONNECTION_LEG_IS05_ST& leg : half.transport_params) {
-        legs.push_back({{"source_ip", text_of(leg.source_ip)},
-                        {"destination_ip", text_of(leg.destination_ip)},
-                        {"interface_ip", text_of(leg.interface_ip)},
-                        {"destination_port", static_cast<int>(leg.destination_port)},
-                        {"rtp_enabled", leg.rtp_enabled != 0}});
-    }
-    return {{"peer_id", text_of(half.peer_id)},
-            {"master_enable", half.master_enable != 0},
-            {"mode", text_of(half.mode)},
-            {"requested_time", text_of(half.requested_time)},
-            {"activation_time", text_of(half.activation_time)},
-            {"transport_file_data", text_of(half.transport_file_data)},
-            {"transport_file_type", text_of(half.transport_file_type)},
-            {"legs", legs}};
+    json.begin_object();
+    json.key("destination_ip").text(text_of(leg.destination_ip));
+    json.key("destination_port").number(static_cast<std::uint64_t>(leg.destination_port));
+    json.key("interface_ip").text(text_of(leg.interface_ip));
+    json.key("rtp_enabled").flag(leg.rtp_enabled != 0);
+    json.key("source_ip").text(text_of(leg.source_ip));
+    json.end_object();
 }
 
-json json_of(const std::map<std::string, SavedConnection>& connections)
+void write_half(JsonText& json, const CONNECTION_HALF_IS05_ST& half)
 {
-    json object = json::object();
+    json.begin_object();
+    json.key("activation_time").text(text_of(half.activation_time));
+    json.key("legs").begin_array();
+    for (const CONNECTION_LEG_IS05_ST& leg : half.transport_params)
+        write_leg(json.element(), leg);
+    json.end_array();
+    json.key("master_enable").flag(half.master_enable != 0);
+    json.key("mode").text(text_of(half.mode));
+    json.key("peer_id").text(text_of(half.peer_id));
+    json.key("requested_time").text(text_of(half.requested_time));
+    json.key("transport_file_data").text(text_of(half.transport_file_data));
+    json.key("transport_file_type").text(text_of(half.transport_file_type));
+    json.end_object();
+}
+
+void write_connections(JsonText& json, const std::map<std::string, SavedConnection>& connections)
+{
+    json.begin_object();
     for (const auto& [id, connection] : connections) {
-        object[id] = {{"staged", json_of(connection.staged)},
-                      {"active", json_of(connection.active)},
-                      {"sdp_version", connection.sdp_version},
-                      {"sdp_hash", connection.sdp_hash}};
+        json.key(id).begin_object();
+        write_half(json.key("active"), connection.active);
+        json.key("sdp_hash").number(connection.sdp_hash);
+        json.key("sdp_version").number(connection.sdp_version);
+        write_half(json.key("staged"), connection.staged);
+        json.end_object();
     }
-    return object;
+    json.end_object();
 }
 
-template <std::size_t N>
-void read_text(const json& object, const char* key, char (&field)[N])
+void write_counters(JsonText& json, const SavedCounters& counters)
 {
-    set_text(field, object.at(key).get_ref<const std::string&>());
+    const auto write = [&](const char* name, int counter) {
+        json.key(name).number(static_cast<std::uint64_t>(counter));
+    };
+    json.begin_object();
+    write("devices", counters.devices);
+    write("flows", counters.flows);
+    write("receivers", counters.receivers);
+    write("self", counters.self);
+    write("senders", counters.senders);
+    write("sources", counters.sources);
+    json.end_object();
 }
 
-CONNECTION_HALF_IS05_ST half_from(const json& object)
+void write_state(JsonText& json, const SavedState& state)
+{
+    json.begin_object();
+    write_counters(json.key("counters"), state.counters);
+    write_connections(json.key("receivers"), state.receivers);
+    json.key("resources").begin_object();
+    for (const auto& [id, resource] : state.resources) {
+        json.key(id).begin_object();
+        json.key("body_hash").number(resource.body_hash);
+        json.key("version").text(to_text(resource.version));
+        json.end_object();
+    }
+    json.end_object();
+    write_connections(json.key("senders"), state.senders);
+    json.end_object();
+}
+
+CONNECTION_HALF_IS05_ST half_from(const SavedValue& value)
 {
     CONNECTION_HALF_IS05_ST half{};
     half.leg_count = leg_count;
-    read_text(object, "peer_id", half.peer_id);
-    half.master_enable = object.at("master_enable").get<bool>();
-    read_text(object, "mode", half.mode);
-    read_text(object, "requested_time", half.requested_time);
-    read_text(object, "activation_time", half.activation_time);
-    read_text(object, "transport_file_data", half.transport_file_data);
-    read_text(object, "transport_file_type", half.transport_file_type);
+    value.member("peer_id").copy_to(half.peer_id);
+    half.master_enable = value.member("master_enable").flag();
+    value.member("mode").copy_to(half.mode);
+    value.member("requested_time").copy_to(half.requested_time);
+    value.member("activation_time").copy_to(half.activation_time);
+    value.member("transport_file_data").copy_to(half.transport_file_data);
+    value.member("transport_file_type").copy_to(half.transport_file_type);
+    const SavedValue legs = value.member("legs");
     for (std::size_t i = 0; i < leg_count; ++i) {
-        const json& from = object.at("legs").at(i);
+        const SavedValue from = legs.element(i, leg_count);
         CONNECTION_LEG_IS05_ST& leg = half.transport_params[i];
-        read_text(from, "source_ip", leg.source_ip);
-        read_text(from, "destination_ip", leg.destination_ip);
-        read_text(from, "interface_ip", leg.interface_ip);
-        leg.destination_port = from.at("destination_port").get<int>();
-        leg.rtp_enabled = from.at("rtp_enabled").get<bool>();
+        from.member("source_ip").copy_to(leg.source_ip);
+        from.member("destination_ip").copy_to(leg.destination_ip);
+        from.member("interface_ip").copy_to(leg.interface_ip);
+        leg.destination_port =
+            static_cast<int>(from.member("destination_port").whole_number(1, 65535));
+        leg.rtp_enabled = from.member("rtp_enabled").flag();
     }
     return half;
 }
 
-std::map<std::string, SavedConnection> connections_from(const json& object)
+std::map<std::string, SavedConnection> connections_from(const SavedValue& value, std::size_t most)
 {
     std::map<std::string, SavedConnection> connections;
-    for (const auto& [id, value] : object.items()) {
+    value.for_each_member(most, [&](const std::string& id, const SavedValue& from) {
         SavedConnection& connection = connections[id];
-        connection.staged = half_from(value.at("staged"));
-        connection.active = half_from(value.at("active"));
-        connection.sdp_version = value.at("sdp_version").get<std::uint64_t>();
-        connection.sdp_hash = value.at("sdp_hash").get<std::uint64_t>();
-    }
+        connection.staged = half_from(from.member("staged"));
+        connection.active = half_from(from.member("active"));
+        connection.sdp_version = from.member("sdp_version").whole_number(0, last_sdp_version);
+        connection.sdp_hash = from.member("sdp_hash").whole_number(0, any_hash);
+    });
     return connections;
 }
 
-TaiTime time_from(const json& value)
+SavedCounters counters_from(const SavedValue& value)
 {
-    const auto time = parse_tai_time(value.get_ref<const std::string&>());
-    if (!time)
-        throw DamagedState("found " + value.dump() + " as the version of a resource");
-    return *time;
+    // Nmos.h: 254 is followed by 0.
+    const auto counter = [&](const char* name) {
+        return static_cast<int>(value.member(name).whole_number(0, 254));
+    };
+    return {counter("self"),    counter("sources"), counter("flows"),
+            counter("devices"), counter("senders"), counter("receivers")};
 }
 
-SavedState state_from(const json& object)
+SavedState state_from(const SavedValue& value)
 {
     SavedState state;
-    const json& counters = object.at("counters");
-    state.counters = {counters.at("self").get<int>(),    counters.at("sources").get<int>(),
-                      counters.at("flows").get<int>(),   counters.at("devices").get<int>(),
-                      counters.at("senders").get<int>(), counters.at("receivers").get<int>()};
-    for (const auto& [id, resource] : object.at("resources").items())
-        state.resources[id] = {time_from(resource.at("version")),
-                               resource.at("body_hash").get<std::uint64_t>()};
-    state.senders = connections_from(object.at("senders"));
-    state.receivers = connections_from(object.at("receivers"));
+    state.counters = counters_from(value.member("counters"));
+    value.member("resources")
+        .for_each_member(resource_count, [&](const std::string& id, const SavedValue& from) {
+            state.resources[id] = {from.member("version").version(),
+                                   from.member("body_hash").whole_number(0, any_hash)};
+        });
+    state.senders = connections_from(value.member("senders"), sender_count);
+    state.receivers = connections_from(value.member("receivers"), receiver_count);
     return state;
+}
+
+/// Throws DamagedState.
+SavedState state_from_document(const nlohmann::json& document)
+{
+    const SavedValue whole(document);
+    whole.member("format").whole_number(format_number, format_number);
+    const SavedValue state = whole.member("state");
+    if (whole.member("checksum").whole_number(0, any_hash) != stable_hash(state.json().dump()))
+        throw DamagedState("the checksum does not match the content");
+    return state_from(state);
 }
 
 } // namespace
@@ -127,41 +188,23 @@ std::uint64_t stable_hash(const std::string& text)
 
 std::string write_saved_state(const SavedState& state)
 {
-    const SavedCounters& counters = state.counters;
-    json resources = json::object();
-    for (const auto& [id, resource] : state.resources)
-        resources[id] = {{"version", to_text(resource.version)}, {"body_hash", resource.body_hash}};
-    const json object = {{"counters",
-                          {{"self", counters.self},
-                           {"sources", counters.sources},
-                           {"flows", counters.flows},
-                           {"devices", counters.devices},
-                           {"senders", counters.senders},
-                           {"receivers", counters.receivers}}},
-                         {"resources", resources},
-                         {"senders", json_of(state.senders)},
-                         {"receivers", json_of(state.receivers)}};
-    const json document = {
-        {"format", format_number}, {"checksum", stable_hash(object.dump())}, {"state", object}};
-    return document.dump(1) + '\n';
+    JsonText compact(JsonForm::compact);
+    write_state(compact, state);
+
+    JsonText json(JsonForm::indented);
+    json.begin_object();
+    json.key("checksum").number(stable_hash(compact.take()));
+    json.key("format").number(format_number);
+    write_state(json.key("state"), state);
+    json.end_object();
+    return json.take() + '\n';
 }
 
 SavedState parse_saved_state(const std::string& text)
 {
     try {
-        const json document = parse_json(text, JsonComments::refused);
-        if (document.at("format") != format_number)
-            throw DamagedState("found format " + document.at("format").dump() +
-                               ", allowed: " + std::to_string(format_number));
-        const json& object = document.at("state");
-        if (document.at("checksum") != stable_hash(object.dump()))
-            throw DamagedState("the checksum does not match the content");
-        return state_from(object);
+        return state_from_document(parse_json(text, JsonComments::refused));
     } catch (const MalformedJson& error) {
-        throw DamagedState(error.what());
-    } catch (const json::exception& error) {
-        throw DamagedState(error.what());
-    } catch (const std::length_error& error) {
         throw DamagedState(error.what());
     }
 }

@@ -3,6 +3,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_SAVED_STATE_H
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_SAVED_STATE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <stdexcept>
@@ -51,6 +52,8 @@ struct SavedState
     std::map<std::string, SavedResource> resources; ///< all kinds
     std::map<std::string, SavedConnection> senders;
     std::map<std::string, SavedConnection> receivers;
+
+    std::size_t connections() const { return senders.size() + receivers.size(); }
 };
 
 /// A text that is not a saved state, or a damaged one.

@@ -3,142 +3,57 @@
 #include "instrument/state_file.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <exception>
 #include <iterator>
+#include <optional>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
-#include <fcntl.h>
+#include <spdlog/fmt/fmt.h>
 #include <spdlog/spdlog.h>
-#include <unistd.h>
-
-#include "text/quoted_text.h"
-#include "text/whole_file.h"
-#include "time/tai_clock.h"
 
 namespace nmos_instrument::host {
 namespace {
 
-[[noreturn]] void throw_errno(const std::string& what)
+std::string takes_longer_than(std::chrono::milliseconds time)
 {
-    throw std::system_error(errno, std::generic_category(), what);
+    return fmt::format("writing takes longer than {:g} s",
+                       std::chrono::duration<double>(time).count());
 }
 
-class Descriptor
+/// Gives each its answer. One that finds no memory for it does not keep the others from theirs.
+template <class Waiting>
+void answer(const std::vector<Waiting>& waiting, const std::string& trouble)
 {
-public:
-    Descriptor(const std::string& name, int flags)
-        : name_(name), descriptor_(::open(name.c_str(), flags | O_CLOEXEC, 0644))
-    {
-        if (descriptor_ < 0)
-            throw_errno(name_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { ::close(descriptor_); }
-
-    void write_all(std::string_view text)
-    {
-        while (!text.empty()) {
-            const ssize_t count = ::write(descriptor_, text.data(), text.size());
-            if (count >= 0)
-                text.remove_prefix(static_cast<std::size_t>(count));
-            else if (errno != EINTR)
-                throw_errno(name_);
+    for (const Waiting& one : waiting) {
+        try {
+            one.then(trouble);
+        } catch (const std::exception& error) {
+            spdlog::error("a change was not answered: {}", error.what());
         }
     }
-
-    void sync()
-    {
-        if (::fsync(descriptor_) != 0)
-            throw_errno(name_);
-    }
-
-private:
-    std::string name_;
-    int descriptor_;
-};
-
-std::string folder_of(const std::string& file)
-{
-    const std::size_t slash = file.rfind('/');
-    if (slash == std::string::npos)
-        return ".";
-    return slash == 0 ? "/" : file.substr(0, slash);
 }
-
-void set_aside(const std::string& file, const std::string& why)
-{
-    const std::string aside = file + ".damaged-" + std::to_string(tai_now().seconds);
-    if (std::rename(file.c_str(), aside.c_str()) == 0)
-        spdlog::error("--state {} is damaged: {}; it is now {}; starting with the configuration",
-                      file, why, aside);
-    else
-        spdlog::error("--state {} is damaged: {}; starting with the configuration", file, why);
-}
-
-/// More than any state needs: a larger file is something else.
-constexpr std::size_t size_limit = 16UL * 1024 * 1024;
 
 } // namespace
 
-void replace_file(const std::string& file, const std::string& text)
+StateFile::StateFile(ReplacedFile file, Instrument& instrument, StateFilePatience patience)
+    : instrument_(instrument),
+      patience_(patience),
+      writer_(std::move(file)),
+      pause_(patience.first_pause)
 {
-    const std::string beside = file + ".new";
-    {
-        Descriptor target(beside, O_WRONLY | O_CREAT | O_TRUNC);
-        target.write_all(text);
-        // Before the rename: otherwise the name might survive a power cut without the content.
-        target.sync();
-    }
-    if (std::rename(beside.c_str(), file.c_str()) != 0)
-        throw_errno(file);
-    Descriptor(folder_of(file), O_RDONLY | O_DIRECTORY).sync();
-}
-
-void restore_from(const std::string& file, Instrument& instrument)
-{
-    if (::access(file.c_str(), F_OK) != 0 && errno == ENOENT) {
-        spdlog::info("no {} yet: starting with the configuration", file);
-        return;
-    }
-    std::string text;
-    try {
-        text = read_whole_file(file, size_limit);
-    } catch (const UnreadableFile& error) {
-        throw UnreadableFile("--state " + file + ": " + error.what());
-    }
-    try {
-        for (const std::string& message : instrument.restore(parse_saved_state(text)))
-            spdlog::warn("--state {}: {}", file, message);
-        spdlog::info("state restored from {}", file);
-    } catch (const DamagedState& error) {
-        set_aside(file, in_quotes(error.what()));
-    }
-}
-
-StateFile::StateFile(std::string file, Instrument& instrument)
-    : file_(std::move(file)), instrument_(instrument)
-{
-    try {
-        replace_file(file_, write_saved_state(instrument_.saved_state()));
-    } catch (const std::system_error& error) {
-        throw std::runtime_error("--state " + file_ + ": cannot be written: " + error.what());
-    }
+    writer_.start(write_saved_state(instrument_.saved_state()));
+    const std::string trouble =
+        writer_.outcome_within(patience_.write).value_or(takes_longer_than(patience_.write));
+    if (!trouble.empty())
+        throw std::runtime_error("--state " + writer_.file().name() +
+                                 ": cannot be written: " + trouble);
     thread_ = std::thread([this] { run(); });
 }
 
 StateFile::~StateFile()
 {
-    {
-        const std::lock_guard lock(mutex_);
-        ends_ = true;
-    }
-    wake_up_.notify_one();
-    thread_.join();
+    finish();
 }
 
 void StateFile::changed()
@@ -150,16 +65,20 @@ void StateFile::changed()
     wake_up_.notify_one();
 }
 
-void StateFile::when_saved(std::function<void()> then)
+void StateFile::when_saved(Then then)
 {
+    std::string trouble;
     {
         const std::lock_guard lock(mutex_);
         if (saved_ < changes_) {
-            waiting_.push_back({changes_, std::move(then)});
-            return;
+            if (trouble_.empty()) {
+                waiting_.push_back({changes_, Clock::now() + patience_.write, std::move(then)});
+                return;
+            }
+            trouble = trouble_;
         }
     }
-    then();
+    then(trouble);
 }
 
 std::string StateFile::trouble()
@@ -168,43 +87,155 @@ std::string StateFile::trouble()
     return trouble_;
 }
 
+bool StateFile::finish()
+{
+    if (thread_.joinable()) {
+        {
+            const std::lock_guard lock(mutex_);
+            ends_ = true;
+            end_deadline_ = Clock::now() + patience_.end;
+        }
+        wake_up_.notify_one();
+        thread_.join();
+        if (saved_ < changes_)
+            spdlog::error("the last changes are not saved in {}: {}", writer_.file().name(),
+                          trouble_);
+    }
+    return saved_ == changes_;
+}
+
 void StateFile::run()
 {
-    std::unique_lock lock(mutex_);
-    for (;;) {
-        wake_up_.wait(lock, [this] { return saved_ < changes_ || ends_; });
+    // At the end there is one more attempt, which begins after the end was announced.
+    bool is_last = false;
+    while (!is_last) {
+        {
+            std::unique_lock lock(mutex_);
+            wake_up_.wait(lock, [this] { return saved_ < changes_ || ends_; });
+            wake_up_.wait_until(lock, next_try_, [this] { return ends_; });
+            is_last = ends_;
+        }
+        try {
+            save();
+        } catch (const std::exception&) {
+            // Not even the log has memory. What is not saved is tried again.
+        }
+        // Nothing can be tried after a write that hangs.
+        is_last = is_last || writer_.is_busy();
+    }
+}
+
+/// Saves all changes so far, or notes why that is not possible.
+void StateFile::save()
+{
+    std::uint64_t changes = 0;
+    {
+        const std::lock_guard lock(mutex_);
         if (saved_ == changes_)
             return;
-        const std::uint64_t changes = changes_;
-        lock.unlock();
-        std::string trouble = write();
-        lock.lock();
-        saved_ = changes;
-        trouble_ = std::move(trouble);
-        const std::vector<Waiting> answered = take_saved();
-        lock.unlock();
-        for (const Waiting& waiting : answered)
-            waiting.then();
-        lock.lock();
+        changes = changes_;
     }
-}
-
-/// Returns why it failed; empty if it did not.
-std::string StateFile::write()
-{
     try {
-        replace_file(file_, write_saved_state(instrument_.saved_state()));
-        return "";
-    } catch (const std::exception& error) {
-        spdlog::error("the state cannot be saved: {}", error.what());
-        return error.what();
+        writer_.start(write_saved_state(instrument_.saved_state()));
+        std::string trouble = wait_for_writer();
+        if (trouble.empty())
+            saved(changes);
+        else
+            not_saved(std::move(trouble));
+    } catch (const std::exception&) {
+        not_saved(reason_of_current_exception());
     }
 }
 
-std::vector<StateFile::Waiting> StateFile::take_saved()
+/// Returns why the write failed; empty if it did not. It ends before the write only when there is
+/// no time left at the end of the program.
+std::string StateFile::wait_for_writer()
 {
-    const auto end = std::find_if(waiting_.begin(), waiting_.end(), [this](const Waiting& waiting) {
-        return waiting.changes > saved_;
+    constexpr std::chrono::milliseconds look_up_interval{50};
+    const Clock::time_point deadline = Clock::now() + patience_.write;
+    for (;;) {
+        if (std::optional<std::string> outcome = writer_.outcome_within(look_up_interval))
+            return *std::move(outcome);
+        try {
+            look_at_deadlines(deadline);
+        } catch (const std::exception&) {
+            // The next look may find the memory that this one did not.
+        }
+        if (gives_up())
+            return "writing has not ended";
+    }
+}
+
+/// A write that takes too long is trouble, and so is a change that has waited too long for its own
+/// to begin and to end.
+void StateFile::look_at_deadlines(Clock::time_point write_deadline)
+{
+    const Clock::time_point now = Clock::now();
+    const std::string trouble = takes_longer_than(patience_.write);
+    bool is_news = false;
+    std::vector<Waiting> late;
+    {
+        const std::lock_guard lock(mutex_);
+        const bool waits_too_long = !waiting_.empty() && waiting_.front().deadline <= now;
+        if (now < write_deadline && !waits_too_long)
+            return;
+        is_news = trouble_ != trouble;
+        trouble_ = trouble;
+        late = std::exchange(waiting_, {});
+    }
+    if (is_news)
+        spdlog::error("the state cannot be saved: {}", trouble);
+    answer(late, trouble);
+}
+
+bool StateFile::gives_up()
+{
+    const std::lock_guard lock(mutex_);
+    return ends_ && Clock::now() >= end_deadline_;
+}
+
+void StateFile::saved(std::uint64_t changes)
+{
+    bool is_news = false;
+    std::vector<Waiting> answered;
+    {
+        const std::lock_guard lock(mutex_);
+        answered = take_waiting(changes);
+        saved_ = changes;
+        is_news = !trouble_.empty();
+        trouble_.clear();
+        next_try_ = {};
+    }
+    pause_ = patience_.first_pause;
+    if (is_news)
+        spdlog::info("the state can be saved again");
+    answer(answered, "");
+}
+
+/// It needs no memory: that may be the trouble.
+void StateFile::not_saved(std::string trouble)
+{
+    bool is_news = false;
+    std::vector<Waiting> answered;
+    {
+        const std::lock_guard lock(mutex_);
+        answered = std::exchange(waiting_, {});
+        is_news = trouble_ != trouble;
+        trouble_ = std::move(trouble);
+        next_try_ = Clock::now() + pause_;
+    }
+    pause_ = std::min(2 * pause_, patience_.longest_pause);
+    // Only this thread changes it.
+    if (is_news)
+        spdlog::error("the state cannot be saved: {}; it is tried again", trouble_);
+    answer(answered, trouble_);
+}
+
+/// Removes those whose changes are among the first ones, and returns them.
+std::vector<StateFile::Waiting> StateFile::take_waiting(std::uint64_t changes)
+{
+    const auto end = std::find_if(waiting_.begin(), waiting_.end(), [&](const Waiting& waiting) {
+        return waiting.changes > changes;
     });
     std::vector<Waiting> taken(std::make_move_iterator(waiting_.begin()),
                                std::make_move_iterator(end));

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 #include <nmos_instrument/nmos_instrument.h>
@@ -18,11 +19,14 @@
 
 namespace nmos_instrument::host {
 
+/// Far more than any clock shows, and far from where the number would begin again at 0.
+constexpr std::uint64_t last_sdp_version = std::numeric_limits<std::int64_t>::max();
+
 /// The `o=` line of one sender's SDP file (RFC 4566 5.2).
 struct SdpSession
 {
     std::uint64_t id = 0;
-    std::uint64_t version = 0; ///< increases whenever the file changes
+    std::uint64_t version = 0; ///< increases whenever the file changes, to last_sdp_version
 
     bool operator==(const SdpSession&) const = default;
 };

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <utility>
+
 #include <nlohmann/json.hpp>
 #include <nmos_instrument/nmos_instrument.h>
 
@@ -68,10 +70,17 @@ void post_bulk(const Services& services, const JsonRequest& request, const HttpR
         return;
     }
     json answers = json::array();
-    for (const BulkEntry& entry : entries)
+    bool changed = false;
+    for (const BulkEntry& entry : entries) {
         answers.push_back(bulk_answer_to(services, request.http.peer, side, entry));
-    reply_when_saved(services, reply,
-                     json_response(answers.dump(-1, ' ', false, json::error_handler_t::replace)));
+        changed = changed || !answers.back().contains("error");
+    }
+    HttpResponse response =
+        json_response(answers.dump(-1, ' ', false, json::error_handler_t::replace));
+    if (changed)
+        reply_when_saved(services, reply, std::move(response));
+    else
+        reply(std::move(response));
 }
 
 /// A leg has one interface, and its constraints say only that.

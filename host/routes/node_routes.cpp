@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include <nmos_instrument/nmos_instrument.h>
@@ -43,6 +44,11 @@ struct TargetChange
 
     void apply(const ConnectionPatch& patch) const
     {
+        // Fetching the manifest took its time.
+        if (const std::optional<HttpResponse> refusal = refusal_of_change(services)) {
+            reply(*refusal);
+            return;
+        }
         const ChangeOutcome outcome = change(services, request.peer, receiver, patch, Findings());
         if (outcome.is_refusal())
             reply(refusal_response(outcome));

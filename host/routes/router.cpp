@@ -137,6 +137,10 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
         refuse(services_, request, reply, 403, "Changes are not allowed", why);
         return;
     }
+    if (const std::optional<HttpResponse> refusal = refusal_of_change(services_)) {
+        reply(*refusal);
+        return;
+    }
     if (!is_json(request.content_type)) {
         refuse(services_, request, reply, 415, "Unsupported media type",
                "Content-Type: found " + in_quotes(*request.content_type) +

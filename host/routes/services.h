@@ -4,7 +4,7 @@
 #define NMOS_INSTRUMENT_HOST_ROUTES_SERVICES_H
 
 #include <chrono>
-#include <string>
+#include <optional>
 
 #include "http/manifest_fetcher.h"
 #include "http/server.h"
@@ -26,16 +26,12 @@ struct Services
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
 };
 
-/// Answers when the change is in the state file, so that everything a client was told survives.
-inline void reply_when_saved(const Services& services, const HttpReply& reply,
-                             HttpResponse response)
-{
-    if (services.state_file == nullptr)
-        reply(std::move(response));
-    else
-        services.state_file->when_saved(
-            [reply, response = std::move(response)]() mutable { reply(std::move(response)); });
-}
+/// Why nothing may be changed now, whatever a client asks for; nothing if changes are possible.
+std::optional<HttpResponse> refusal_of_change(const Services& services);
+
+/// Answers when the change is in the state file, so that everything a client was told survives. If
+/// it cannot be saved, the answer is a 500 that says so.
+void reply_when_saved(const Services& services, const HttpReply& reply, HttpResponse response);
 
 } // namespace nmos_instrument::host
 

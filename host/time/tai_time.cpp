@@ -64,6 +64,8 @@ std::optional<TaiTime> sum_of(const TaiTime& time, const TaiTime& span)
 
 TaiTime later_than(const TaiTime& previous, const TaiTime& now)
 {
+    if (std::max(previous, now) >= latest_version)
+        return latest_version;
     if (now > previous)
         return now;
     if (previous.nanoseconds == nanoseconds_per_second - 1)

@@ -38,8 +38,11 @@ std::string_view allowed_tai_time();
 /// Nothing if the sum is after last_tai_second.
 std::optional<TaiTime> sum_of(const TaiTime& time, const TaiTime& span);
 
+/// The last version of a resource: one that a PTP clock can show, with room for a second after it.
+constexpr TaiTime latest_version{last_tai_second - 1, 999'999'999};
+
 /// The next version of a resource: `now`, or the smallest step forward if the clock is not yet
-/// past `previous`.
+/// past `previous`. It stays at latest_version.
 TaiTime later_than(const TaiTime& previous, const TaiTime& now);
 
 /// `to` minus `from` in nanoseconds, limited to plus or minus 100 years.

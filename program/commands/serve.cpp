@@ -25,6 +25,8 @@
 #include "http/server.h"
 #include "instrument/activation_thread.h"
 #include "instrument/instrument.h"
+#include "instrument/replaced_file.h"
+#include "instrument/restore_from.h"
 #include "instrument/state_file.h"
 #include "log/patient_output.h"
 #include "log/program_log.h"
@@ -43,6 +45,7 @@ struct ServeOptions
 {
     ConfigurationOptions configuration;
     std::optional<std::string> state_file;
+    bool state_reset = false;
     std::optional<int> port;
     bool first_free_port = false;
     unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
@@ -89,10 +92,12 @@ std::string name_of(const std::optional<std::string>& file)
 }
 
 /// What somebody who only has the log wants to know first.
-void log_start(const ServeOptions& options, const host::Configuration& configuration,
-               const std::string& node_id, unsigned connection_limit)
+void log_start(const ServeOptions& options, host::Instrument& instrument, unsigned connection_limit)
 {
+    const host::Configuration& configuration = instrument.configuration();
     const auto& interfaces = configuration.interfaces;
+    const std::string node_id = instrument.read(
+        [](const host::Records& records) { return std::string(host::text_of(records.node.id)); });
     spdlog::info("{}: node {}, configuration {}, state {}, interfaces {} and {}, serving {} (at "
                  "most {} connections)",
                  version_text(), node_id, name_of(options.configuration.file),
@@ -115,21 +120,24 @@ void print_url(const std::string& url)
         spdlog::warn("standard output: the URL could not be written");
 }
 
-void run(const ServeOptions& options, host::Configuration configuration)
+/// Nothing if there is no --state.
+std::optional<host::ReplacedFile> open_state_file(const ServeOptions& options)
 {
-    const EndSignals end_signals;
-    host::ClientLog client_log;
-
-    // The port comes first, because the records of the instrument name it.
-    host::ListeningSocket socket = listen(options, configuration.server);
-    configuration.server.port = socket.port();
-
-    host::Instrument instrument(configuration, host::tai_now);
-    std::optional<host::StateFile> state_file;
-    if (options.state_file) {
-        host::restore_from(*options.state_file, instrument);
-        state_file.emplace(*options.state_file, instrument);
+    if (!options.state_file)
+        return std::nullopt;
+    try {
+        return host::ReplacedFile(*options.state_file);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error("--state " + *options.state_file + ": " + error.what());
     }
+}
+
+/// Serves until a signal ends it. When it returns, nothing changes the instrument any more.
+void serve_until_signal(const ServeOptions& options, host::ListeningSocket socket,
+                        host::Instrument& instrument, host::StateFile* state_file,
+                        const EndSignals& end_signals)
+{
+    host::ClientLog client_log;
     host::ActivationThread activations(instrument);
     instrument.listen({
         .changed =
@@ -141,8 +149,7 @@ void run(const ServeOptions& options, host::Configuration configuration)
     });
 
     host::ManifestFetcher manifests;
-    const host::Router router(
-        {instrument, manifests, client_log, state_file ? &*state_file : nullptr, options.changes});
+    const host::Router router({instrument, manifests, client_log, state_file, options.changes});
     // The server comes last, so that it stops before anything that its handlers use goes away.
     const host::HttpServer server(
         std::move(socket), server_options(options, client_log),
@@ -150,12 +157,32 @@ void run(const ServeOptions& options, host::Configuration configuration)
             router.handle(request, reply);
         });
 
-    const std::string node_id = instrument.read(
-        [](const host::Records& records) { return std::string(host::text_of(records.node.id)); });
-    log_start(options, configuration, node_id, server.connection_limit());
-    print_url(host::base_url(configuration.server));
+    log_start(options, instrument, server.connection_limit());
+    print_url(host::base_url(instrument.configuration().server));
 
     spdlog::info("stopping on {}", end_signals.wait());
+}
+
+ExitStatus run(const ServeOptions& options, host::Configuration configuration)
+{
+    const EndSignals end_signals;
+
+    // Before the port: a state file in use is the better reason to give up.
+    const std::optional<host::ReplacedFile> file = open_state_file(options);
+    // Before the instrument, because its records name the port.
+    host::ListeningSocket socket = listen(options, configuration.server);
+    configuration.server.port = socket.port();
+
+    host::Instrument instrument(configuration, host::tai_now);
+    std::optional<host::StateFile> state_file;
+    if (file) {
+        host::restore_from(*file, instrument,
+                           options.state_reset ? host::StateReset::yes : host::StateReset::no);
+        state_file.emplace(*file, instrument);
+    }
+    serve_until_signal(options, std::move(socket), instrument, state_file ? &*state_file : nullptr,
+                       end_signals);
+    return state_file && !state_file->finish() ? unreadable : done;
 }
 
 ExitStatus serve(const ServeOptions& options)
@@ -173,12 +200,11 @@ ExitStatus serve(const ServeOptions& options)
     }
     const ProgramLog log(options.log_level);
     try {
-        run(options, *configuration);
+        return run(options, *configuration);
     } catch (const std::exception& error) {
         spdlog::critical("cannot serve: {}", error.what());
         return unreadable;
     }
-    return done;
 }
 
 } // namespace
@@ -189,10 +215,16 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
     CLI::App* const command =
         program.add_subcommand("serve", "Runs the instrument on the network as an NMOS node");
     options->configuration.add_to(*command);
+    CLI::Option* const state =
+        command
+            ->add_option("--state", options->state_file,
+                         "file that keeps connections, versions and counters across restarts; one "
+                         "process at a time may use it")
+            ->type_name("FILE");
     command
-        ->add_option("--state", options->state_file,
-                     "file that keeps connections, versions and counters across restarts")
-        ->type_name("FILE");
+        ->add_flag("--state-reset", options->state_reset,
+                   "renames the file to FILE.previous and starts afresh")
+        ->needs(state);
     command
         ->add_option("--port", options->port, "TCP port, instead of the one in the configuration")
         ->check(whole_number(1, 65535, "1 to 65535"))

@@ -50,11 +50,11 @@ TEST(Activations, RelativeOnesAreDueByTheSteadyClockAlone)
 {
     Activations activations;
     activations.schedule(after(receiver, 90s));
-    EXPECT_FALSE(activations.take_due({{last_tai_second, 0}, SteadyTime(90s - 1ns)}));
-    EXPECT_TRUE(activations.take_due({{0, 0}, SteadyTime(90s)}));
+    EXPECT_FALSE(activations.find_due({{last_tai_second, 0}, SteadyTime(90s - 1ns)}));
+    EXPECT_TRUE(activations.find_due({{0, 0}, SteadyTime(90s)}));
     activations.schedule(at(receiver, {10, 5}));
-    EXPECT_FALSE(activations.take_due({{10, 4}, SteadyTime::max()}));
-    EXPECT_TRUE(activations.take_due({{10, 5}, SteadyTime()}));
+    EXPECT_FALSE(activations.find_due({{10, 4}, SteadyTime::max()}));
+    EXPECT_TRUE(activations.find_due({{10, 5}, SteadyTime()}));
 }
 
 TEST(Activations, LatenessIsThatOfTheClockThatCounts)
@@ -64,17 +64,15 @@ TEST(Activations, LatenessIsThatOfTheClockThatCounts)
     EXPECT_EQ(lateness(at(receiver, {7, 0}), now), 3600s);
 }
 
-TEST(Activations, OneIsTakenWhenItIsDueAndOnce)
+TEST(Activations, OneIsFoundWhenItIsDue)
 {
     Activations activations;
     activations.schedule(at(receiver, {10, 5}));
-    EXPECT_FALSE(activations.take_due({{10, 4}, {}}));
-    const auto taken = activations.take_due({{10, 5}, {}});
-    ASSERT_TRUE(taken);
-    EXPECT_EQ(taken->key, receiver);
-    EXPECT_EQ(taken->due, (TaiTime{10, 5}));
-    EXPECT_FALSE(activations.take_due({{10, 5}, {}}));
-    EXPECT_EQ(activations.find(receiver), nullptr);
+    EXPECT_FALSE(activations.find_due({{10, 4}, {}}));
+    const auto found = activations.find_due({{10, 5}, {}});
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->key, receiver);
+    EXPECT_EQ(found->due, (TaiTime{10, 5}));
 }
 
 TEST(Activations, CancellingTellsWhetherThereWasOne)

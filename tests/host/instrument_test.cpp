@@ -5,6 +5,7 @@
 #include "instrument/instrument.h"
 
 #include <chrono>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -86,6 +87,24 @@ TEST_F(InstrumentTest, WhatTheHardwareRefusesChangesNothing)
     ASSERT_EQ(instrument_.status().failures.size(), 1U);
     EXPECT_EQ(instrument_.status().failures[0].why, "no lock on the reference");
     EXPECT_TRUE(instrument_.status().activations.empty());
+}
+
+TEST_F(InstrumentTest, TheHardwareIsSetUpWhenNothingElseCanFail)
+{
+    // It sees what will be active; afterwards there is nothing of it.
+    bool called = false;
+    Instrument instrument(
+        Configuration(), [this] { return now_; },
+        [&](const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active) {
+            called = active.transport_params[0].destination_port == 6000;
+            throw std::bad_alloc();
+        });
+    const std::string before = write_saved_state(instrument.saved_state());
+    const ChangeOutcome outcome =
+        instrument.change({Side::sender, 0}, activation(ActivationMode::immediate));
+    EXPECT_TRUE(called);
+    EXPECT_EQ(outcome.result, ChangeResult::failed);
+    EXPECT_EQ(write_saved_state(instrument.saved_state()), before);
 }
 
 TEST_F(InstrumentTest, AScheduledActivationThatFails)
@@ -230,6 +249,37 @@ TEST_F(InstrumentTest, ASavedStateThatTheRecordCheckRefusesIsDamaged)
     set_text(saved.receivers.begin()->second.active.transport_params[0].source_ip, "nonsense");
     EXPECT_THROW(instrument_.restore(saved), DamagedState);
     EXPECT_EQ(write_saved_state(instrument_.saved_state()), before);
+}
+
+TEST_F(InstrumentTest, VersionsEndBeforeTheyBeginAgain)
+{
+    SavedState saved = instrument_.saved_state();
+    const std::string receiver = instrument_.resource_name(receiver_).substr(10);
+    saved.resources.at(receiver).version = latest_version;
+    for (auto& [id, sender] : saved.senders)
+        sender.sdp_version = last_sdp_version;
+    instrument_.restore(saved);
+    instrument_.change(receiver_, activation(ActivationMode::immediate));
+    instrument_.change({Side::sender, 0}, activation(ActivationMode::immediate));
+    EXPECT_EQ(version(0), "281474976710654:999999999");
+    EXPECT_NE(instrument_.sdp_file(0).find(" 9223372036854775807 IN "), std::string::npos);
+    EXPECT_NO_THROW(parse_saved_state(write_saved_state(instrument_.saved_state())));
+}
+
+TEST(SavedStateText, IsWhatTheReaderWouldWrite)
+{
+    spdlog::set_level(spdlog::level::off);
+    Instrument instrument(Configuration(), [] { return TaiTime{1, 0}; });
+    SavedState state = instrument.saved_state();
+    std::string odd;
+    for (int byte = 1; byte < 128; ++byte)
+        odd += static_cast<char>(byte);
+    set_text(state.receivers.begin()->second.staged.transport_file_data, odd + "\xc3\xa4");
+    state.senders.clear();
+    const std::string text = write_saved_state(state);
+    EXPECT_EQ(text, nlohmann::json::parse(text).dump(1) + '\n');
+    const SavedState read = parse_saved_state(text);
+    EXPECT_EQ(text_of(read.receivers.begin()->second.staged.transport_file_data), odd + "\xc3\xa4");
 }
 
 TEST(SavedStateText, AnyChangedByteIsFound)

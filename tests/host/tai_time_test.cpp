@@ -51,6 +51,16 @@ TEST(LaterThan, MovesStrictlyForward)
     EXPECT_EQ(later_than({5, 999'999'999}, {4, 0}), (TaiTime{6, 0}));
 }
 
+TEST(LaterThan, EndsBeforeAClockDoes)
+{
+    const TaiTime last{281'474'976'710'654, 999'999'999};
+    EXPECT_EQ(latest_version, last);
+    EXPECT_EQ(later_than({281'474'976'710'654, 999'999'998}, {5, 0}), last);
+    EXPECT_EQ(later_than(last, {5, 0}), last);
+    EXPECT_EQ(later_than({281'474'976'710'655, 999'999'999}, {5, 0}), last);
+    EXPECT_EQ(later_than({5, 0}, {281'474'976'710'655, 0}), last);
+}
+
 TEST(SpanBetween, IsSignedAndBounded)
 {
     EXPECT_EQ(span_between({5, 0}, {6, 1}), 1s + 1ns);

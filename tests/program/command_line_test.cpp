@@ -76,6 +76,7 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
         {{"print", "self", "--config"}, "--config"},
         {{"print", "--print-config", "--check-config"}, "--print-config"},
         {{"serve", "--port", "0"}, "--port: found \"0\", allowed: 1 to 65535"},
+        {{"serve", "--state-reset"}, "--state-reset requires --state"},
         {{"serve", "--connections-per-address", "-1"},
          "--connections-per-address: found \"-1\", allowed: 0 to 1000000"},
         {{"check-sdp"}, "FILE is required"},

@@ -105,7 +105,7 @@ class Signals(unittest.TestCase):
             self.assert_works(instrument, 9300)
             resource.prlimit(instrument.process.pid, resource.RLIMIT_FSIZE, (1000, 1000))
             receiver = instrument.resources("receivers")[0]
-            self.assertEqual(instrument.patch(receiver, IMMEDIATE).status, 200)
+            self.assertEqual(instrument.patch(receiver, IMMEDIATE).status, 500)
             self.assertIn("File too large", instrument.status()["state_file"])
 
     def test_only_the_first_thread_takes_them(self):

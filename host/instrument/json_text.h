@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_JSON_TEXT_H
+#define NMOS_INSTRUMENT_HOST_INSTRUMENT_JSON_TEXT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace nmos_instrument::host {
+
+enum class JsonForm
+{
+    compact, ///< no space at all
+    indented ///< one line for each value
+};
+
+/// JSON written as it goes, without a tree of values: nlohmann's trees need memory even to be
+/// destroyed, and end the program when there is none. The texts are those of its dump(), if members
+/// are written in ascending order of their keys.
+class JsonText
+{
+public:
+    explicit JsonText(JsonForm form) : form_(form) {}
+
+    void begin_object() { begin('{'); }
+    void end_object() { end('}'); }
+    void begin_array() { begin('['); }
+    void end_array() { end(']'); }
+
+    /// A value follows.
+    JsonText& key(std::string_view key);
+    /// An element of an array follows.
+    JsonText& element();
+
+    /// Valid UTF-8.
+    void text(std::string_view value);
+    void number(std::uint64_t value) { text_ += std::to_string(value); }
+    void flag(bool value) { text_ += value ? "true" : "false"; }
+
+    std::string take() { return std::move(text_); }
+
+private:
+    void begin(char bracket);
+    void end(char bracket);
+    void next_line();
+
+    const JsonForm form_;
+    std::string text_;
+    std::size_t depth_ = 0;
+    bool is_first_ = true; ///< of its object or array
+};
+
+} // namespace nmos_instrument::host
+
+#endif

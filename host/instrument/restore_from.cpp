@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "instrument/restore_from.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include <spdlog/spdlog.h>
+
+#include "instrument/saved_state.h"
+#include "text/quoted_text.h"
+#include "text/whole_file.h"
+#include "time/tai_clock.h"
+
+namespace nmos_instrument::host {
+namespace {
+
+/// More than any state needs: a larger file is something else.
+constexpr std::size_t size_limit = 16UL * 1024 * 1024;
+
+/// More than any finding needs; a message about broken JSON may quote all of the file.
+constexpr std::size_t longest_reason = 400;
+
+constexpr const char* previous = ".previous";
+
+void set_aside(const ReplacedFile& file, const std::string& reason)
+{
+    const std::string why =
+        printable(reason.substr(0, longest_reason)) + (reason.size() > longest_reason ? "..." : "");
+    const std::string ending = ".damaged-" + std::to_string(tai_now().seconds);
+    file.rename_beside(ending);
+    spdlog::error("--state {} is damaged: {}; it is now {}; starting with the configuration",
+                  file.name(), why, file.beside(ending));
+}
+
+[[noreturn]] void refuse_other_instrument(std::size_t saved)
+{
+    throw std::runtime_error("it has the parameters of " + std::to_string(saved) +
+                             " senders and receivers, and none of them is in the configuration: "
+                             "use the configuration that it belongs to (serial_number), another "
+                             "file, or --state-reset to start afresh");
+}
+
+void restore(const ReplacedFile& file, const std::string& text, Instrument& instrument)
+{
+    const SavedState saved = parse_saved_state(text);
+    const std::size_t known = instrument.count_known(saved);
+    if (known == 0 && saved.connections() != 0)
+        refuse_other_instrument(saved.connections());
+    for (const std::string& message : instrument.restore(saved))
+        spdlog::warn("--state {}: {}", file.name(), message);
+    if (known < saved.connections()) {
+        file.write_beside(previous, text);
+        spdlog::warn("--state {}: {} keeps the file as it was", file.name(), file.beside(previous));
+    }
+    spdlog::info("state restored from {}", file.name());
+}
+
+void restore_or_reset(const ReplacedFile& file, Instrument& instrument, StateReset reset)
+{
+    const std::optional<std::string> text = file.read(size_limit);
+    if (!text) {
+        spdlog::info("no {} yet: starting with the configuration", file.name());
+        return;
+    }
+    if (reset == StateReset::yes) {
+        file.rename_beside(previous);
+        spdlog::warn("--state {} is now {}; starting with the configuration", file.name(),
+                     file.beside(previous));
+        return;
+    }
+    try {
+        restore(file, *text, instrument);
+    } catch (const DamagedState& error) {
+        set_aside(file, error.what());
+    }
+}
+
+} // namespace
+
+void restore_from(const ReplacedFile& file, Instrument& instrument, StateReset reset)
+{
+    try {
+        restore_or_reset(file, instrument, reset);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error("--state " + file.name() + ": " + error.what());
+    }
+}
+
+} // namespace nmos_instrument::host

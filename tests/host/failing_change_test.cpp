@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A change of the instrument during which each allocation in turn throws std::bad_alloc: it must
+// leave everything as it was. Alone in its process, whose allocator it replaces.
+
+#include <cstddef>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <spdlog/spdlog.h>
+
+#include "instrument/instrument.h"
+#include "instrument/saved_state.h"
+
+namespace {
+
+// Counted only between start and stop, in the one thread of this test.
+bool counting = false;
+long allocations_left = 0; // before one fails
+
+void* allocate(std::size_t size)
+{
+    if (counting && allocations_left-- == 0)
+        throw std::bad_alloc();
+    void* const block = std::malloc(size != 0 ? size : 1);
+    if (block == nullptr)
+        throw std::bad_alloc();
+    return block;
+}
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    return allocate(size);
+}
+void* operator new[](std::size_t size)
+{
+    return allocate(size);
+}
+void operator delete(void* block) noexcept
+{
+    std::free(block);
+}
+void operator delete[](void* block) noexcept
+{
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
+void operator delete[](void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
+
+namespace nmos_instrument::host {
+namespace {
+
+class FailingChangeTest : public testing::Test
+{
+protected:
+    FailingChangeTest()
+    {
+        spdlog::set_level(spdlog::level::off);
+        instrument_.listen({[this] { ++changes_; }, {}});
+    }
+
+    /// All that clients see and all that is saved, but for the reports on activations that failed.
+    std::string everything()
+    {
+        std::string text = write_saved_state(instrument_.saved_state());
+        instrument_.read([&](Records& records) {
+            text += NodeApi().make_self(&records.node);
+            text += ConnectionApi().make_single_senderid_staged(&records.connections, 0);
+            text += ConnectionApi().make_single_receiverid_staged(&records.connections, 0);
+        });
+        const InstrumentStatus status = instrument_.status();
+        for (const InstrumentStatus::Pending& pending : status.pending)
+            text += pending.resource + ' ' + to_text(pending.due) + '\n';
+        text += std::to_string(status.activations.size()) + " activations, ";
+        return text + std::to_string(changes_) + " changes";
+    }
+
+    /// Calls `action`, which tells whether it succeeded, until no allocation of it fails.
+    void fail_each_allocation(const std::function<bool()>& action)
+    {
+        const std::string before = everything();
+        long failures = 0;
+        for (bool done = false; !done; ++failures) {
+            ASSERT_LT(failures, 10000) << "it never succeeds";
+            allocations_left = failures;
+            counting = true;
+            try {
+                done = action();
+            } catch (const std::bad_alloc&) {}
+            counting = false;
+            if (!done) {
+                ASSERT_EQ(everything(), before) << "after allocation " << failures << " failed";
+            }
+        }
+        EXPECT_GT(failures, 5) << "something was allocated";
+        EXPECT_NE(everything(), before);
+    }
+
+    void fail_each_allocation_of(const ConnectionKey& key, const ConnectionPatch& patch)
+    {
+        fail_each_allocation([&] { return !instrument_.change(key, patch).is_refusal(); });
+    }
+
+    static ConnectionPatch patch(ActivationMode mode, const TaiTime& time = {})
+    {
+        ConnectionPatch patch;
+        patch.master_enable = true;
+        patch.legs[0].destination_port = 6000;
+        patch.legs[1].source_port = 7000; // gives a line in the log
+        patch.peer_id = "5709255c-c0ae-4e1e-99a0-e872e83e48e0";
+        patch.activation = ActivationRequest{mode, time, to_text(time)};
+        return patch;
+    }
+
+    TaiTime now_{1'234'567'890, 123'456'789};
+    int changes_ = 0;
+    Instrument instrument_{Configuration(), [this] { return now_; }};
+    const ConnectionKey sender_{Side::sender, 0};
+    const ConnectionKey receiver_{Side::receiver, 0};
+};
+
+TEST_F(FailingChangeTest, Staged)
+{
+    ConnectionPatch staged = patch(ActivationMode::none);
+    staged.activation.reset();
+    fail_each_allocation_of(sender_, staged);
+    fail_each_allocation_of(receiver_, staged);
+}
+
+TEST_F(FailingChangeTest, ActivatedAtOnce)
+{
+    fail_each_allocation_of(sender_, patch(ActivationMode::immediate));
+    fail_each_allocation_of(receiver_, patch(ActivationMode::immediate));
+}
+
+TEST_F(FailingChangeTest, ScheduledAndCancelled)
+{
+    fail_each_allocation_of(sender_, patch(ActivationMode::scheduled_relative, {5, 0}));
+    fail_each_allocation_of(sender_, patch(ActivationMode::none));
+}
+
+TEST_F(FailingChangeTest, WhatIsDueStaysScheduledOrIsReportedAsFailed)
+{
+    const ConnectionPatch later = patch(ActivationMode::scheduled_relative, {5, 0});
+    const auto schedule = [&] { instrument_.change(sender_, later); };
+    schedule();
+    now_.seconds += 10;
+    const auto active = [&] {
+        return instrument_.read([](Records& records) {
+            return ConnectionApi().make_single_senderid_active(&records.connections, 0) +
+                   NodeApi().make_senders(&records.node, 1);
+        });
+    };
+    const std::string before = active();
+    bool passed_on = false;
+    long failures = 0;
+    for (; instrument_.status().activations.empty(); ++failures) {
+        ASSERT_LT(failures, 10000) << "it never succeeds";
+        allocations_left = failures;
+        counting = true;
+        try {
+            instrument_.activate_due();
+        } catch (const std::bad_alloc&) {
+            passed_on = true;
+        }
+        counting = false;
+        if (!instrument_.status().activations.empty())
+            break;
+        ASSERT_EQ(active(), before) << "after allocation " << failures << " failed";
+        if (instrument_.status().pending.empty()) {
+            ASSERT_FALSE(instrument_.status().failures.empty());
+            now_.seconds -= 10;
+            schedule();
+            now_.seconds += 10;
+        }
+    }
+    EXPECT_TRUE(passed_on);
+    EXPECT_GT(failures, 5) << "something was allocated";
+    EXPECT_NE(active(), before);
+}
+
+TEST_F(FailingChangeTest, LookingAtTheStateChangesNothing)
+{
+    const std::string before = everything();
+    for (long failures = 0;; ++failures) {
+        ASSERT_LT(failures, 100'000) << "it never succeeds";
+        allocations_left = failures;
+        bool done = false;
+        counting = true;
+        try {
+            instrument_.saved_state();
+            done = true;
+        } catch (const std::bad_alloc&) {}
+        counting = false;
+        if (done)
+            break;
+        // Comparing everything is slow; most allocations are those of like resources.
+        if (failures % 7 == 0) {
+            ASSERT_EQ(everything(), before) << "after allocation " << failures << " failed";
+        }
+    }
+    EXPECT_EQ(everything(), before);
+}
+
+TEST_F(FailingChangeTest, WritingTheStateThrowsAndDoesNotEndTheProgram)
+{
+    const SavedState state = instrument_.saved_state();
+    const std::string expected = write_saved_state(state);
+    std::string written;
+    long failures = 0;
+    for (; written.empty(); ++failures) {
+        ASSERT_LT(failures, 10000) << "it never succeeds";
+        allocations_left = failures;
+        counting = true;
+        try {
+            written = write_saved_state(state);
+        } catch (const std::bad_alloc&) {}
+        counting = false;
+    }
+    EXPECT_GT(failures, 5) << "something was allocated";
+    EXPECT_EQ(written, expected);
+}
+
+} // namespace
+} // namespace nmos_instrument::host
