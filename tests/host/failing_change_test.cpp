@@ -152,7 +152,7 @@ TEST_F(FailingChangeTest, ScheduledAndCancelled)
 
 TEST_F(FailingChangeTest, WhatIsDueStaysScheduledOrIsReportedAsFailed)
 {
-    const ConnectionPatch later = patch(ActivationMode::scheduled_relative, {5, 0});
+    const ConnectionPatch later = patch(ActivationMode::scheduled_absolute, {now_.seconds + 5, 0});
     const auto schedule = [&] { instrument_.change(sender_, later); };
     schedule();
     now_.seconds += 10;
