@@ -11,6 +11,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
@@ -18,12 +19,15 @@
 #include "commands/configuration_options.h"
 #include "commands/number_option.h"
 #include "http/manifest_fetcher.h"
+#include "http/manifest_hosts.h"
 #include "http/server.h"
 #include "instrument/activation_thread.h"
 #include "instrument/instrument.h"
 #include "instrument/state_file.h"
 #include "records/addresses.h"
 #include "routes/router.h"
+#include "text/ipv4_address.h"
+#include "text/ipv4_network.h"
 #include "text/quoted_text.h"
 #include "time/tai_clock.h"
 
@@ -36,9 +40,20 @@ struct ServeOptions
     std::optional<std::string> state_file;
     std::optional<int> port;
     bool first_free_port = false;
+    std::vector<std::string> manifest_hosts;
     unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
     std::string log_level = "info";
 };
+
+CLI::Validator network_word()
+{
+    const auto refuse = [](const std::string& word) -> std::string {
+        return host::parse_ipv4_network(word)
+                   ? ""
+                   : refusal_of(word, std::string(host::allowed_ipv4_network()));
+    };
+    return {refuse, ""};
+}
 
 void start_log(const std::string& level)
 {
@@ -106,6 +121,22 @@ host::ListeningSocket listen(const ServeOptions& options, const host::ServerSett
     }
 }
 
+/// The networks of the instrument's addresses, and those that the options add.
+host::ManifestHosts manifest_hosts(const ServeOptions& options,
+                                   const host::Configuration& configuration)
+{
+    const auto network_of = [](const std::string& address) {
+        return host::network_of_interface(host::ipv4_from_dotted_quad(address).value_or(0));
+    };
+    std::vector<host::Ipv4Network> own;
+    for (const host::MediaInterface& interface : configuration.interfaces)
+        own.push_back(network_of(interface.address));
+    std::vector<host::Ipv4Network> named;
+    for (const std::string& word : options.manifest_hosts)
+        named.push_back(host::parse_ipv4_network(word).value());
+    return {own, network_of(configuration.server.address), named};
+}
+
 void run(const ServeOptions& options, host::Configuration configuration)
 {
     const EndSignals end_signals;
@@ -130,7 +161,9 @@ void run(const ServeOptions& options, host::Configuration configuration)
         .scheduled = [&] { activations.look_again(); },
     });
 
-    host::ManifestFetcher manifests;
+    const host::ManifestHosts hosts = manifest_hosts(options, configuration);
+    spdlog::info("manifests of other senders are fetched from {}", hosts.text());
+    host::ManifestFetcher manifests(hosts);
     const host::Router router({instrument, manifests, state_file ? &*state_file : nullptr});
     // The server comes last, so that it stops before anything that its handlers use goes away.
     const host::HttpServer server(
@@ -191,6 +224,13 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
         ->type_name("PORT");
     command->add_flag("--first-free-port", options->first_free_port,
                       "if the port is in use, serve at the next free one");
+    command
+        ->add_option("--manifest-hosts", options->manifest_hosts,
+                     "network or address that manifests of other senders are fetched from too, "
+                     "besides the networks of the instrument's interfaces; may be repeated")
+        ->allow_extra_args(false)
+        ->check(network_word())
+        ->type_name("CIDR");
     command
         ->add_option("--connections-per-address", options->connections_per_address,
                      "how many connections one client may have at once; 0: no limit")
