@@ -149,7 +149,8 @@ std::string write_saved_state(const SavedState& state)
 SavedState parse_saved_state(const std::string& text)
 {
     try {
-        const json document = parse_json(text, JsonComments::refused);
+        const JsonDocument parsed = parse_json(text, JsonComments::refused);
+        const json& document = parsed.value();
         if (document.at("format") != format_number)
             throw DamagedState("found format " + document.at("format").dump() +
                                ", allowed: " + std::to_string(format_number));

@@ -13,10 +13,9 @@
 namespace nmos_instrument::host {
 namespace {
 
-using nlohmann::json;
-
 /// Does what one PATCH, or one entry of a bulk request, asks for. The caller answers.
-ChangeOutcome patch_staged(Instrument& instrument, const ConnectionKey& key, const json& document)
+ChangeOutcome patch_staged(Instrument& instrument, const ConnectionKey& key,
+                           const nlohmann::json& document)
 {
     Findings findings;
     const ConnectionPatch patch = parse_patch(document, key.side, findings);
@@ -34,38 +33,45 @@ void patch_one(const Services& services, const JsonRequest& request, const HttpR
         reply_when_saved(services, reply, json_response(outcome.body, http_status(outcome.result)));
 }
 
-json bulk_answer_to(const Services& services, Side side, const BulkEntry& entry)
+constexpr ResourceKind kind_of(Side side)
 {
-    const ResourceKind kind = side == Side::sender ? ResourceKind::sender : ResourceKind::receiver;
-    const auto index = services.instrument.index().find(kind, entry.id);
+    return side == Side::sender ? ResourceKind::sender : ResourceKind::receiver;
+}
+
+/// One entry of the answer to a bulk request that could not be done.
+std::string refused_entry(const std::string& id, int code, const std::string& error,
+                          const std::string& debug)
+{
+    return "{\"code\":" + std::to_string(code) + ",\"debug\":" + json_string(debug) +
+           ",\"error\":" + json_string(error) + ",\"id\":" + json_string(id) + '}';
+}
+
+std::string bulk_answer_to(const Services& services, Side side, const BulkEntry& entry)
+{
+    const auto index = services.instrument.index().find(kind_of(side), entry.id);
     if (!index)
-        return {{"id", entry.id},
-                {"code", 404},
-                {"error", "Not found"},
-                {"debug", "no resource has this id"}};
+        return refused_entry(entry.id, 404, "Not found", "no resource has this id");
     const ChangeOutcome outcome = patch_staged(services.instrument, {side, *index}, *entry.params);
-    json answer = {{"id", entry.id}, {"code", http_status(outcome.result)}};
-    if (outcome.is_refusal()) {
-        answer["error"] = outcome.error;
-        answer["debug"] = outcome.debug;
-    }
-    return answer;
+    const int code = http_status(outcome.result);
+    if (outcome.is_refusal())
+        return refused_entry(entry.id, code, outcome.error, outcome.debug);
+    return "{\"code\":" + std::to_string(code) + ",\"id\":" + json_string(entry.id) + '}';
 }
 
 template <Side side>
 void post_bulk(const Services& services, const JsonRequest& request, const HttpReply& reply)
 {
     Findings findings;
-    const std::vector<BulkEntry> entries = parse_bulk_request(request.document, findings);
+    const std::vector<BulkEntry> entries = parse_bulk_request(
+        request.document, services.instrument.index().size(kind_of(side)), findings);
     if (!findings.empty()) {
         reply(error_response(400, "The body is not a bulk request", findings.text()));
         return;
     }
-    json answers = json::array();
+    std::string answers;
     for (const BulkEntry& entry : entries)
-        answers.push_back(bulk_answer_to(services, side, entry));
-    reply_when_saved(services, reply,
-                     json_response(answers.dump(-1, ' ', false, json::error_handler_t::replace)));
+        answers += (answers.empty() ? "[" : ",") + bulk_answer_to(services, side, entry);
+    reply_when_saved(services, reply, json_response(answers.empty() ? "[]" : answers + ']'));
 }
 
 /// A leg has one interface, and its constraints say only that.
