@@ -81,9 +81,9 @@ Configuration parse_configuration(std::string_view text, const std::string& name
     visit_keys(reader, configuration);
     reader.finish();
     // A refused value leaves a default in its place, which need not fit the other values.
-    if (reader.findings().empty())
+    if (reader.found_nothing())
         check_combinations(configuration, reader);
-    if (!reader.findings().empty())
+    if (!reader.found_nothing())
         throw ConfigurationRefused(reader.findings());
     return configuration;
 }
