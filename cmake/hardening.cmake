@@ -37,10 +37,12 @@ function(lock_addresses_at_start target)
   endif()
 endfunction()
 
-# Calls go straight through those addresses: without the table for finding them at the first call,
-# code is smaller.
+# With locked addresses nothing is looked up at the first call any more. On 32-bit x86 calls without
+# the table for that take 4 KB less; elsewhere they save nothing, and on 64-bit x86 a short SDP file
+# took a twentieth longer.
 function(bind_at_start target)
-  if(NMOS_INSTRUMENT_HAS_FULL_RELRO AND NMOS_INSTRUMENT_HAS_NO_PLT)
+  if(NMOS_INSTRUMENT_HAS_FULL_RELRO AND NMOS_INSTRUMENT_HAS_NO_PLT
+      AND CMAKE_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
     target_compile_options(${target} PRIVATE -fno-plt)
   endif()
 endfunction()
