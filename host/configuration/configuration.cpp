@@ -2,6 +2,7 @@
 
 #include "configuration/configuration.h"
 
+#include <optional>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -66,22 +67,23 @@ ConfigurationRefused::ConfigurationRefused(std::vector<std::string> findings)
 
 Configuration parse_configuration(std::string_view text, const std::string& name)
 {
-    nlohmann::json root;
+    std::optional<JsonDocument> document;
     try {
-        root = parse_json(text, JsonComments::allowed);
+        document.emplace(parse_json(text, JsonComments::allowed));
     } catch (const MalformedJson& error) {
         throw ConfigurationRefused({name + ": " + error.what()});
     }
 
+    const nlohmann::json& root = document->value();
     Configuration configuration;
     set_dependent_defaults(root, configuration);
     ConfigurationReader reader(root, name);
     visit_keys(reader, configuration);
     reader.finish();
     // A refused value leaves a default in its place, which need not fit the other values.
-    if (reader.findings().empty())
+    if (reader.found_nothing())
         check_combinations(configuration, reader);
-    if (!reader.findings().empty())
+    if (!reader.found_nothing())
         throw ConfigurationRefused(reader.findings());
     return configuration;
 }

@@ -35,7 +35,7 @@ ConfigurationReader::ConfigurationReader(const json& root, std::string file)
 {
     levels_.push_back({&root, "", {}});
     if (!root.is_object()) {
-        findings_.push_back(file_ + ": found " + shown(root) + ", allowed: an object");
+        find(file_ + ": found " + shown(root) + ", allowed: an object");
         levels_.back().value = nullptr;
     }
 }
@@ -65,9 +65,9 @@ void ConfigurationReader::text_or_null(std::string_view key, std::optional<std::
         return;
     }
     std::string text = value.value_or("");
-    const std::size_t findings_before = findings_.size();
+    const std::size_t findings_before = count_;
     this->text(key, text, {rule.allowed + ", or null", rule.accept}, explanation);
-    if (found != nullptr && findings_.size() == findings_before)
+    if (found != nullptr && count_ == findings_before)
         value = text;
 }
 
@@ -105,9 +105,25 @@ void ConfigurationReader::finish()
     leave_object();
 }
 
+void ConfigurationReader::find(const std::string& finding)
+{
+    // Nobody reads more than this.
+    constexpr std::size_t most = 20;
+    if (++count_ <= most)
+        findings_.push_back(finding);
+}
+
+std::vector<std::string> ConfigurationReader::findings() const
+{
+    std::vector<std::string> findings = findings_;
+    if (const std::size_t more = count_ - findings_.size(); more > 0)
+        findings.push_back(file_ + ": and " + std::to_string(more) + " more");
+    return findings;
+}
+
 void ConfigurationReader::refuse_combination(const std::string& pointer, const std::string& what)
 {
-    findings_.push_back(file_ + ": " + pointer + ": " + what);
+    find(file_ + ": " + pointer + ": " + what);
 }
 
 bool ConfigurationReader::is_same(const nlohmann::json& found, std::string_view json)
@@ -138,8 +154,7 @@ std::string ConfigurationReader::pointer_to(std::string_view key) const
 void ConfigurationReader::refuse(std::string_view key, const json& found,
                                  const std::string& allowed)
 {
-    findings_.push_back(file_ + ": " + pointer_to(key) + ": found " + shown(found) +
-                        ", allowed: " + allowed);
+    find(file_ + ": " + pointer_to(key) + ": found " + shown(found) + ", allowed: " + allowed);
 }
 
 void ConfigurationReader::enter_object(std::string_view key)
@@ -165,11 +180,11 @@ void ConfigurationReader::leave_object()
     for (const auto& member : level.value->items()) {
         const auto& known = level.known_keys;
         if (std::find(known.begin(), known.end(), member.key()) == known.end())
-            findings_.push_back(std::string(place)
-                                    .append(": found the unknown key ")
-                                    .append(shown(json(member.key())))
-                                    .append(", allowed: ")
-                                    .append(allowed));
+            find(std::string(place)
+                     .append(": found the unknown key ")
+                     .append(shown(json(member.key())))
+                     .append(", allowed: ")
+                     .append(allowed));
     }
 }
 
@@ -179,8 +194,8 @@ void ConfigurationReader::enter_array(std::string_view key, std::size_t size)
     if (found != nullptr && !(found->is_array() && found->size() == size)) {
         const std::string entries = std::to_string(size) + " entries";
         if (found->is_array())
-            findings_.push_back(file_ + ": " + pointer_to(key) + ": found an array of " +
-                                std::to_string(found->size()) + ", allowed: " + entries);
+            find(file_ + ": " + pointer_to(key) + ": found an array of " +
+                 std::to_string(found->size()) + ", allowed: " + entries);
         else
             refuse(key, *found, "an array of " + entries);
         found = nullptr;

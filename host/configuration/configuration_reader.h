@@ -4,6 +4,7 @@
 #define NMOS_INSTRUMENT_HOST_CONFIGURATION_CONFIGURATION_READER_H
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -72,7 +73,10 @@ public:
     /// Adds a finding about values that are acceptable one by one but not together.
     void refuse_combination(const std::string& pointer, const std::string& what);
 
-    const std::vector<std::string>& findings() const { return findings_; }
+    bool found_nothing() const { return count_ == 0; }
+
+    /// The first 20, and how many more there are.
+    std::vector<std::string> findings() const;
 
 private:
     struct Level
@@ -82,6 +86,7 @@ private:
         std::vector<std::string> known_keys;
     };
 
+    void find(const std::string& finding);
     static bool is_same(const nlohmann::json& found, std::string_view json);
     const nlohmann::json* look_up(std::string_view key);
     std::string pointer_to(std::string_view key) const;
@@ -92,6 +97,7 @@ private:
 
     std::string file_;
     std::vector<Level> levels_;
+    std::size_t count_ = 0; ///< of findings, also of those that are not kept
     std::vector<std::string> findings_;
 };
 

@@ -2,6 +2,9 @@
 
 #include "connection/bulk_request.h"
 
+#include <map>
+#include <string_view>
+
 #include <nlohmann/json.hpp>
 
 #include "connection/json_place.h"
@@ -35,9 +38,23 @@ void parse_entry(const JsonPlace& place, std::vector<BulkEntry>& entries)
         entries.push_back({value.at("id").get<std::string>(), &value.at("params")});
 }
 
+/// IS-05 v1.0 leaves open what a second entry for the same resource means. It is refused, because
+/// a small request could otherwise ask for much work and a long answer.
+void refuse_repeated_ids(const JsonPlace& place, const std::vector<BulkEntry>& entries)
+{
+    std::map<std::string_view, std::size_t> places;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const auto [first, is_new] = places.try_emplace(entries[i].id, i);
+        if (!is_new)
+            place.element(i).say("\"id\" is that of /" + std::to_string(first->second) +
+                                 ", allowed: one entry for each id");
+    }
+}
+
 } // namespace
 
-std::vector<BulkEntry> parse_bulk_request(const json& document, Findings& findings)
+std::vector<BulkEntry> parse_bulk_request(const json& document, std::size_t most,
+                                          Findings& findings)
 {
     std::vector<BulkEntry> entries;
     const JsonPlace place(document, findings);
@@ -45,8 +62,14 @@ std::vector<BulkEntry> parse_bulk_request(const json& document, Findings& findin
         place.refuse("an array of objects with id and params");
         return entries;
     }
+    if (document.size() > most) {
+        place.refuse("at most " + std::to_string(most) + " entries, one for each resource");
+        return entries;
+    }
     for (std::size_t i = 0; i < document.size(); ++i)
         parse_entry(place.element(i), entries);
+    if (findings.empty()) // otherwise an entry may be missing
+        refuse_repeated_ids(place, entries);
     return entries;
 }
 

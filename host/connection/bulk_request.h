@@ -3,6 +3,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_CONNECTION_BULK_REQUEST_H
 #define NMOS_INSTRUMENT_HOST_CONNECTION_BULK_REQUEST_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,10 @@ struct BulkEntry
 };
 
 /// The entries of a bulk POST (v1.0-bulk-sender-post-schema.json); the content of "params" is not
-/// checked. Use them only if there are no findings. `document` must outlive them.
-std::vector<BulkEntry> parse_bulk_request(const nlohmann::json& document, Findings& findings);
+/// checked. There may be `most`, each with an id of its own. Use them only if there are no findings.
+/// `document` must outlive them.
+std::vector<BulkEntry> parse_bulk_request(const nlohmann::json& document, std::size_t most,
+                                          Findings& findings);
 
 } // namespace nmos_instrument::host
 

@@ -18,24 +18,6 @@ void JsonPlace::refuse(std::string_view allowed) const
     findings_.add(path_, "found " + describe(value_) + ", allowed: " + std::string(allowed));
 }
 
-std::string JsonPlace::escaped(const std::string& key)
-{
-    // A long key is shortened: otherwise an answer could repeat 1 MiB of it.
-    constexpr std::size_t longest = 64;
-    if (key.size() > longest)
-        return in_quotes(key);
-    std::string text;
-    for (const char c : key) {
-        if (c == '~')
-            text += "~0";
-        else if (c == '/')
-            text += "~1";
-        else
-            text += c;
-    }
-    return text;
-}
-
 std::string describe(const nlohmann::json& value)
 {
     if (value.is_string())

@@ -9,6 +9,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "connection/findings.h"
+#include "text/json_pointer.h"
 
 namespace nmos_instrument::host {
 
@@ -24,7 +25,7 @@ public:
 
     JsonPlace member(const std::string& key, const nlohmann::json& value) const
     {
-        return {value, path_ + '/' + escaped(key), findings_};
+        return {value, path_ + '/' + json_pointer_token(key), findings_};
     }
     JsonPlace element(std::size_t index) const;
 
@@ -38,8 +39,6 @@ private:
     JsonPlace(const nlohmann::json& value, std::string path, Findings& findings)
         : value_(value), path_(std::move(path)), findings_(findings)
     {}
-
-    static std::string escaped(const std::string& key);
 
     const nlohmann::json& value_;
     std::string path_;

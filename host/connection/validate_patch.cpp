@@ -2,6 +2,8 @@
 
 #include "connection/validate_patch.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 
 #include "connection/read_transport_file.h"
@@ -13,6 +15,19 @@ namespace nmos_instrument::host {
 namespace {
 
 constexpr std::string_view sdp_type = "application/sdp";
+
+/// The parser can have hundreds of messages about one small file; nobody reads them all.
+std::string first_lines(const std::string& text)
+{
+    constexpr std::ptrdiff_t most = 20;
+    std::size_t end = 0;
+    for (std::ptrdiff_t i = 0; i < most && end < text.size(); ++i)
+        end = text.find('\n', end) + 1;
+    const auto left = std::count(text.begin() + static_cast<std::ptrdiff_t>(end), text.end(), '\n');
+    if (left > 0)
+        return text.substr(0, end) + "and " + std::to_string(left) + " more";
+    return text.substr(0, end - 1);
+}
 
 /// The parameters of `explicit_leg` override those of `from_file` (IS-05 v1.0, PATCH of a
 /// receiver's staged).
@@ -96,8 +111,8 @@ private:
         }
         const TransportFileReading reading = read_transport_file(data, facts_);
         if (!reading.refusal.empty()) {
-            findings_.add(path, "this receiver does not take the file: " +
-                                    reading.refusal.substr(0, reading.refusal.size() - 1));
+            findings_.add(path,
+                          "this receiver does not take the file: " + first_lines(reading.refusal));
             return;
         }
         for (std::size_t i = 0; i < leg_count; ++i) {

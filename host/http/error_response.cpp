@@ -6,15 +6,11 @@
 
 namespace nmos_instrument::host {
 
-namespace {
-
 std::string json_string(std::string_view text)
 {
     using nlohmann::json;
     return json(text).dump(-1, ' ', false, json::error_handler_t::replace);
 }
-
-} // namespace
 
 std::string error_body(int code, std::string_view error, const std::optional<std::string>& debug)
 {

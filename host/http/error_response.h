@@ -11,6 +11,9 @@
 
 namespace nmos_instrument::host {
 
+/// `text` in quotes and escaped. Bytes that are not UTF-8 become U+FFFD.
+std::string json_string(std::string_view text);
+
 /// `{"code":404,"error":"...","debug":"..."}`, the body of every error in IS-04 and IS-05; without
 /// `debug` its value is null. Bytes that are not UTF-8 become U+FFFD, so that it may quote anything
 /// that a client sent.

@@ -2,46 +2,49 @@
 
 #include "http/manifest_fetcher.h"
 
-#include <map>
+#include <chrono>
+#include <exception>
+#include <list>
 #include <mutex>
+#include <new>
 #include <stdexcept>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include <curl/curl.h>
 
-#include "text/quoted_text.h"
+#include "http/client_places.h"
+#include "http/manifest_transfer.h"
 
 namespace nmos_instrument::host {
 namespace {
 
-constexpr std::size_t size_limit = 1024UL * 1024;
-constexpr long time_limit_ms = 2000;
-constexpr long redirect_limit = 2;
+using Result = FetchedManifest::Result;
 
-/// How many requests may run at once; each costs a socket.
-constexpr std::size_t fetch_limit = 64;
+/// When libcurl cannot even wait, for lack of memory.
+constexpr std::chrono::milliseconds pause_after_failure{10};
 
 struct Fetch
 {
     std::string url;
+    std::string client;
     ManifestFetcher::Receive receive;
-    CURL* handle = nullptr;
-    std::string content;
-    bool too_long = false;
+    std::unique_ptr<ManifestTransfer> transfer; ///< when it has begun
 };
 
-std::size_t take_bytes(char* bytes, std::size_t size, std::size_t count, void* user)
+/// Fetches wait and run in lists, since to move from one to the other needs no memory.
+using Fetches = std::list<Fetch>;
+
+/// Needs no memory if it has to.
+FetchedManifest failed_because(const char* why) noexcept
 {
-    auto& fetch = *static_cast<Fetch*>(user);
-    const std::size_t length = size * count;
-    if (fetch.content.size() + length > size_limit) {
-        fetch.too_long = true;
-        return 0; // ends the transfer
+    FetchedManifest failed;
+    try {
+        failed.why = why;
+    } catch (const std::bad_alloc&) {
+        failed.why.clear(); // the log then has no reason
     }
-    fetch.content.append(bytes, length);
-    return length;
+    return failed;
 }
 
 /// libcurl needs this once in a process, before any thread starts.
@@ -52,19 +55,23 @@ void initialise_curl()
         throw std::runtime_error(curl_easy_strerror(result));
 }
 
+CURLM* new_multi_handle()
+{
+    initialise_curl();
+    CURLM* const multi = curl_multi_init();
+    if (multi == nullptr)
+        throw std::runtime_error("libcurl: no multi handle");
+    return multi;
+}
+
 } // namespace
 
 class ManifestFetcher::Worker
 {
 public:
-    Worker()
-    {
-        initialise_curl();
-        multi_ = curl_multi_init();
-        if (multi_ == nullptr)
-            throw std::runtime_error("libcurl: no multi handle");
-        thread_ = std::thread([this] { run(); });
-    }
+    explicit Worker(ManifestHosts hosts)
+        : hosts_(std::move(hosts)), multi_(new_multi_handle()), thread_([this] { run(); })
+    {}
 
     ~Worker()
     {
@@ -72,140 +79,162 @@ public:
             const std::lock_guard lock(mutex_);
             ends_ = true;
         }
-        curl_multi_wakeup(multi_);
+        curl_multi_wakeup(multi_.get());
         thread_.join();
-        curl_multi_cleanup(multi_);
     }
 
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
-    void add(std::unique_ptr<Fetch> fetch)
+    void add(Fetch fetch)
     {
-        std::unique_lock lock(mutex_);
-        if (ends_ || waiting_.size() + running_count_ >= fetch_limit) {
-            lock.unlock();
-            fetch->receive({false, "", "too many manifests are being fetched"});
-            return;
+        Fetches added;
+        added.push_back(std::move(fetch));
+        {
+            const std::lock_guard lock(mutex_);
+            if (!ends_ && places_.take(added.front().client))
+                waiting_.splice(waiting_.end(), added);
         }
-        waiting_.push_back(std::move(fetch));
-        lock.unlock();
-        curl_multi_wakeup(multi_);
+        if (added.empty())
+            curl_multi_wakeup(multi_.get());
+        else
+            added.front().receive({Result::too_many, "", "too many manifests are being fetched"});
     }
 
 private:
-    void run()
+    void run() noexcept
     {
         while (take_waiting()) {
+            start_new();
             int running = 0;
-            curl_multi_perform(multi_, &running);
+            const CURLMcode performed = curl_multi_perform(multi_.get(), &running);
+            if (performed != CURLM_OK)
+                finish_all(curl_multi_strerror(performed));
             finish_done();
-            curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
+            if (curl_multi_poll(multi_.get(), nullptr, 0, 1000, nullptr) != CURLM_OK)
+                std::this_thread::sleep_for(pause_after_failure);
         }
-        while (!running_.empty())
-            finish(running_.begin()->first, "the instrument is stopping");
+        finish_all("the instrument is stopping");
     }
 
+    void finish_all(const char* why) noexcept
+    {
+        while (!running_.empty())
+            finish(running_.begin(), failed_because(why));
+    }
+
+    /// False if this is the end.
     bool take_waiting()
     {
-        std::vector<std::unique_ptr<Fetch>> taken;
-        bool ends = false;
-        {
-            const std::lock_guard lock(mutex_);
-            taken = std::exchange(waiting_, {});
-            running_count_ += taken.size();
-            ends = ends_;
-        }
-        for (std::unique_ptr<Fetch>& fetch : taken)
-            start(std::move(fetch));
-        return !ends;
+        const std::lock_guard lock(mutex_);
+        running_.splice(running_.end(), waiting_);
+        return !ends_;
     }
 
-    void start(std::unique_ptr<Fetch> fetch)
+    void start_new()
     {
-        CURL* const handle = curl_easy_init();
-        Fetch* const user = fetch.get();
-        fetch->handle = handle;
-        running_[handle] = std::move(fetch);
-        if (handle == nullptr) {
-            finish(handle, "libcurl: no handle");
-            return;
+        for (auto fetch = running_.begin(); fetch != running_.end();) {
+            const auto next = std::next(fetch);
+            if (fetch->transfer == nullptr)
+                or_give_up(fetch, [&] { start(*fetch); });
+            fetch = next;
         }
-        curl_easy_setopt(handle, CURLOPT_URL, user->url.c_str());
-        curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-        curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-        curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
-        curl_easy_setopt(handle, CURLOPT_MAXREDIRS, redirect_limit);
-        curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, time_limit_ms);
-        curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-        // Media networks are local: a proxy from the environment would not reach them.
-        curl_easy_setopt(handle, CURLOPT_PROXY, "");
-        curl_easy_setopt(handle, CURLOPT_USERAGENT, "nmos-instrument");
-        curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, take_bytes);
-        curl_easy_setopt(handle, CURLOPT_WRITEDATA, user);
-        curl_multi_add_handle(multi_, handle);
+    }
+
+    void start(Fetch& fetch)
+    {
+        auto transfer =
+            std::make_unique<ManifestTransfer>(fetch.url, fetch.client, hosts_, lookups_);
+        const CURLMcode added = curl_multi_add_handle(multi_.get(), transfer->handle());
+        if (added != CURLM_OK)
+            throw std::runtime_error(curl_multi_strerror(added));
+        fetch.transfer = std::move(transfer);
     }
 
     void finish_done()
     {
         int left = 0;
-        while (const CURLMsg* const message = curl_multi_info_read(multi_, &left)) {
+        while (const CURLMsg* const message = curl_multi_info_read(multi_.get(), &left)) {
             if (message->msg != CURLMSG_DONE)
                 continue;
-            CURL* const handle = message->easy_handle;
             const CURLcode result = message->data.result;
-            long status = 0;
-            curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
-            const Fetch& fetch = *running_.at(handle);
-            std::string why;
-            if (fetch.too_long)
-                why = "longer than " + std::to_string(size_limit) + " bytes";
-            else if (result != CURLE_OK)
-                why = curl_easy_strerror(result);
-            else if (status != 200)
-                why = "the server answered " + std::to_string(status);
-            finish(handle, why);
+            const auto fetch = running_with(message->easy_handle);
+            or_give_up(fetch, [&] {
+                ManifestTransfer& transfer = *fetch->transfer;
+                FetchedManifest manifest;
+                manifest.why = transfer.failure(result);
+                if (transfer.too_many_lookups())
+                    manifest.result = Result::too_many;
+                else if (manifest.why.empty())
+                    manifest = {Result::fetched, std::move(transfer.content()), ""};
+                finish(fetch, std::move(manifest));
+            });
         }
     }
 
-    void finish(CURL* handle, const std::string& why)
+    Fetches::iterator running_with(const CURL* handle)
     {
-        const auto entry = running_.find(handle);
-        const std::unique_ptr<Fetch> fetch = std::move(entry->second);
-        running_.erase(entry);
-        if (handle != nullptr) {
-            curl_multi_remove_handle(multi_, handle);
-            curl_easy_cleanup(handle);
+        auto fetch = running_.begin();
+        while (fetch->transfer == nullptr || fetch->transfer->handle() != handle)
+            ++fetch;
+        return fetch;
+    }
+
+    /// Does one step of a fetch; if it is not possible, for lack of memory above all, this fetch is
+    /// over but the others go on.
+    template <class Step>
+    void or_give_up(Fetches::iterator fetch, const Step& step) noexcept
+    {
+        try {
+            step();
+        } catch (const std::exception& error) {
+            finish(fetch, failed_because(error.what()));
         }
+    }
+
+    void finish(Fetches::iterator fetch, FetchedManifest manifest) noexcept
+    {
+        Fetches finished;
+        finished.splice(finished.end(), running_, fetch);
+        if (fetch->transfer != nullptr)
+            curl_multi_remove_handle(multi_.get(), fetch->transfer->handle());
+        fetch->transfer.reset();
         {
             const std::lock_guard lock(mutex_);
-            --running_count_;
+            places_.give_back(fetch->client);
         }
-        if (why.empty())
-            fetch->receive({true, std::move(fetch->content), ""});
-        else
-            fetch->receive({false, "", in_quotes(fetch->url) + ": " + why});
+        try {
+            fetch->receive(std::move(manifest));
+        } catch (...) {
+            // The request is answered all the same: what was to be called goes away with it.
+        }
     }
 
-    CURLM* multi_ = nullptr;
-    std::map<CURL*, std::unique_ptr<Fetch>> running_; ///< used by the thread only
+    struct CleanUp
+    {
+        void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+    };
+
+    const ManifestHosts hosts_;
+    const std::unique_ptr<CURLM, CleanUp> multi_;
+    NameLookups lookups_{limit_for_one_client, limit}; ///< used by the thread only
+    Fetches running_;                                  ///< likewise
     std::mutex mutex_;
-    std::vector<std::unique_ptr<Fetch>> waiting_;
-    std::size_t running_count_ = 0;
+    Fetches waiting_;
+    ClientPlaces places_{limit_for_one_client, limit}; ///< of those that wait or run
     bool ends_ = false;
-    std::thread thread_;
+    std::thread thread_; ///< the last member, since it uses the others
 };
 
-ManifestFetcher::ManifestFetcher() : worker_(std::make_unique<Worker>()) {}
+ManifestFetcher::ManifestFetcher(ManifestHosts hosts)
+    : worker_(std::make_unique<Worker>(std::move(hosts)))
+{}
 
 ManifestFetcher::~ManifestFetcher() = default;
 
-void ManifestFetcher::fetch(const std::string& url, Receive receive)
+void ManifestFetcher::fetch(const std::string& url, const std::string& client, Receive receive)
 {
-    auto fetch = std::make_unique<Fetch>();
-    fetch->url = url;
-    fetch->receive = std::move(receive);
-    worker_->add(std::move(fetch));
+    worker_->add({url, client, std::move(receive), nullptr});
 }
 
 } // namespace nmos_instrument::host

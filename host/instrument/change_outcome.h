@@ -15,6 +15,7 @@ enum class ChangeResult
     accepted, ///< requested for a time: scheduled, or activated if that time has passed
     invalid,  ///< the parameters cannot be used
     locked,   ///< an activation is scheduled
+    unknown,  ///< there is no such sender or receiver
     failed    ///< the hardware could not do it
 };
 

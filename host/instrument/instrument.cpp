@@ -122,6 +122,15 @@ std::string Instrument::sdp_file(std::size_t sender)
     return sdp_text(sender);
 }
 
+std::optional<ChangeOutcome> Instrument::refusal_while_scheduled(const ConnectionKey& key)
+{
+    const std::lock_guard lock(mutex_);
+    const ScheduledActivation* const scheduled = activations_.find(key);
+    if (scheduled == nullptr)
+        return std::nullopt;
+    return locked_until(resource_name(key), scheduled->due);
+}
+
 ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch& patch)
 {
     LogLines log;

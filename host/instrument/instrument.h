@@ -78,6 +78,9 @@ public:
     /// nothing has changed.
     ChangeOutcome change(const ConnectionKey& key, const ConnectionPatch& patch);
 
+    /// The refusal of every change but a cancellation, if an activation is scheduled.
+    std::optional<ChangeOutcome> refusal_while_scheduled(const ConnectionKey& key);
+
     /// "receivers/<id>"
     std::string resource_name(const ConnectionKey& key) const;
 

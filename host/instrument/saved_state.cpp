@@ -203,7 +203,8 @@ std::string write_saved_state(const SavedState& state)
 SavedState parse_saved_state(const std::string& text)
 {
     try {
-        return state_from_document(parse_json(text, JsonComments::refused));
+        const JsonDocument document = parse_json(text, JsonComments::refused);
+        return state_from_document(document.value());
     } catch (const MalformedJson& error) {
         throw DamagedState(error.what());
     }

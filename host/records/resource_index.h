@@ -35,6 +35,12 @@ public:
     /// Nothing for an id that is unknown or that the configuration hides.
     std::optional<std::size_t> find(ResourceKind kind, std::string_view id) const;
 
+    /// How many resources of this kind can be found.
+    std::size_t size(ResourceKind kind) const
+    {
+        return positions_[static_cast<std::size_t>(kind)].size();
+    }
+
 private:
     std::array<std::unordered_map<std::string, std::size_t>, resource_kind_count> positions_;
 };

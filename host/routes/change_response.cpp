@@ -48,6 +48,8 @@ int http_status(ChangeResult result)
         return 400;
     case ChangeResult::locked:
         return 423;
+    case ChangeResult::unknown:
+        return 404;
     case ChangeResult::failed:
         break;
     }

@@ -16,7 +16,7 @@
 
 namespace nmos_instrument::host {
 
-/// IS-05 v1.0, ConnectionAPI.raml: 200, 202, 400, 423 or 500.
+/// IS-05 v1.0, ConnectionAPI.raml: 200, 202, 400, 404, 423 or 500.
 int http_status(ChangeResult result);
 
 /// Makes the change that `peer` asks for, unless `findings` already refuse it. What was done, and

@@ -7,6 +7,7 @@
 
 #include "connection/bulk_request.h"
 #include "connection/parse_patch.h"
+#include "http/error_response.h"
 #include "routes/change_response.h"
 #include "routes/id_listing.h"
 #include "routes/routes.h"
@@ -15,11 +16,9 @@
 namespace nmos_instrument::host {
 namespace {
 
-using nlohmann::json;
-
 /// Does what one PATCH, or one entry of a bulk request, asks for. The caller answers.
 ChangeOutcome patch_staged(const Services& services, const std::string& peer,
-                           const ConnectionKey& key, const json& document)
+                           const ConnectionKey& key, const nlohmann::json& document)
 {
     Findings findings;
     const ConnectionPatch patch = parse_patch(document, key.side, findings);
@@ -37,46 +36,55 @@ void patch_one(const Services& services, const JsonRequest& request, const HttpR
         reply_when_saved(services, reply, json_response(outcome.body, http_status(outcome.result)));
 }
 
-json bulk_answer_to(const Services& services, const std::string& peer, Side side,
-                    const BulkEntry& entry)
+constexpr ResourceKind kind_of(Side side)
 {
-    const ResourceKind kind = side == Side::sender ? ResourceKind::sender : ResourceKind::receiver;
-    const auto index = services.instrument.index().find(kind, entry.id);
-    if (!index) {
-        services.log.info(peer, "refused a change of " + in_quotes(entry.id) +
-                                    ": 404 Not found: no resource has this id");
-        return {{"id", entry.id},
-                {"code", 404},
-                {"error", "Not found"},
-                {"debug", "no resource has this id"}};
-    }
-    const ChangeOutcome outcome = patch_staged(services, peer, {side, *index}, *entry.params);
-    json answer = {{"id", entry.id}, {"code", http_status(outcome.result)}};
-    if (outcome.is_refusal()) {
-        answer["error"] = outcome.error;
-        answer["debug"] = outcome.debug;
-    }
-    return answer;
+    return side == Side::sender ? ResourceKind::sender : ResourceKind::receiver;
+}
+
+ChangeOutcome unknown_id(const Services& services, const std::string& peer, const std::string& id)
+{
+    services.log.info(peer, "refused a change of " + in_quotes(id) +
+                                ": 404 Not found: no resource has this id");
+    return {ChangeResult::unknown, "", "Not found", "no resource has this id"};
+}
+
+ChangeOutcome make_change(const Services& services, const std::string& peer, Side side,
+                          const BulkEntry& entry)
+{
+    const auto index = services.instrument.index().find(kind_of(side), entry.id);
+    return index ? patch_staged(services, peer, {side, *index}, *entry.params)
+                 : unknown_id(services, peer, entry.id);
+}
+
+/// The answer to one entry of a bulk request.
+std::string bulk_entry(const std::string& id, const ChangeOutcome& outcome)
+{
+    std::string entry = "{\"code\":" + std::to_string(http_status(outcome.result));
+    if (outcome.is_refusal())
+        entry +=
+            ",\"debug\":" + json_string(outcome.debug) + ",\"error\":" + json_string(outcome.error);
+    return entry + ",\"id\":" + json_string(id) + '}';
 }
 
 template <Side side>
 void post_bulk(const Services& services, const JsonRequest& request, const HttpReply& reply)
 {
     Findings findings;
-    const std::vector<BulkEntry> entries = parse_bulk_request(request.document, findings);
+    const std::vector<BulkEntry> entries = parse_bulk_request(
+        request.document, services.instrument.index().size(kind_of(side)), findings);
     if (!findings.empty()) {
         refuse(services, request.http, reply, 400, "The body is not a bulk request",
                findings.text());
         return;
     }
-    json answers = json::array();
+    std::string answers;
     bool changed = false;
     for (const BulkEntry& entry : entries) {
-        answers.push_back(bulk_answer_to(services, request.http.peer, side, entry));
-        changed = changed || !answers.back().contains("error");
+        const ChangeOutcome outcome = make_change(services, request.http.peer, side, entry);
+        changed = changed || !outcome.is_refusal();
+        answers += (answers.empty() ? "[" : ",") + bulk_entry(entry.id, outcome);
     }
-    HttpResponse response =
-        json_response(answers.dump(-1, ' ', false, json::error_handler_t::replace));
+    HttpResponse response = json_response(answers.empty() ? "[]" : answers + ']');
     if (changed)
         reply_when_saved(services, reply, std::move(response));
     else

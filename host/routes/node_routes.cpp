@@ -7,7 +7,9 @@
 #include <nmos_instrument/nmos_instrument.h>
 
 #include "connection/target_request.h"
+#include "http/error_response.h"
 #include "http/manifest_fetcher.h"
+#include "http/url.h"
 #include "records/addresses.h"
 #include "records/record_text.h"
 #include "routes/change_response.h"
@@ -33,23 +35,39 @@ std::optional<std::size_t> own_sender(const Instrument& instrument, const std::s
     return instrument.index().find(ResourceKind::sender, id);
 }
 
+/// Whoever may name a URL may look into the network by it. So one answer stands for all that can be
+/// wrong with a manifest of others: it does not say whether anything was there, nor what.
+HttpResponse manifest_refusal()
+{
+    return error_response(500, "The sender's manifest cannot be used",
+                          "it cannot be fetched, or it is not an SDP file that this receiver "
+                          "takes; the log of the instrument says why");
+}
+
+HttpResponse too_many_manifests()
+{
+    return error_response(503, "Too many manifests are being fetched",
+                          "allowed: " + std::to_string(ManifestFetcher::limit_for_one_client) +
+                              " at once for one client, " + std::to_string(ManifestFetcher::limit) +
+                              " in all");
+}
+
 /// One PUT of a receiver's target, from its arrival to its answer.
 struct TargetChange
 {
     Services services;
     ConnectionKey receiver;
-    HttpRequest request;
+    std::string peer; ///< who asks for it
     HttpReply reply;
     std::string body; ///< of the answer
 
-    void apply(const ConnectionPatch& patch) const
+    ChangeOutcome apply(const ConnectionPatch& patch) const
     {
-        // Fetching the manifest took its time.
-        if (const std::optional<HttpResponse> refusal = refusal_of_change(services)) {
-            reply(*refusal);
-            return;
-        }
-        const ChangeOutcome outcome = change(services, request.peer, receiver, patch, Findings());
+        return change(services, peer, receiver, patch, Findings());
+    }
+
+    void answer(const ChangeOutcome& outcome) const
+    {
         if (outcome.is_refusal())
             reply(refusal_response(outcome));
         else
@@ -57,19 +75,53 @@ struct TargetChange
     }
 };
 
-/// The manifest is the SDP file of the sender in the target.
-void connect_with_manifest(const Services& services, const TargetSender& sender,
-                           const std::shared_ptr<TargetChange>& change)
+std::string address_in(const std::string& peer)
 {
-    services.manifests.fetch(sender.manifest_href,
-                             [change, id = sender.id](const FetchedManifest& manifest) {
-                                 if (manifest.fetched) {
-                                     change->apply(patch_to_connect(id, manifest.content));
-                                     return;
-                                 }
-                                 refuse(change->services, change->request, change->reply, 500,
-                                        "The sender's manifest cannot be fetched", manifest.why);
-                             });
+    return peer.substr(0, peer.rfind(':'));
+}
+
+/// Answers for a manifest that was fetched from elsewhere.
+void connect_with(const TargetSender& sender, const std::string& sdp, const TargetChange& change)
+{
+    // Fetching took its time.
+    if (const std::optional<HttpResponse> refusal = refusal_of_change(change.services)) {
+        change.reply(*refusal);
+        return;
+    }
+    const ChangeOutcome outcome = change.apply(patch_to_connect(sender.id, sdp));
+    // A lock is no secret, but here it would tell that something was fetched.
+    if (outcome.result != ChangeResult::invalid && outcome.result != ChangeResult::locked) {
+        change.answer(outcome);
+        return;
+    }
+    change.services.log.info(change.peer, "the manifest " + shown_url(sender.manifest_href) +
+                                              " was fetched but not used");
+    change.reply(manifest_refusal());
+}
+
+void answer_about(const TargetSender& sender, const FetchedManifest& manifest,
+                  const TargetChange& change)
+{
+    if (manifest.result == FetchedManifest::Result::fetched) {
+        connect_with(sender, manifest.content, change);
+        return;
+    }
+    change.services.log.info(change.peer, "the manifest " + shown_url(sender.manifest_href) +
+                                              " was not fetched: " + manifest.why);
+    const bool too_many = manifest.result == FetchedManifest::Result::too_many;
+    change.reply(too_many ? too_many_manifests() : manifest_refusal());
+}
+
+void fetch_manifest(const TargetSender& sender, const std::shared_ptr<TargetChange>& change)
+{
+    if (const auto locked = change->services.instrument.refusal_while_scheduled(change->receiver)) {
+        change->answer(*locked);
+        return;
+    }
+    change->services.manifests.fetch(sender.manifest_href, address_in(change->peer),
+                                     [sender, change](const FetchedManifest& manifest) {
+                                         answer_about(sender, manifest, *change);
+                                     });
 }
 
 void put_target(const Services& services, const JsonRequest& request, const HttpReply& reply)
@@ -82,14 +134,15 @@ void put_target(const Services& services, const JsonRequest& request, const Http
         return;
     }
     const auto change = std::make_shared<TargetChange>(TargetChange{
-        services, {Side::receiver, request.index}, request.http, reply, request.http.body});
+        services, {Side::receiver, request.index}, request.http.peer, reply, request.http.body});
     if (!sender) {
         change->body = "{}";
-        change->apply(patch_to_disconnect());
+        change->answer(change->apply(patch_to_disconnect()));
     } else if (const auto own = own_sender(services.instrument, sender->manifest_href)) {
-        change->apply(patch_to_connect(sender->id, services.instrument.sdp_file(*own)));
+        change->answer(
+            change->apply(patch_to_connect(sender->id, services.instrument.sdp_file(*own))));
     } else {
-        connect_with_manifest(services, *sender, change);
+        fetch_manifest(*sender, change);
     }
 }
 

@@ -147,14 +147,14 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
                    ", allowed: application/json");
         return;
     }
-    nlohmann::json document;
+    std::optional<JsonDocument> document;
     try {
-        document = parse_json(request.body, JsonComments::refused);
+        document.emplace(parse_json(request.body, JsonComments::refused));
     } catch (const MalformedJson& error) {
         refuse(services_, request, reply, 400, "The body cannot be read as JSON", error.what());
         return;
     }
-    std::get<TakeJson>(route.function)(services_, {request, index, document}, reply);
+    std::get<TakeJson>(route.function)(services_, {request, index, document->value()}, reply);
 }
 
 } // namespace nmos_instrument::host

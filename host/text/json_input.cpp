@@ -3,12 +3,14 @@
 #include "text/json_input.h"
 
 #include <algorithm>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
+
+#include "text/json_pointer.h"
+#include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
 namespace {
@@ -25,63 +27,101 @@ std::string without_tag(std::string message)
     return message;
 }
 
-/// Follows the parser through the text and throws if the structure is not acceptable.
+/// `message` with the text that the parser has read last, which is the sender's, as a short quote.
+std::string with_short_quote(std::string message, const std::string& last_read)
+{
+    const std::string quoted = '\'' + last_read + '\'';
+    const std::size_t at = message.find(quoted);
+    if (at != std::string::npos)
+        message.replace(at, quoted.size(), in_quotes(last_read));
+    return message;
+}
+
+/// Makes the document as the parser goes through the text, and throws as soon as it is not
+/// acceptable: what is refused costs no more than reading up to there.
 ///
 /// It does not use the callback of json::parse: with a callback the parser walks through the whole
 /// array after every object in it, so that 1 MiB of "[{},{},..." takes minutes.
-class StructureGuard : public json::json_sax_t
+class Builder : public json::json_sax_t
 {
 public:
-    bool null() override { return element(); }
-    bool boolean(bool) override { return element(); }
-    bool number_integer(json::number_integer_t) override { return element(); }
-    bool number_unsigned(json::number_unsigned_t) override { return element(); }
-    bool number_float(json::number_float_t, const json::string_t&) override { return element(); }
-    bool string(json::string_t&) override { return element(); }
-    bool binary(json::binary_t&) override { return element(); }
+    explicit Builder(json& document) : document_(document) {}
 
-    bool start_object(std::size_t) override { return enter(false); }
-    bool start_array(std::size_t) override { return enter(true); }
+    bool null() override { return add(nullptr); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(json::number_integer_t value) override { return add(value); }
+    bool number_unsigned(json::number_unsigned_t value) override { return add(value); }
+    bool number_float(json::number_float_t value, const json::string_t&) override
+    {
+        return add(value);
+    }
+    bool string(json::string_t& value) override { return add(std::move(value)); }
+    bool binary(json::binary_t&) override { return false; } // JSON has none
+
+    bool start_object(std::size_t) override { return enter(json::value_t::object); }
+    bool start_array(std::size_t) override { return enter(json::value_t::array); }
     bool end_object() override { return leave(); }
     bool end_array() override { return leave(); }
 
     bool key(json::string_t& key) override
     {
-        levels_.back().place = key;
-        if (!levels_.back().keys.insert(key).second)
+        Level& level = levels_.back();
+        const auto [member, is_new] =
+            level.container->get_ref<json::object_t&>().try_emplace(std::move(key));
+        level.member = member;
+        if (!is_new)
             throw MalformedJson(path() + ": this key is given twice");
         return true;
     }
 
-    bool parse_error(std::size_t, const std::string&, const json::exception& error) override
+    bool parse_error(std::size_t, const std::string& last_read,
+                     const json::exception& error) override
     {
-        throw MalformedJson(without_tag(error.what()));
+        throw MalformedJson(with_short_quote(without_tag(error.what()), last_read));
     }
 
 private:
     struct Level
     {
-        bool is_array = false;
-        std::size_t next_index = 0;
-        std::string place; ///< key or index of the member that is being read
-        std::set<std::string> keys;
+        json* container;
+        json::object_t::iterator member; ///< of an object: the one that is being read
     };
 
-    bool element()
+    /// Where the next value goes.
+    template <class Value>
+    json& place(Value&& value)
     {
-        if (!levels_.empty() && levels_.back().is_array)
-            levels_.back().place = std::to_string(levels_.back().next_index++);
+        if (levels_.empty())
+            return document_ = std::forward<Value>(value);
+        const Level& level = levels_.back();
+        if (level.container->is_object())
+            return level.member->second = std::forward<Value>(value);
+        return level.container->get_ref<json::array_t&>().emplace_back(std::forward<Value>(value));
+    }
+
+    template <class Value>
+    bool add(Value&& value)
+    {
+        place(std::forward<Value>(value));
+        count();
         return true;
     }
 
-    bool enter(bool is_array)
+    void count()
     {
-        element();
+        if (++count_ > json_value_limit)
+            throw MalformedJson(path() + ": found more than " + std::to_string(json_value_limit) +
+                                " values, allowed: " + std::to_string(json_value_limit));
+    }
+
+    bool enter(json::value_t kind)
+    {
+        json& added = place(kind);
+        count();
         if (static_cast<int>(levels_.size()) == json_depth_limit)
             throw MalformedJson(path() + ": nested deeper than " +
                                 std::to_string(json_depth_limit) + " levels");
-        levels_.emplace_back();
-        levels_.back().is_array = is_array;
+        levels_.push_back({&added, {}});
         return true;
     }
 
@@ -91,14 +131,21 @@ private:
         return true;
     }
 
+    /// JSON pointer of the value that is being read.
     std::string path() const
     {
-        json::json_pointer pointer;
-        for (const Level& level : levels_)
-            pointer.push_back(level.place);
-        return pointer.to_string();
+        std::string pointer;
+        for (const Level& level : levels_) {
+            const bool array = level.container->is_array();
+            pointer += '/';
+            pointer += array ? std::to_string(level.container->size() - 1)
+                             : json_pointer_token(level.member->first);
+        }
+        return in_short(pointer);
     }
 
+    json& document_;
+    std::size_t count_ = 0;
     std::vector<Level> levels_;
 };
 
@@ -114,19 +161,16 @@ std::string place_of(std::string_view text, std::size_t at)
 
 } // namespace
 
-json parse_json(std::string_view text, JsonComments comments)
+JsonDocument parse_json(std::string_view text, JsonComments comments)
 {
     // The parser would take a NUL for the end and ignore the rest.
     if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
         throw MalformedJson("parse error at " + place_of(text, nul) + ": a NUL byte");
-    const bool ignore_comments = comments == JsonComments::allowed;
-    try {
-        StructureGuard guard;
-        json::sax_parse(text, &guard, json::input_format_t::json, true, ignore_comments);
-        return json::parse(text, nullptr, true, ignore_comments);
-    } catch (const json::exception& error) {
-        throw MalformedJson(without_tag(error.what()));
-    }
+    JsonDocument document;
+    Builder builder(document.value());
+    json::sax_parse(text, &builder, json::input_format_t::json, true,
+                    comments == JsonComments::allowed);
+    return document;
 }
 
 } // namespace nmos_instrument::host

@@ -5,10 +5,11 @@
 #ifndef NMOS_INSTRUMENT_HOST_TEXT_JSON_INPUT_H
 #define NMOS_INSTRUMENT_HOST_TEXT_JSON_INPUT_H
 
+#include <cstddef>
 #include <stdexcept>
 #include <string_view>
 
-#include <nlohmann/json_fwd.hpp>
+#include "text/json_document.h"
 
 namespace nmos_instrument::host {
 
@@ -22,8 +23,13 @@ enum class JsonComments
 /// copying, comparing and printing them is recursive.
 constexpr int json_depth_limit = 64;
 
-/// Text that is not JSON, JSON that is nested too deep, or an object that has a key twice. what()
-/// says where (line and column, or JSON pointer) and what is wrong.
+/// How many values a text may have, arrays and objects included. The largest request that makes
+/// sense has about 1,000: a bulk request for all receivers, with everything that can be set.
+constexpr std::size_t json_value_limit = 10'000;
+
+/// Text that is not JSON, JSON that is nested too deep or has too many values, or an object that has
+/// a key twice. what() says where (line and column, or JSON pointer) and what is wrong; it quotes
+/// at most a few hundred bytes of the text.
 class MalformedJson : public std::runtime_error
 {
 public:
@@ -32,7 +38,7 @@ public:
 
 /// Throws MalformedJson. RFC 8259 does not say what a repeated key means; it is refused here, since
 /// one of its values would be lost silently.
-nlohmann::json parse_json(std::string_view text, JsonComments comments);
+JsonDocument parse_json(std::string_view text, JsonComments comments);
 
 } // namespace nmos_instrument::host
 

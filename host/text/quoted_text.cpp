@@ -27,20 +27,21 @@ std::string printable(std::string_view text)
 
 std::string in_quotes(std::string_view text)
 {
-    constexpr std::size_t longest = 96;
+    constexpr std::size_t longest = 96; // as it is shown
     constexpr std::size_t shortened = 72;
 
-    const bool whole = text.size() <= longest;
     std::string quote = "\"";
-    for (const char c : whole ? text : text.substr(0, shortened)) {
-        if (c == '"' || c == '\\')
+    std::size_t cut = quote.size();
+    for (std::size_t i = 0; i < text.size() && quote.size() <= longest + 1; ++i) {
+        if (text[i] == '"' || text[i] == '\\')
             quote += '\\';
-        add_printable(quote, c);
+        add_printable(quote, text[i]);
+        if (quote.size() <= shortened + 1)
+            cut = quote.size();
     }
-    quote += '"';
-    if (!whole)
-        quote += "... (" + std::to_string(text.size()) + " bytes)";
-    return quote;
+    if (quote.size() <= longest + 1)
+        return quote + '"';
+    return quote.substr(0, cut) + "\"... (" + std::to_string(text.size()) + " bytes)";
 }
 
 } // namespace nmos_instrument::host

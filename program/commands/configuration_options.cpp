@@ -2,6 +2,7 @@
 
 #include "commands/configuration_options.h"
 
+#include "text/quoted_text.h"
 #include "text/whole_file.h"
 
 namespace nmos_instrument::program {
@@ -28,10 +29,10 @@ std::optional<host::Configuration> load(const ConfigurationOptions& options, std
         return host::load_configuration(*options.file);
     } catch (const host::ConfigurationRefused& error) {
         for (const std::string& finding : error.findings())
-            errors << finding << '\n';
+            errors << host::printable(finding) << '\n';
         status = refused;
     } catch (const host::UnreadableFile& error) {
-        errors << "--config " << *options.file << ": " << error.what() << '\n';
+        errors << "--config " << host::printable(*options.file) << ": " << error.what() << '\n';
         status = unreadable;
     }
     return std::nullopt;

@@ -80,7 +80,7 @@ ordered_json as_json(const SdpVerdict& verdict)
 
 void report_as_text(const CheckedFile& file, std::ostream& out, std::ostream& errors)
 {
-    const std::string name = file.name == "-" ? "standard input" : file.name;
+    const std::string name = file.name == "-" ? "standard input" : printable(file.name);
     if (!file.verdict) {
         errors << name << ": cannot be read: " << file.read_error << '\n';
         return;

@@ -141,6 +141,12 @@ void take_over(const sdp_str& found, SdpVerdict& verdict)
     };
 }
 
+/// The parser has nothing to say against such a file, since it complains about values only.
+bool is_blank(const std::string& sdp)
+{
+    return sdp.find_first_not_of(" \t\r\n") == std::string::npos;
+}
+
 /// What the parser makes of a last line without a line break.
 std::string number_of(std::string_view rest)
 {
@@ -179,6 +185,13 @@ std::vector<std::string> hints_about(const std::string& sdp, const Lines& lines,
 
 SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrument)
 {
+    if (is_blank(sdp)) {
+        SdpVerdict nothing;
+        take_over(sdp_str(), nothing);
+        nothing.cause = "the file has no line but empty ones: it is no SDP file, which begins with "
+                        "the line v=0";
+        return nothing;
+    }
     std::string errors;
     sdp_str found = sdp_str();
     const Outcome outcome = analyze(sdp, instrument, errors, found);

@@ -46,13 +46,13 @@ struct SdpVerdict
 {
     bool taken = false;
     std::vector<SdpMessage> messages; ///< of the parser, in its order
-    std::string cause;                ///< why the parser gave up; empty if it did not
-    std::array<FoundLeg, 2> legs;     ///< primary, secondary
+    std::string cause;            ///< why the file was not read to its end, or at all; else empty
+    std::array<FoundLeg, 2> legs; ///< primary, secondary
     std::vector<FoundValue> format;
     std::vector<std::string> hints; ///< worth knowing whatever the verdict
 };
 
-/// What ConnectionApi::analyze_sdp_file says about a file.
+/// What ConnectionApi::analyze_sdp_file says about a file; a file without a line is refused.
 SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrument);
 
 } // namespace nmos_instrument::program

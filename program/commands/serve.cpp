@@ -11,6 +11,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <spdlog/fmt/fmt.h>
 #include <spdlog/spdlog.h>
@@ -22,6 +23,7 @@
 #include "commands/number_option.h"
 #include "commands/version_text.h"
 #include "http/manifest_fetcher.h"
+#include "http/manifest_hosts.h"
 #include "http/server.h"
 #include "instrument/activation_thread.h"
 #include "instrument/instrument.h"
@@ -35,6 +37,8 @@
 #include "routes/change_permission.h"
 #include "routes/client_log.h"
 #include "routes/router.h"
+#include "text/ipv4_address.h"
+#include "text/ipv4_network.h"
 #include "text/quoted_text.h"
 #include "time/tai_clock.h"
 
@@ -48,6 +52,7 @@ struct ServeOptions
     bool state_reset = false;
     std::optional<int> port;
     bool first_free_port = false;
+    std::vector<host::Ipv4Network> manifest_hosts;
     unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
     host::ChangePermission changes;
     std::string log_level = "info";
@@ -84,6 +89,19 @@ host::ListeningSocket listen(const ServeOptions& options, const host::ServerSett
                                  "; use --port PORT for another port, or --first-free-port for "
                                  "the next free one");
     }
+}
+
+/// The networks of the instrument's addresses, and those that the options add.
+host::ManifestHosts manifest_hosts(const ServeOptions& options,
+                                   const host::Configuration& configuration)
+{
+    const auto network_of = [](const std::string& address) {
+        return host::network_of_interface(host::ipv4_from_dotted_quad(address).value_or(0));
+    };
+    std::vector<host::Ipv4Network> own;
+    for (const host::MediaInterface& interface : configuration.interfaces)
+        own.push_back(network_of(interface.address));
+    return {own, network_of(configuration.server.address), options.manifest_hosts};
 }
 
 std::string name_of(const std::optional<std::string>& file)
@@ -148,7 +166,9 @@ void serve_until_signal(const ServeOptions& options, host::ListeningSocket socke
         .scheduled = [&] { activations.look_again(); },
     });
 
-    host::ManifestFetcher manifests;
+    const host::ManifestHosts hosts = manifest_hosts(options, instrument.configuration());
+    spdlog::info("manifests of other senders are fetched from {}", hosts.text());
+    host::ManifestFetcher manifests(hosts);
     const host::Router router({instrument, manifests, client_log, state_file, options.changes});
     // The server comes last, so that it stops before anything that its handlers use goes away.
     const host::HttpServer server(
@@ -236,6 +256,9 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
     add_network_option(*command, "--allow", options->changes.clients,
                        "network or address of clients that may change connections; without it, "
                        "every client may");
+    add_network_option(*command, "--manifest-hosts", options->manifest_hosts,
+                       "network or address that manifests of other senders are fetched from too, "
+                       "besides the networks of the instrument's interfaces");
     command
         ->add_option("--connections-per-address", options->connections_per_address,
                      "how many connections one client may have at once; 0: no limit")

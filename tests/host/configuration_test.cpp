@@ -311,5 +311,17 @@ TEST(ExplainConfiguration, ExplainsEveryKeyOnce)
                             "senders", "receivers"));
 }
 
+TEST(Configuration, ManyFindingsAreCounted)
+{
+    std::string text = "{";
+    for (int i = 0; i < 5000; ++i)
+        text += "\"key" + std::to_string(i) + "\": 1, ";
+    const std::vector<std::string> findings = findings_in(text + "\"serial_number\": 5}");
+    ASSERT_THAT(findings, SizeIs(21));
+    EXPECT_THAT(findings[0], HasSubstr("file: /serial_number: found 5, allowed: "));
+    EXPECT_THAT(findings[1], HasSubstr("file: found the unknown key \"key0\", allowed: "));
+    EXPECT_EQ(findings[20], "file: and 4981 more");
+}
+
 } // namespace
 } // namespace nmos_instrument::host

@@ -32,8 +32,9 @@ std::string nested(int depth)
 
 TEST(ParseJson, ReadsEveryKindOfValue)
 {
-    const nlohmann::json value = parse_json(
+    const JsonDocument document = parse_json(
         R"({"a": [1, -2.5, "x", true, null, {}], "b": {"c": "\u00e9"}})", JsonComments::refused);
+    const nlohmann::json& value = document.value();
     EXPECT_EQ(value["a"][1], -2.5);
     EXPECT_EQ(value["b"]["c"], "\xc3\xa9");
 }
@@ -77,6 +78,52 @@ TEST(ParseJson, RefusesWhatIsTooDeep)
     EXPECT_EQ(trouble_with(nested(64)), "");
     EXPECT_THAT(trouble_with(nested(65)), HasSubstr("deeper than 64 levels"));
     EXPECT_THAT(trouble_with(nested(1'000'000)), HasSubstr("deeper than 64 levels"));
+}
+
+std::string array_of(const std::string& value, int count)
+{
+    std::string text = "[" + value;
+    for (int i = 1; i < count; ++i)
+        text += "," + value;
+    return text + "]";
+}
+
+TEST(ParseJson, RefusesTooManyValues)
+{
+    EXPECT_EQ(trouble_with(array_of("1", 9'999)), "");
+    EXPECT_EQ(trouble_with(array_of("1", 10'000)),
+              "/9999: found more than 10000 values, allowed: 10000");
+    EXPECT_EQ(trouble_with("{\"a\":" + array_of("[]", 20'000)),
+              "/a/9998: found more than 10000 values, allowed: 10000");
+    EXPECT_EQ(trouble_with(array_of("{\"b\":\"\"}", 5'000)),
+              "/4999/b: found more than 10000 values, allowed: 10000");
+}
+
+TEST(ParseJson, QuotesLittleOfTheText)
+{
+    const std::string megabyte(1024 * 1024, 'a');
+    EXPECT_EQ(trouble_with('"' + megabyte + "\xff"),
+              "parse error at line 1, column 1048578: syntax error while parsing value - invalid "
+              "string: ill-formed UTF-8 byte; last read: \"\\\"" +
+                  std::string(70, 'a') + "\"... (1048578 bytes)");
+    EXPECT_EQ(trouble_with("{\"" + megabyte + "\": 1, \"" + megabyte + "\": 2}"),
+              "/\"" + std::string(72, 'a') + "\"... (1048576 bytes): this key is given twice");
+    for (const std::string& text :
+         {'"' + megabyte, "{\"" + megabyte, megabyte, std::string(1024 * 1024, '1'),
+          std::string(1024 * 1024, '1') + "x", "[1" + std::string(1024 * 1024, ' ') + "1",
+          "{\"" + megabyte + "\":[{\"" + megabyte + "\":01"})
+        EXPECT_LT(trouble_with(text).size(), 500U);
+}
+
+TEST(ParseJson, ShowsTheEndOfALongPath)
+{
+    std::string text;
+    for (int i = 0; i < 64; ++i)
+        text += "{\"" + std::string(60, 'k') + "\":";
+    const std::string trouble = trouble_with(text + "[");
+    EXPECT_THAT(trouble, StartsWith("..."));
+    EXPECT_THAT(trouble, HasSubstr("/" + std::string(60, 'k') + ": nested deeper than 64 levels"));
+    EXPECT_LT(trouble.size(), 400U);
 }
 
 } // namespace

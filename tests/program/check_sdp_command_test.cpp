@@ -50,6 +50,34 @@ TEST(CheckSdp, ShowsEachMessageOfARefusedFile)
                                      "  payload type   96\n");
 }
 
+TEST(CheckSdp, AFileWithoutALineIsRefused)
+{
+    for (const char* const blank : {"", "\n", "\r\n\r\n", "  \t \n\n ", " "}) {
+        const ProgramRun run = run_program({"check-sdp", "-"}, blank);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.out,
+                  "standard input: refused\n"
+                  "  the file has no line but empty ones: it is no SDP file, which begins with the "
+                  "line v=0\n"
+                  "  leg        source           address          port\n"
+                  "  primary    -                -                -\n"
+                  "  secondary  -                -                -\n");
+        const ProgramRun in_json = run_program({"check-sdp", "--json", "-"}, blank);
+        EXPECT_EQ(in_json.status, 1);
+        const nlohmann::json report = nlohmann::json::parse(in_json.out);
+        EXPECT_EQ(report.at(0).at("verdict"), "refused");
+        EXPECT_THAT(report.at(0).at("cause").get<std::string>(), HasSubstr("no SDP file"));
+        EXPECT_EQ(report.at(0).at("format").at("depth"), nullptr);
+    }
+}
+
+TEST(CheckSdp, AFileNameCannotMoveTheCursor)
+{
+    const ProgramRun run = run_program({"check-sdp", "/nowhere/\x1b[2J"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_THAT(run.errors, HasSubstr("/nowhere/\\x1b[2J: cannot be read"));
+}
+
 TEST(CheckSdp, AFileThatTheParserGivesUpOnIsRefused)
 {
     const ProgramRun run = run_program({"check-sdp", "-"}, "v=0\na=group:DUP one\n");

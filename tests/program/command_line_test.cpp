@@ -77,6 +77,11 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
         {{"print", "--print-config", "--check-config"}, "--print-config"},
         {{"serve", "--port", "0"}, "--port: found \"0\", allowed: 1 to 65535"},
         {{"serve", "--state-reset"}, "--state-reset requires --state"},
+        {{"serve", "--manifest-hosts", "192.0.2.7/24"},
+         "--manifest-hosts: found \"192.0.2.7/24\", allowed: an IPv4 network like 192.0.2.0/24 "
+         "with no bits set behind the prefix, or an IPv4 address like 192.0.2.7"},
+        {{"serve", "--manifest-hosts", "example.org"}, "--manifest-hosts: found \"example.org\""},
+        {{"serve", "--manifest-hosts", "192.0.2.0/24", "198.51.100.0/24"}, "198.51.100.0/24"},
         {{"serve", "--connections-per-address", "-1"},
          "--connections-per-address: found \"-1\", allowed: 0 to 1000000"},
         {{"check-sdp"}, "FILE is required"},
@@ -92,6 +97,18 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
         EXPECT_THAT(run.errors, HasSubstr(wrong.said));
         EXPECT_THAT(run.out, IsEmpty()) << wrong.said;
     }
+}
+
+TEST(CommandLine, AConfigurationCannotMoveTheCursor)
+{
+    const TemporaryFile file("{\"\\u001b[2J\": 1, \"\\u001b[2J\": 2}");
+    const ProgramRun twice = run_program({"serve", "--config", file.name(), "--check-config"});
+    EXPECT_EQ(twice.status, 1);
+    EXPECT_EQ(twice.errors, file.name() + ": /\\x1b[2J: this key is given twice\n");
+
+    const ProgramRun absent = run_program({"serve", "--config", "/nowhere/\x1b[2J"});
+    EXPECT_EQ(absent.status, 2);
+    EXPECT_THAT(absent.errors, HasSubstr("--config /nowhere/\\x1b[2J: "));
 }
 
 TEST(CommandLine, OutputThatCannotBeWrittenIsStatus2)

@@ -157,13 +157,22 @@ TEST(JudgeSdp, HintsAtAFileThatNoConnectionStateHolds)
                             "4095"));
 }
 
+TEST(JudgeSdp, AFileWithoutALineIsRefused)
+{
+    EXPECT_FALSE(judged("").taken);
+    EXPECT_EQ(judged("\r\n \n").cause,
+              "the file has no line but empty ones: it is no SDP file, which begins with the line "
+              "v=0");
+    EXPECT_THAT(judged("").hints, IsEmpty());
+}
+
 TEST(JudgeSdp, HintsAtAFileWithNothingToReceive)
 {
     const char nothing[] =
         "no leg has both an address and a port from 1 to 65535: there is nothing "
         "to receive";
-    EXPECT_TRUE(judged("").taken);
-    EXPECT_THAT(judged("").hints, ElementsAre(nothing));
+    EXPECT_TRUE(judged("v=0\n").taken);
+    EXPECT_THAT(judged("v=0\n").hints, ElementsAre(nothing));
     EXPECT_THAT(judged("c=IN IP4 233.252.0.1/64\nm=video 0 RTP/AVP 96\n").hints,
                 ElementsAre(nothing));
     EXPECT_THAT(judged("m=video 5004 RTP/AVP 96\na=mid:x\nc=IN IP4 233.252.0.1/64\n").hints,

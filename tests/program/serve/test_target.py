@@ -1,14 +1,16 @@
 # SPDX-License-Identifier: Apache-2.0
 """PUT of a receiver's target (IS-04 v1.2), with manifests of our own and of others."""
 
+import concurrent.futures
 import contextlib
 import http.server
 import json
 import socket
 import threading
 import time
+import unittest
 
-from instrument import NODE, InstrumentTest, sdp_file, video_medium
+from instrument import (NODE, Instrument, InstrumentTest, sdp_file, video_medium, with_fault)
 
 SENDER = {
     "id": "5709255c-c0ae-4e1e-99a0-e872e83e48e0", "version": "1:2", "label": "", "description": "",
@@ -32,7 +34,10 @@ class Manifests(http.server.BaseHTTPRequestHandler):
     }
 
     def do_GET(self):
-        if self.path.startswith("/redirect/"):
+        self.server.paths.append(self.path)
+        if self.path.startswith("/to/"):
+            self.answer(302, b"", [("Location", "http://" + self.path[len("/to/"):])])
+        elif self.path.startswith("/redirect/"):
             count = int(self.path.split("/")[2])
             to = f"/redirect/{count - 1}" if count > 1 else "/good"
             self.answer(302, b"", [("Location", to)])
@@ -58,20 +63,54 @@ class Manifests(http.server.BaseHTTPRequestHandler):
         pass
 
 
+class ManifestServer:
+    """Serves manifests at this address; `with` ends it."""
+
+    def __init__(self, address="127.0.0.1"):
+        self.server = http.server.ThreadingHTTPServer((address, 0), Manifests)
+        self.server.daemon_threads = True
+        self.server.paths = []
+        self.place = f"{address}:{self.server.server_port}"
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def url(self, path):
+        return f"http://{self.place}{path}"
+
+    @property
+    def paths(self):
+        """What it was asked for."""
+        return self.server.paths
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.server.shutdown()
+        self.server.server_close()
+
+
+def put_target(instrument, receiver, href):
+    body = {**SENDER, "manifest_href": href}
+    return instrument.request("PUT", f"{NODE}/{receiver}/target", body)
+
+
+UNUSABLE = json.dumps({
+    "code": 500, "error": "The sender's manifest cannot be used",
+    "debug": "it cannot be fetched, or it is not an SDP file that this receiver takes; the log of "
+             "the instrument says why"}, separators=(",", ":"))
+
+
 class Target(InstrumentTest):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
         cls.receivers = cls.instrument.resources("receivers")
-        cls.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Manifests)
-        cls.server.daemon_threads = True
-        cls.manifests = f"http://127.0.0.1:{cls.server.server_port}"
-        threading.Thread(target=cls.server.serve_forever, daemon=True).start()
+        cls.server = ManifestServer()
+        cls.manifests = cls.server.url("")
 
     @classmethod
     def tearDownClass(cls):
-        cls.server.shutdown()
-        cls.server.server_close()
+        cls.server.__exit__()
         super().tearDownClass()
 
     def put(self, receiver, body):
@@ -118,47 +157,83 @@ class Target(InstrumentTest):
                 self.put(receiver, {})
 
     def test_what_cannot_be_fetched_or_taken(self):
+        """The answer is the same, whatever is there in the network; the log knows more."""
         receiver = self.receivers[2]
         before = self.instrument.active(receiver), self.instrument.staged(receiver)
         with socket.create_server(("127.0.0.1", 0)) as server:
             closed = server.getsockname()[1]
-        for href, status, word in (
-                (self.manifests + "/nothing", 500, "404"),
-                (self.manifests + "/redirect/3", 500, "redirect"),
-                (self.manifests + "/to-a-file", 500, "file"),
-                (self.manifests + "/slow", 500, "Timeout"),
-                (self.manifests + "/endless", 500, "1048576"),
-                (f"http://127.0.0.1:{closed}/", 500, "connect"),
-                ("http://nowhere.invalid/", 500, "resolve"),
-                (self.manifests + "/audio", 400, "video/raw"),
-                (self.manifests + "/latin1", 400, "UTF-8"),
-                (self.manifests + "/nul", 400, "NUL"),
-                (self.manifests + "/empty", 400, "no leg"),
-                (self.manifests + "/long", 400, "4095"),
-                ("file:///etc/hostname", 400, "/manifest_href"),
-                ("ftp://127.0.0.1/", 400, "/manifest_href"),
-                ("", 400, "/manifest_href"), (None, 400, "/manifest_href")):
+        silent = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(silent.close)
+        for href, word in (
+                (self.manifests + "/nothing", "404"),
+                (self.manifests + "/redirect/3", "redirect"),
+                (self.manifests + "/to-a-file", "Unsupported protocol"),
+                (self.manifests + "/slow", "Timeout"),
+                (self.manifests + "/endless", "longer than 1048576 bytes"),
+                (f"http://127.0.0.1:{closed}/", "connect"),
+                (f"http://127.0.0.1:{silent.getsockname()[1]}/", "Timeout"),
+                ("http://nowhere.invalid/", "resolve"),
+                ("http://10.1.2.3/", "10.1.2.3 is in no network that manifests are fetched from"),
+                ("http://[::1]/", "was not fetched"),
+                ("http://:80:80/", "a URL that cannot be read"),
+                (self.manifests + "/audio", "this receiver takes: video/raw"),
+                (self.manifests + "/latin1", "UTF-8"),
+                (self.manifests + "/nul", "NUL"),
+                (self.manifests + "/empty", "no leg"),
+                (self.manifests + "/long", "4095")):
             with self.subTest(href):
                 begin = time.monotonic()
+                logged = len(self.instrument.log)
                 answer = self.put(receiver, {**SENDER, "manifest_href": href})
-                self.assert_error(answer, status, word)
+                self.assertEqual((answer.status, answer.text), (500, UNUSABLE))
                 self.assertLess(time.monotonic() - begin, 4)
+                self.assertIn(word, self.instrument.log[logged:])
                 self.assertEqual((self.instrument.active(receiver),
                                   self.instrument.staged(receiver)), before)
 
-    def test_others_do_not_wait_for_a_manifest(self):
-        body = {**SENDER, "manifest_href": self.manifests + "/slow"}
-        slow = [threading.Thread(target=self.put, args=(self.receivers[3], body))
-                for _ in range(20)]
-        for thread in slow:
-            thread.start()
-        time.sleep(0.2)
-        begin = time.monotonic()
-        for _ in range(10):
-            self.assertEqual(self.instrument.get(f"{NODE}/self").status, 200)
-        self.assertLess(time.monotonic() - begin, 1)
-        for thread in slow:
-            thread.join()
+    def test_no_url_of_a_manifest(self):
+        for href in ("file:///etc/hostname", "ftp://127.0.0.1/", "", None):
+            answer = self.put(self.receivers[2], {**SENDER, "manifest_href": href})
+            self.assert_error(answer, 400, "/manifest_href")
+
+    def test_a_lock_is_no_answer_about_the_manifest(self):
+        receiver = self.receivers[5]
+        self.instrument.patch(receiver, {"activation": {
+            "mode": "activate_scheduled_relative", "requested_time": "3600:0"}})
+        before = list(self.server.paths)
+        for path in ("/good", "/nothing"):
+            answer = self.put(receiver, {**SENDER, "manifest_href": self.manifests + path})
+            self.assert_error(answer, 423, "mode to null")
+        self.assertEqual(self.server.paths, before)
+        self.instrument.patch(receiver, {"activation": {"mode": None}})
+
+    def test_the_log_has_no_credentials(self):
+        place = self.server.place
+        self.put(self.receivers[2], {**SENDER, "manifest_href":
+                                     f"http://someone:secret@{place}/nothing?token=hidden"})
+        log = self.instrument.log
+        self.assertIn(f'the manifest "http://{place}/nothing" was not fetched: the server answered'
+                      " 404", log)
+        for word in ("someone", "secret", "hidden"):
+            self.assertNotIn(word, log)
+
+    def test_four_fetches_for_one_client(self):
+        def put(path):
+            return self.put(self.receivers[3], {**SENDER, "manifest_href": self.manifests + path})
+
+        with concurrent.futures.ThreadPoolExecutor(20) as pool:
+            slow = [pool.submit(put, "/slow") for _ in range(4)]
+            time.sleep(0.5)
+            begin = time.monotonic()
+            more = [pool.submit(put, "/good") for _ in range(16)]
+            for answer in concurrent.futures.as_completed(more):
+                self.assert_error(answer.result(), 503, "4 at once for one client")
+            for _ in range(10):
+                self.assertEqual(self.instrument.get(f"{NODE}/self").status, 200)
+            self.assertLess(time.monotonic() - begin, 1)
+            self.assertEqual([answer.result().status for answer in slow], [500] * 4)
+        self.assertEqual(put("/good").status, 202)
+        self.put(self.receivers[3], {})
 
     def test_bad_bodies(self):
         receiver = self.receivers[4]
@@ -176,3 +251,114 @@ class Target(InstrumentTest):
             with self.subTest(body):
                 self.assert_error(self.put(receiver, body), 400, word)
         self.assertFalse(self.instrument.active(receiver)["master_enable"])
+
+
+class Hosts(unittest.TestCase):
+    """Whom manifests are fetched from. An instrument at 127.0.0.2 is in the network 127.0.0.0/24:
+    no interface has that address."""
+
+    here = {"server": {"address": "127.0.0.2"}}
+
+    def assert_refused(self, answer):
+        self.assertEqual((answer.status, answer.text), (500, UNUSABLE))
+
+    def test_only_its_own_networks(self):
+        with Instrument(configuration=self.here) as instrument, ManifestServer() as near, \
+                ManifestServer("127.0.1.1") as far:
+            receiver = instrument.resources("receivers")[0]
+            self.assertEqual(put_target(instrument, receiver, near.url("/good")).status, 202)
+            self.assert_refused(put_target(instrument, receiver, far.url("/good")))
+            self.assert_refused(put_target(instrument, receiver,
+                                           near.url(f"/to/{far.place}/good")))
+            self.assertEqual(far.paths, [])
+            self.assertIn("127.0.1.1 is in no network that manifests are fetched from",
+                          instrument.log)
+
+    def test_networks_and_addresses_that_an_option_adds(self):
+        with Instrument("--manifest-hosts", "127.0.1.1", "--manifest-hosts", "127.0.2.0/24",
+                        configuration=self.here) as instrument, ManifestServer() as near, \
+                ManifestServer("127.0.1.1") as one, ManifestServer("127.0.1.2") as other, \
+                ManifestServer("127.0.2.7") as another:
+            receiver = instrument.resources("receivers")[0]
+            for server in (near, one, another):
+                self.assertEqual(put_target(instrument, receiver, server.url("/good")).status, 202)
+            answer = put_target(instrument, receiver, near.url(f"/to/{another.place}/good"))
+            self.assertEqual(answer.status, 202)
+            self.assert_refused(put_target(instrument, receiver, other.url("/good")))
+            self.assertEqual(other.paths, [])
+
+    def test_loopback_only_where_it_is_served_or_named(self):
+        address = own_address()
+        for options, allowed in (([], False), (["--manifest-hosts", "0.0.0.0/0"], False),
+                                 (["--manifest-hosts", "127.0.0.1"], True)):
+            with self.subTest(options), Instrument(
+                    *options, configuration={"server": {"address": address}}) as instrument, \
+                    ManifestServer() as loopback, ManifestServer(address) as own:
+                receiver = instrument.resources("receivers")[0]
+                self.assertEqual(put_target(instrument, receiver, own.url("/good")).status, 202)
+                port = loopback.server.server_port
+                for url in (f"http://127.0.0.1:{port}/good", f"http://localhost:{port}/good",
+                            f"http://2130706433:{port}/good",
+                            own.url(f"/to/127.0.0.1:{port}/good")):
+                    answer = put_target(instrument, receiver, url)
+                    self.assertEqual(answer.status, 202 if allowed else 500, url)
+                self.assert_refused(put_target(instrument, receiver, f"http://0.0.0.0:{port}/good"))
+                self.assertEqual(loopback.paths, ["/good"] * 4 if allowed else [])
+
+
+def own_address():
+    """An address of this machine that is not loopback."""
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
+        try:
+            probe.connect(("192.0.2.1", 9))  # nothing is sent
+        except OSError:
+            raise unittest.SkipTest("this machine has no other address than loopback") from None
+        address = probe.getsockname()[0]
+    if address.startswith("127."):
+        raise unittest.SkipTest("this machine has no other address than loopback")
+    return address
+
+
+class SilentNameServer(unittest.TestCase):
+    def test_nobody_waits_for_it(self):
+        with Instrument(environment=with_fault("silent_names")) as instrument, \
+                ManifestServer() as server, concurrent.futures.ThreadPoolExecutor(4) as pool:
+            receivers = instrument.resources("receivers")
+
+            def timed(href):
+                begin = time.monotonic()
+                answer = put_target(instrument, receivers[0], href)
+                return answer, time.monotonic() - begin
+
+            silent = [pool.submit(timed, f"http://name{i}.example/") for i in range(3)]
+            time.sleep(0.5)
+            answer, duration = timed(server.url("/good"))
+            self.assertEqual(answer.status, 202)
+            self.assertLess(duration, 1)
+            for one in silent:
+                answer, duration = one.result()
+                self.assertEqual((answer.status, answer.text), (500, UNUSABLE))
+                self.assertLess(duration, 4)
+            # Three look-ups still go on; a client may have four.
+            answer, duration = timed("http://name3.example/")
+            self.assertEqual((answer.status, answer.text), (500, UNUSABLE))
+            answer, duration = timed("http://name4.example/")
+            self.assertEqual(answer.status, 503)
+            answer, duration = timed(server.url("/good"))
+            self.assertEqual(answer.status, 202)
+
+            begin = time.monotonic()
+            self.assertEqual(instrument.end(), 0)
+            self.assertLess(time.monotonic() - begin, 3)
+
+    def test_it_does_not_hold_up_the_end(self):
+        with Instrument(environment=with_fault("silent_names")) as instrument, \
+                concurrent.futures.ThreadPoolExecutor(1) as pool:
+            receiver = instrument.resources("receivers")[0]
+            silent = pool.submit(put_target, instrument, receiver, "http://name.example/")
+            time.sleep(0.5)
+            begin = time.monotonic()
+            self.assertEqual(instrument.end(), 0)
+            self.assertLess(time.monotonic() - begin, 3)
+            with contextlib.suppress(Exception):  # answered or not
+                silent.result()
