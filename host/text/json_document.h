@@ -3,6 +3,8 @@
 #ifndef NMOS_INSTRUMENT_HOST_TEXT_JSON_DOCUMENT_H
 #define NMOS_INSTRUMENT_HOST_TEXT_JSON_DOCUMENT_H
 
+#include <utility>
+
 #include <nlohmann/json.hpp>
 
 namespace nmos_instrument::host {
@@ -12,8 +14,11 @@ namespace nmos_instrument::host {
 class JsonDocument
 {
 public:
+    // What nlohmann::json could throw here is about values of another kind than there are.
+    // NOLINTBEGIN(bugprone-exception-escape)
     JsonDocument() = default;
     ~JsonDocument() { dismantle(value_); }
+    // NOLINTEND(bugprone-exception-escape)
     JsonDocument(const JsonDocument&) = delete;
     JsonDocument& operator=(const JsonDocument&) = delete;
     JsonDocument(JsonDocument&& other) noexcept : value_(std::move(other.value_)) {}

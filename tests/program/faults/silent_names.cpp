@@ -21,8 +21,12 @@ using GetAddrInfo = int (*)(const char*, const char*, const addrinfo*, addrinfo*
 
 } // namespace
 
-extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo* hints,
-                           addrinfo** result)
+/// Stands in for getaddrinfo under its name, which netdb.h declares already.
+extern "C" int silent_getaddrinfo(const char* node, const char* service, const addrinfo* hints,
+                                  addrinfo** result) __asm__("getaddrinfo");
+
+int silent_getaddrinfo(const char* node, const char* service, const addrinfo* hints,
+                       addrinfo** result)
 {
     if (node != nullptr && !is_number(node)) {
         sleep(10);
