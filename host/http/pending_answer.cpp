@@ -13,8 +13,20 @@ void PendingAnswer::give(HttpResponse response)
     const std::lock_guard lock(mutex_);
     if (given_ || connection_ == nullptr)
         return;
-    given_ = true;
     response_ = std::move(response);
+    end_wait();
+}
+
+void PendingAnswer::give_nothing() noexcept
+{
+    const std::lock_guard lock(mutex_);
+    if (!given_ && connection_ != nullptr)
+        end_wait();
+}
+
+void PendingAnswer::end_wait()
+{
+    given_ = true;
     if (std::exchange(suspended_, false)) {
         MHD_resume_connection(connection_);
         loop_.wake();
@@ -33,16 +45,16 @@ std::optional<HttpResponse> PendingAnswer::take()
     return std::exchange(response_, std::nullopt);
 }
 
-std::optional<HttpResponse> PendingAnswer::take_or_suspend()
+PendingAnswer::Taken PendingAnswer::take_or_suspend()
 {
     // Under the lock, because an answer between the check and the suspension would resume nothing,
     // and the connection would sleep for ever.
     const std::lock_guard lock(mutex_);
-    if (!response_) {
+    if (!response_ && !given_) {
         suspended_ = true;
         MHD_suspend_connection(connection_);
     }
-    return std::exchange(response_, std::nullopt);
+    return {std::exchange(response_, std::nullopt), suspended_};
 }
 
 void PendingAnswer::end()

@@ -28,22 +28,34 @@ public:
     void give(HttpResponse response);
     bool is_given();
 
+    /// Gives up: there is no memory for any answer, so the connection has to end. From any thread;
+    /// does nothing after an answer.
+    void give_nothing() noexcept;
+
     /// On the server thread: the answer, if there is one.
     std::optional<HttpResponse> take();
 
-    /// On the server thread: the answer; or nothing, and the connection is suspended until it
-    /// comes.
-    std::optional<HttpResponse> take_or_suspend();
+    struct Taken
+    {
+        std::optional<HttpResponse> response;
+        bool is_suspended = false; ///< until the answer comes, or has been given up
+    };
+
+    /// On the server thread: the answer; or nothing, if it has been given up; or the connection is
+    /// suspended.
+    Taken take_or_suspend();
 
     /// On the server thread: the request has ended, so the connection must not be used any more.
     void end();
 
 private:
+    void end_wait();
+
     std::mutex mutex_;
     MHD_Connection* connection_;
     const EventLoop& loop_;
     std::optional<HttpResponse> response_;
-    bool given_ = false;
+    bool given_ = false; ///< or given up
     bool suspended_ = false;
 };
 

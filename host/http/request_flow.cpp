@@ -54,7 +54,7 @@ public:
         try {
             answer_->give(error_response(500, "Internal error", "the request was not answered"));
         } catch (...) {
-            // Memory is short. The client or stop() will end the connection.
+            answer_->give_nothing();
         }
     }
 
@@ -168,9 +168,12 @@ MHD_Result RequestFlow::finish(Connection& connection, MHD_Connection* mhd)
         connections_.expect_late_answer(connection, exchange.answer);
         return MHD_YES;
     }
-    if (!response)
-        response = exchange.answer->take_or_suspend();
-    return response ? send(connection, mhd, std::move(*response)) : MHD_YES;
+    if (response)
+        return send(connection, mhd, std::move(*response));
+    PendingAnswer::Taken taken = exchange.answer->take_or_suspend();
+    if (taken.response)
+        return send(connection, mhd, std::move(*taken.response));
+    return taken.is_suspended ? MHD_YES : MHD_NO;
 }
 
 std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const Connection& connection,

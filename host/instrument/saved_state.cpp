@@ -8,11 +8,11 @@
 #include <nlohmann/json.hpp>
 
 #include "configuration/resource_counts.h"
-#include "instrument/json_text.h"
 #include "instrument/saved_value.h"
 #include "records/fill_records.h"
 #include "records/record_text.h"
 #include "text/json_input.h"
+#include "text/json_output.h"
 #include "time/tai_time.h"
 
 namespace nmos_instrument::host {
@@ -27,7 +27,7 @@ constexpr std::size_t resource_count =
 
 // The members stand in ascending order of their keys.
 
-void write_leg(JsonText& json, const CONNECTION_LEG_IS05_ST& leg)
+void write_leg(JsonOutput& json, const CONNECTION_LEG_IS05_ST& leg)
 {
     json.begin_object();
     json.key("destination_ip").text(text_of(leg.destination_ip));
@@ -38,7 +38,7 @@ void write_leg(JsonText& json, const CONNECTION_LEG_IS05_ST& leg)
     json.end_object();
 }
 
-void write_half(JsonText& json, const CONNECTION_HALF_IS05_ST& half)
+void write_half(JsonOutput& json, const CONNECTION_HALF_IS05_ST& half)
 {
     json.begin_object();
     json.key("activation_time").text(text_of(half.activation_time));
@@ -55,7 +55,7 @@ void write_half(JsonText& json, const CONNECTION_HALF_IS05_ST& half)
     json.end_object();
 }
 
-void write_connections(JsonText& json, const std::map<std::string, SavedConnection>& connections)
+void write_connections(JsonOutput& json, const std::map<std::string, SavedConnection>& connections)
 {
     json.begin_object();
     for (const auto& [id, connection] : connections) {
@@ -69,7 +69,7 @@ void write_connections(JsonText& json, const std::map<std::string, SavedConnecti
     json.end_object();
 }
 
-void write_counters(JsonText& json, const SavedCounters& counters)
+void write_counters(JsonOutput& json, const SavedCounters& counters)
 {
     const auto write = [&](const char* name, int counter) {
         json.key(name).number(static_cast<std::uint64_t>(counter));
@@ -84,7 +84,7 @@ void write_counters(JsonText& json, const SavedCounters& counters)
     json.end_object();
 }
 
-void write_state(JsonText& json, const SavedState& state)
+void write_state(JsonOutput& json, const SavedState& state)
 {
     json.begin_object();
     write_counters(json.key("counters"), state.counters);
@@ -188,10 +188,10 @@ std::uint64_t stable_hash(const std::string& text)
 
 std::string write_saved_state(const SavedState& state)
 {
-    JsonText compact(JsonForm::compact);
+    JsonOutput compact(JsonForm::compact);
     write_state(compact, state);
 
-    JsonText json(JsonForm::indented);
+    JsonOutput json(JsonForm::indented);
     json.begin_object();
     json.key("checksum").number(stable_hash(compact.take()));
     json.key("format").number(format_number);

@@ -3,56 +3,62 @@
 #include <chrono>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "routes/routes.h"
+#include "text/json_output.h"
+#include "text/quoted_text.h"
 #include "time/tai_clock.h"
 
 namespace nmos_instrument::host {
 namespace {
 
-using nlohmann::ordered_json;
-
-ordered_json json_of(const std::vector<ActivationReport>& reports)
+void add(JsonOutput& json, const std::vector<ActivationReport>& reports)
 {
-    ordered_json list = ordered_json::array();
+    json.begin_array();
     for (const ActivationReport& report : reports) {
-        ordered_json entry = {
-            {"resource", report.resource},
-            {"mode", report.mode},
-            {"due", to_text(report.due)},
-            {"done", to_text(report.done)},
-            {"late_us", report.late.count() / 1000},
-        };
+        json.element().begin_object();
+        json.key("resource").text(report.resource);
+        json.key("mode").text(report.mode);
+        json.key("due").text(to_text(report.due));
+        json.key("done").text(to_text(report.done));
+        json.key("late_us").number(report.late.count() / 1000);
         if (!report.why.empty())
-            entry["why"] = report.why;
-        list.push_back(entry);
+            json.key("why").text(printable(report.why));
+        json.end_object();
     }
-    return list;
+    json.end_array();
+}
+
+void add(JsonOutput& json, const std::vector<InstrumentStatus::Pending>& activations)
+{
+    json.begin_array();
+    for (const InstrumentStatus::Pending& activation : activations) {
+        json.element().begin_object();
+        json.key("resource").text(activation.resource);
+        json.key("mode").text(activation.mode);
+        json.key("due").text(to_text(activation.due));
+        json.end_object();
+    }
+    json.end_array();
 }
 
 std::string status_text(const Services& services)
 {
-    using std::chrono::duration_cast;
     const InstrumentStatus status = services.instrument.status();
-    ordered_json pending = ordered_json::array();
-    for (const InstrumentStatus::Pending& activation : status.pending)
-        pending.push_back({{"resource", activation.resource},
-                           {"mode", activation.mode},
-                           {"due", to_text(activation.due)}});
-    const auto uptime = std::chrono::steady_clock::now() - services.started;
-    ordered_json document = {
-        {"uptime_seconds", duration_cast<std::chrono::seconds>(uptime).count()},
-        {"tai", to_text(tai_now())},
-        {"pending_activations", pending},
-        {"last_activations", json_of(status.activations)},
-        {"last_failures", json_of(status.failures)},
-    };
+    const auto uptime = std::chrono::duration_cast<std::chrono::seconds>(
+        std::chrono::steady_clock::now() - services.started);
+    JsonOutput json(JsonForm::indented);
+    json.begin_object();
+    json.key("uptime_seconds").number(uptime.count());
+    json.key("tai").text(to_text(tai_now()));
+    add(json.key("pending_activations"), status.pending);
+    add(json.key("last_activations"), status.activations);
+    add(json.key("last_failures"), status.failures);
     if (services.state_file != nullptr) {
         const std::string trouble = services.state_file->trouble();
-        document["state_file"] = trouble.empty() ? "saved" : trouble;
+        json.key("state_file").text(trouble.empty() ? "saved" : printable(trouble));
     }
-    return document.dump(2, ' ', false, ordered_json::error_handler_t::replace) + '\n';
+    json.end_object();
+    return json.take() + '\n';
 }
 
 HttpResponse healthz(const Services& services, std::size_t)

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_JSON_TEXT_H
-#define NMOS_INSTRUMENT_HOST_INSTRUMENT_JSON_TEXT_H
+#ifndef NMOS_INSTRUMENT_HOST_TEXT_JSON_OUTPUT_H
+#define NMOS_INSTRUMENT_HOST_TEXT_JSON_OUTPUT_H
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace nmos_instrument::host {
@@ -20,10 +20,10 @@ enum class JsonForm
 /// JSON written as it goes, without a tree of values: nlohmann's trees need memory even to be
 /// destroyed, and end the program when there is none. The texts are those of its dump(), if members
 /// are written in ascending order of their keys.
-class JsonText
+class JsonOutput
 {
 public:
-    explicit JsonText(JsonForm form) : form_(form) {}
+    explicit JsonOutput(JsonForm form) : form_(form) {}
 
     void begin_object() { begin('{'); }
     void end_object() { end('}'); }
@@ -31,13 +31,18 @@ public:
     void end_array() { end(']'); }
 
     /// A value follows.
-    JsonText& key(std::string_view key);
+    JsonOutput& key(std::string_view key);
     /// An element of an array follows.
-    JsonText& element();
+    JsonOutput& element();
 
     /// Valid UTF-8.
     void text(std::string_view value);
-    void number(std::uint64_t value) { text_ += std::to_string(value); }
+    template <class Number>
+    void number(Number value)
+    {
+        static_assert(std::is_integral_v<Number>);
+        text_ += std::to_string(value);
+    }
     void flag(bool value) { text_ += value ? "true" : "false"; }
 
     std::string take() { return std::move(text_); }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "instrument/json_text.h"
+#include "text/json_output.h"
 
 namespace nmos_instrument::host {
 namespace {
@@ -29,7 +29,7 @@ char short_escape(char c)
 
 } // namespace
 
-JsonText& JsonText::key(std::string_view key)
+JsonOutput& JsonOutput::key(std::string_view key)
 {
     element();
     text(key);
@@ -37,7 +37,7 @@ JsonText& JsonText::key(std::string_view key)
     return *this;
 }
 
-JsonText& JsonText::element()
+JsonOutput& JsonOutput::element()
 {
     if (!is_first_)
         text_ += ',';
@@ -46,7 +46,7 @@ JsonText& JsonText::element()
     return *this;
 }
 
-void JsonText::text(std::string_view value)
+void JsonOutput::text(std::string_view value)
 {
     constexpr char hexadecimal[] = "0123456789abcdef";
     text_ += '"';
@@ -62,14 +62,14 @@ void JsonText::text(std::string_view value)
     text_ += '"';
 }
 
-void JsonText::begin(char bracket)
+void JsonOutput::begin(char bracket)
 {
     text_ += bracket;
     ++depth_;
     is_first_ = true;
 }
 
-void JsonText::end(char bracket)
+void JsonOutput::end(char bracket)
 {
     --depth_;
     if (!is_first_)
@@ -78,7 +78,7 @@ void JsonText::end(char bracket)
     is_first_ = false; // of the object or array around it
 }
 
-void JsonText::next_line()
+void JsonOutput::next_line()
 {
     if (form_ != JsonForm::indented)
         return;

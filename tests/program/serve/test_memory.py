@@ -1,0 +1,186 @@
+# SPDX-License-Identifier: Apache-2.0
+"""An instrument whose memory runs short: it answers 500 or closes a connection, and goes on."""
+
+import contextlib
+import http.client
+import http.server
+import os
+import pathlib
+import random
+import struct
+import tempfile
+import threading
+import time
+import unittest
+
+from instrument import CONNECTION, IMMEDIATE, NODE, SINGLE, Instrument, file_patch, sdp_file, \
+    video_medium, with_fault
+
+LONGEST = 12  # seconds; a change that cannot be saved is answered after 5
+SECONDS = float(os.environ.get("NMOS_SHORT_MEMORY_SECONDS", "10"))
+
+
+class ShortMemory:
+    """One of `one_in` allocations fails; 0: none."""
+
+    def __init__(self, folder):
+        self.path = pathlib.Path(folder) / "short_memory"
+        self.set(0)
+
+    def set(self, one_in):
+        # In place: the program has mapped the file.
+        with open(self.path, "r+b" if self.path.exists() else "wb") as file:
+            file.write(struct.pack("=I", one_in))
+
+
+class Changes(threading.Thread):
+    """Changes one receiver again and again, and remembers what was answered."""
+
+    def __init__(self, instrument, receiver, end):
+        super().__init__()
+        self.instrument, self.receiver, self.end = instrument, receiver, end
+        self.answered = None  # the port of the last change that was answered 200
+        self.possible = {None}  # ports that may be in force: that one, and later ones without a 200
+        self.statuses = {}
+        self.unexpected = []
+
+    def run(self):
+        port = 0
+        while time.monotonic() < self.end:
+            port = port % 65535 + 1
+            self.possible.add(port)
+            status = self.change(port)
+            self.statuses[status] = self.statuses.get(status, 0) + 1
+            if status == 200:
+                self.answered = port
+                self.possible = {port}
+            elif status not in (None, 500, 503):
+                self.unexpected.append(status)
+
+    def change(self, port):
+        begin = time.monotonic()
+        status = self.status_of(port)
+        if time.monotonic() - begin > LONGEST:
+            self.unexpected.append("no answer")
+        return status
+
+    def status_of(self, port):
+        patch = {"transport_params": [{"destination_port": port}, {}], **IMMEDIATE}
+        with contextlib.suppress(OSError, http.client.HTTPException):
+            return self.instrument.patch(self.receiver, patch).status
+        return None
+
+
+class Readers(threading.Thread):
+    """Everything else that a client may ask for."""
+
+    def __init__(self, instrument, receiver, others, end):
+        super().__init__()
+        self.instrument, self.end = instrument, end
+        file = file_patch(sdp_file(video_medium(source="203.0.113.1")))
+        target = {"id": "5709255c-c0ae-4e1e-99a0-e872e83e48e0", "version": "1:2", "label": "",
+                  "description": "", "tags": {}, "flow_id": None,
+                  "transport": "urn:x-nmos:transport:rtp.mcast",
+                  "device_id": "6709255c-c0ae-4e1e-99a0-e872e83e48e0", "interface_bindings": [],
+                  "subscription": {"receiver_id": None, "active": True},
+                  "manifest_href": others}
+        relative = {"activation": {"mode": "activate_scheduled_relative",
+                                   "requested_time": "0:20000000"}}
+        self.requests = [
+            ("GET", NODE + "/self", None), ("GET", NODE + "/receivers", None),
+            ("GET", "/status", None), ("GET", "/nothing", None),
+            ("PATCH", f"{SINGLE}/{receiver}/staged", {**file, **IMMEDIATE}),
+            ("PATCH", f"{SINGLE}/{receiver}/staged", relative),
+            ("PATCH", f"{SINGLE}/{receiver}/staged", {"activation": {"mode": None}}),
+            ("PATCH", f"{SINGLE}/{receiver}/staged", {"x": [1] * 1000}),
+            ("POST", CONNECTION + "/bulk/receivers",
+             [{"id": receiver.split("/")[1], "params": file}]),
+            ("PUT", f"{NODE}/{receiver}/target", target),
+            ("PUT", f"{NODE}/{receiver}/target", {}),
+        ]
+        self.unexpected = []
+
+    def run(self):
+        chance = random.Random(3)
+        while time.monotonic() < self.end:
+            method, path, body = chance.choice(self.requests)
+            begin = time.monotonic()
+            with contextlib.suppress(OSError, http.client.HTTPException):
+                answer = self.instrument.request(method, path, body)
+                if answer.status not in (200, 202, 400, 404, 423, 500, 503):
+                    self.unexpected.append(answer)
+            if time.monotonic() - begin > LONGEST:
+                self.unexpected.append("no answer")
+
+
+class Manifests(http.server.BaseHTTPRequestHandler):
+    def do_GET(self):
+        body = sdp_file(video_medium(source="203.0.113.1")).encode()
+        self.send_response(200)
+        self.send_header("Content-Length", str(len(body)))
+        self.end_headers()
+        with contextlib.suppress(OSError):
+            self.wfile.write(body)
+
+    def log_message(self, *_):
+        pass
+
+
+class Memory(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.state = str(pathlib.Path(folder.name) / "state")
+        self.memory = ShortMemory(folder.name)
+        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Manifests)
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        self.addCleanup(server.server_close)
+        self.addCleanup(server.shutdown)
+        self.manifest = f"http://127.0.0.1:{server.server_port}/"
+
+    def test_no_death_and_no_lost_change(self):
+        environment = with_fault("short_memory", NMOS_SHORT_MEMORY=str(self.memory.path))
+        with Instrument("--state", self.state, environment=environment) as instrument:
+            receivers = instrument.resources("receivers")
+            end = time.monotonic() + SECONDS
+            changes = [Changes(instrument, receiver, end) for receiver in receivers[:2]]
+            readers = [Readers(instrument, receiver, self.manifest, end)
+                       for receiver in receivers[4:6]]
+            for thread in changes + readers:
+                thread.start()
+            chance = random.Random(4)
+            while time.monotonic() < end:
+                self.memory.set(chance.choice((30, 100, 300, 1000, 3000, 10_000)))
+                time.sleep(0.05)
+                self.memory.set(0)
+                time.sleep(0.02)
+            for thread in changes + readers:
+                thread.join()
+            self.memory.set(0)
+            self.assertIsNone(instrument.process.poll(), instrument.log[-2000:])
+            for thread in changes + readers:
+                self.assertEqual(thread.unexpected, [])
+            # As soon as there is memory, everything works.
+            self.assertEqual(instrument.get("/healthz").status, 200)
+            for change in changes:
+                self.assertGreater(change.statuses[200], 10)
+                self.assert_kept(instrument, change)
+            last = receivers[10]
+            patch = {"transport_params": [{"destination_port": 4711}, {}], **IMMEDIATE}
+            deadline = time.monotonic() + 20  # it may be waiting to save again
+            while instrument.patch(last, patch).status != 200:
+                self.assertLess(time.monotonic(), deadline, instrument.status())
+                time.sleep(0.2)
+            kept = [instrument.active(change.receiver) for change in changes]
+            instrument.process.kill()
+        with Instrument("--state", self.state) as instrument:
+            self.assertNotIn("damaged", instrument.log)
+            self.assertEqual([instrument.active(change.receiver) for change in changes], kept)
+        print(f"{SECONDS:.0f} s:", *(change.statuses for change in changes))
+
+    def assert_kept(self, instrument, change):
+        active = instrument.active(change.receiver)
+        staged = instrument.staged(change.receiver)
+        port = active["transport_params"][0]["destination_port"]
+        self.assertIn(port, change.possible)
+        self.assertEqual(staged["transport_params"][0]["destination_port"], port)
