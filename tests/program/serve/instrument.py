@@ -114,7 +114,7 @@ class Instrument:
         """`source`: the client's address, for tests of what the log says of one client; others may
         have used up the lines of 127.0.0.1."""
         return http.client.HTTPConnection(self.host, self.port, timeout=30,
-                                          source_address=(source, 0))
+                                          source_address=(source, 0) if source else None)
 
     def request(self, method, path, body=None, headers=None, source=""):
         """`body` as it is when it is text or bytes, else as JSON; None is no body."""

@@ -16,6 +16,7 @@ import unittest
 from instrument import CONNECTION, IMMEDIATE, NODE, SINGLE, Instrument, file_patch, sdp_file, \
     video_medium, with_fault
 
+PAUSE = 0.01  # seconds between two requests, so that the ports last for ten minutes
 LONGEST = 12  # seconds; a change that cannot be saved is answered after 5
 SECONDS = float(os.environ.get("NMOS_SHORT_MEMORY_SECONDS", "10"))
 
@@ -47,6 +48,7 @@ class Changes(threading.Thread):
     def run(self):
         port = 0
         while time.monotonic() < self.end:
+            time.sleep(PAUSE)
             port = port % 65535 + 1
             self.possible.add(port)
             status = self.change(port)
@@ -103,6 +105,7 @@ class Readers(threading.Thread):
     def run(self):
         chance = random.Random(3)
         while time.monotonic() < self.end:
+            time.sleep(PAUSE)
             method, path, body = chance.choice(self.requests)
             begin = time.monotonic()
             with contextlib.suppress(OSError, http.client.HTTPException):
