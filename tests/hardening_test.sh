@@ -32,9 +32,9 @@ for file in "$library" ${program:+"$program"}; do
     expect "$file" -h 'Type: +DYN' 'position-independent code'
     expect "$file" -l 'GNU_RELRO' 'segment that is locked after relocation (-z relro)'
     expect "$file" -d 'BIND_NOW|FLAGS_1.*NOW' 'binding at start (-z now)'
+    expect "$file" -s '__stack_chk_fail' 'guard of its frames (-fstack-protector-strong)'
 done
 if [ -n "$program" ]; then
     expect "$program" -d 'FLAGS_1.*PIE' 'mark of a position-independent executable'
-    expect "$program" -s '__stack_chk_fail' 'guard of its frames (-fstack-protector-strong)'
 fi
 exit $failed

@@ -25,7 +25,7 @@ MEBIBYTE = 1024 * 1024
 class Instrument:
     def __init__(self, program):
         self.process = subprocess.Popen(
-            [program, "serve", "--first-free-port", "--port", "24500", "--log-level", "off",
+            [program, "serve", "--first-free-port", "--port", "25500", "--log-level", "off",
              "--connections-per-address", "0"], stdout=subprocess.PIPE)
         self.url = self.process.stdout.readline().decode().strip()
         self.port = int(self.url.rstrip("/").rsplit(":", 1)[1])

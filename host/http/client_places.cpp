@@ -47,7 +47,7 @@ bool NameLookups::begin(const std::string& client, TimePoint now)
     return places_.take(client);
 }
 
-void NameLookups::leave_behind(std::string client, TimePoint now) noexcept
+void NameLookups::leave_behind(std::string&& client, TimePoint now) noexcept
 {
     left_behind_.push_back({std::move(client), now + longest_lookup});
 }

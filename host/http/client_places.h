@@ -43,7 +43,7 @@ public:
 
     bool begin(const std::string& client, TimePoint now);
     void end(const std::string& client) noexcept { places_.give_back(client); }
-    void leave_behind(std::string client, TimePoint now) noexcept;
+    void leave_behind(std::string&& client, TimePoint now) noexcept;
 
 private:
     struct LeftBehind

@@ -4,19 +4,16 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 #include <sys/socket.h>
-
-#include "http/error_response.h"
 
 namespace nmos_instrument::host {
 
 namespace {
 
-void give_up(PendingAnswer& answer)
+void give_up(PendingAnswer& answer) noexcept
 {
-    answer.give(error_response(503, "The server is stopping"));
+    answer.give_up(503, "The server is stopping");
 }
 
 // Whether the client has ended its side and everything has been read.
@@ -152,16 +149,19 @@ void ConnectionTable::forget_late_answer(Connection& connection)
 
 void ConnectionTable::give_up_late_answers()
 {
-    std::vector<std::shared_ptr<PendingAnswer>> answers;
-    {
-        const std::lock_guard lock(mutex_);
-        gives_up_ = true;
-        for (Connection& connection : connections_)
-            if (connection.late_answer)
-                answers.push_back(connection.late_answer);
-    }
-    for (const auto& answer : answers)
+    while (const std::shared_ptr<PendingAnswer> answer = take_late_answer())
         give_up(*answer);
+}
+
+// From here on none is expected any more.
+std::shared_ptr<PendingAnswer> ConnectionTable::take_late_answer()
+{
+    const std::lock_guard lock(mutex_);
+    gives_up_ = true;
+    for (Connection& connection : connections_)
+        if (connection.late_answer)
+            return std::move(connection.late_answer);
+    return nullptr;
 }
 
 bool ConnectionTable::wait_for_next_look(std::chrono::milliseconds interval)

@@ -121,6 +121,7 @@ public:
 
 private:
     void leave(std::uint32_t address, AddressShare& share);
+    std::shared_ptr<PendingAnswer> take_late_answer();
 
     std::mutex mutex_;
     std::list<Connection> connections_; ///< the oldest first

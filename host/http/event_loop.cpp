@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <system_error>
 
@@ -48,7 +49,9 @@ void EventLoop::run()
 {
     while (!ends_) {
         wait_for_events();
-        MHD_run(daemon_);
+        // What fails again and again does not take a CPU.
+        if (MHD_run(daemon_) != MHD_YES)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
 }
 

@@ -134,11 +134,11 @@ std::optional<std::string> field_fault(const Field& field, std::size_t line)
 std::optional<std::string> line_faults(const RequestHead& head)
 {
     Walk walk(head.bytes);
-    if (const auto fault = request_line_fault(head, walk))
+    if (auto fault = request_line_fault(head, walk))
         return fault;
     std::size_t line = 0;
     for (const Field& field : head.fields) {
-        if (const auto fault = field_fault(field, ++line))
+        if (auto fault = field_fault(field, ++line))
             return fault;
         if (!take_field(walk, field))
             return cut_line(line);
@@ -154,7 +154,7 @@ std::optional<std::string> framing_fault(const RequestHead& head)
 {
     // From 1.0 on libmicrohttpd reads the lines by RFC 9112 itself, and leaves other bytes behind.
     if constexpr (MHD_VERSION < 0x01000000) {
-        if (const auto fault = line_faults(head))
+        if (auto fault = line_faults(head))
             return fault;
     }
     for (const std::string_view once : {"Host", "Content-Length", "Transfer-Encoding"}) {

@@ -90,13 +90,17 @@ public:
     {
         Fetches added;
         added.push_back(std::move(fetch));
+        bool ends = false;
         {
             const std::lock_guard lock(mutex_);
-            if (!ends_ && places_.take(added.front().client))
+            ends = ends_;
+            if (!ends && places_.take(added.front().client))
                 waiting_.splice(waiting_.end(), added);
         }
         if (added.empty())
             curl_multi_wakeup(multi_.get());
+        else if (ends)
+            added.front().receive(failed_because("the instrument is stopping"));
         else
             added.front().receive({Result::too_many, "", "too many manifests are being fetched"});
     }
@@ -105,6 +109,7 @@ private:
     void run() noexcept
     {
         while (take_waiting()) {
+            // or_give_up() lets nothing out. cppcheck-suppress throwInNoexceptFunction
             start_new();
             int running = 0;
             const CURLMcode performed = curl_multi_perform(multi_.get(), &running);

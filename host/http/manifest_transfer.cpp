@@ -47,11 +47,11 @@ ManifestTransfer& transfer_of(void* user)
     return *static_cast<ManifestTransfer*>(user);
 }
 
-/// True if the host of `url` has to be looked up.
+/// True if the host of `url` has to be looked up, or if that is not clear.
 bool has_host_name(const char* url)
 {
     const std::optional<Url> parts = parse_url(url);
-    return parts && !ipv4_from_dotted_quad(parts->host);
+    return !parts || !ipv4_from_dotted_quad(parts->host);
 }
 
 } // namespace
@@ -68,7 +68,7 @@ ManifestTransfer::ManifestTransfer(const std::string& url, std::string client,
 ManifestTransfer::~ManifestTransfer()
 {
     if (looks_up_)
-        lookups_.leave_behind(client_, std::chrono::steady_clock::now());
+        lookups_.leave_behind(std::move(client_), std::chrono::steady_clock::now());
 }
 
 void ManifestTransfer::set_options(const std::string& url)

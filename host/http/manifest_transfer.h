@@ -46,7 +46,7 @@ private:
         void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
     };
 
-    const std::string client_;
+    std::string client_;
     const ManifestHosts& hosts_;
     NameLookups& lookups_;
     std::string content_;

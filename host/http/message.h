@@ -32,6 +32,12 @@ struct HttpRequest
     std::string peer;
 };
 
+/// The address in HttpRequest::peer.
+inline std::string address_of(const std::string& peer)
+{
+    return peer.substr(0, peer.rfind(':'));
+}
+
 /// Content-Length, Date, Connection, `Access-Control-Allow-Origin: *` and
 /// `X-Content-Type-Options: nosniff` are added by the server.
 struct HttpResponse

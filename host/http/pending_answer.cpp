@@ -2,9 +2,14 @@
 
 #include "http/pending_answer.h"
 
+#include <exception>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include <microhttpd.h>
+
+#include "http/error_response.h"
 
 namespace nmos_instrument::host {
 
@@ -17,11 +22,16 @@ void PendingAnswer::give(HttpResponse response)
     end_wait();
 }
 
-void PendingAnswer::give_nothing() noexcept
+void PendingAnswer::give_up(int status, const char* error, const char* debug) noexcept
 {
-    const std::lock_guard lock(mutex_);
-    if (!given_ && connection_ != nullptr)
-        end_wait();
+    try {
+        give(error_response(status, error,
+                            debug == nullptr ? std::nullopt : std::optional<std::string>(debug)));
+    } catch (const std::exception&) {
+        const std::lock_guard lock(mutex_);
+        if (!given_ && connection_ != nullptr)
+            end_wait();
+    }
 }
 
 void PendingAnswer::end_wait()

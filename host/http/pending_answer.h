@@ -28,9 +28,9 @@ public:
     void give(HttpResponse response);
     bool is_given();
 
-    /// Gives up: there is no memory for any answer, so the connection has to end. From any thread;
-    /// does nothing after an answer.
-    void give_nothing() noexcept;
+    /// Gives an error response in place of an answer; if there is no memory for that, nothing, and
+    /// the connection ends. From any thread; does nothing after an answer.
+    void give_up(int status, const char* error, const char* debug = nullptr) noexcept;
 
     /// On the server thread: the answer, if there is one.
     std::optional<HttpResponse> take();

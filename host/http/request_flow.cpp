@@ -49,13 +49,8 @@ public:
 
     ~LastReply()
     {
-        if (answer_->is_given())
-            return;
-        try {
-            answer_->give(error_response(500, "Internal error", "the request was not answered"));
-        } catch (...) {
-            answer_->give_nothing();
-        }
+        if (!answer_->is_given())
+            answer_->give_up(500, "Internal error", "the request was not answered");
     }
 
     LastReply(const LastReply&) = delete;
@@ -184,7 +179,7 @@ std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const Connection& connec
     const auto fail = [&](const char* what) {
         report(options_.on_failure, request.peer + ' ' + in_quotes(request.method) + ' ' +
                                         in_quotes(request.path) + ": " + what);
-        answer->give(error_response(500, "Internal error", what));
+        answer->give_up(500, "Internal error", what);
     };
     // This copy lasts until an exception is reported: unwinding destroys the handler's copy first.
     const auto last = std::make_shared<LastReply>(answer);
@@ -203,18 +198,18 @@ MHD_Result RequestFlow::send(Connection& connection, MHD_Connection* mhd, HttpRe
     // A client that asks and does not read must not fill the memory.
     if (!take_memory(connection, response.body.size()))
         return send_last(connection, mhd, error_response(503, "Too many answers wait to be read"));
-    return send(connection, mhd, std::move(response),
-                stopping_ ? AfterAnswer::close_connection : AfterAnswer::keep_connection);
+    return hand_over(connection, mhd, std::move(response),
+                     stopping_ ? AfterAnswer::close_connection : AfterAnswer::keep_connection);
 }
 
 MHD_Result RequestFlow::send_last(Connection& connection, MHD_Connection* mhd,
                                   HttpResponse response)
 {
-    return send(connection, mhd, std::move(response), AfterAnswer::close_connection);
+    return hand_over(connection, mhd, std::move(response), AfterAnswer::close_connection);
 }
 
-MHD_Result RequestFlow::send(Connection& connection, MHD_Connection* mhd, HttpResponse response,
-                             AfterAnswer after)
+MHD_Result RequestFlow::hand_over(Connection& connection, MHD_Connection* mhd,
+                                  HttpResponse response, AfterAnswer after)
 {
     connection.set_deadline(options_.answer_deadline);
     connection.exchange->status = queue_response(mhd, std::move(response), after);

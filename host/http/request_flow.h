@@ -52,8 +52,8 @@ private:
     std::shared_ptr<PendingAnswer> ask_handler(const Connection& connection, MHD_Connection* mhd);
     MHD_Result send(Connection& connection, MHD_Connection* mhd, HttpResponse response);
     MHD_Result send_last(Connection& connection, MHD_Connection* mhd, HttpResponse response);
-    MHD_Result send(Connection& connection, MHD_Connection* mhd, HttpResponse response,
-                    AfterAnswer after);
+    MHD_Result hand_over(Connection& connection, MHD_Connection* mhd, HttpResponse response,
+                         AfterAnswer after);
     HttpResponse too_long() const;
 
     bool take_memory(Connection& connection, std::size_t bytes);

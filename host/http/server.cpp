@@ -275,8 +275,8 @@ MHD_Result HttpServer::Daemon::on_request(void* self, MHD_Connection* connection
     Daemon& daemon = static_cast<Worker*>(self)->server;
     if (*context == nullptr)
         return MHD_NO;
-    Connection& ours = *static_cast<Connection*>(*context);
     try {
+        Connection& ours = *static_cast<Connection*>(*context);
         if (!ours.exchange)
             return daemon.flow_.begin(ours, connection, target, method, version);
         if (*size == 0)

@@ -30,7 +30,7 @@ constexpr std::chrono::milliseconds pause_after_failure{100};
 void log_failure(const char* what) noexcept
 {
     try {
-        spdlog::error("a scheduled activation was given up: {}", what);
+        spdlog::error("a scheduled activation has to be tried again: {}", what);
     } catch (...) {
         // There is nobody left to tell.
     }

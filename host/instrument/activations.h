@@ -58,7 +58,7 @@ struct ActivationReport
     TaiTime due;     ///< when it had to happen; without a schedule, when it was requested
     TaiTime done;    ///< when it happened
     std::string why; ///< failures only
-    std::chrono::nanoseconds late{}; ///< from due to done, whether or not a clock was set meanwhile
+    std::chrono::nanoseconds late{}; ///< from due to done, on the clock that counts
 };
 
 /// The scheduled activations, at most one for each sender or receiver, and reports on the latest

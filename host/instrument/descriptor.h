@@ -15,11 +15,7 @@ class Descriptor
 public:
     explicit Descriptor(int number) : number_(number) {}
     Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(number_, other.number_);
-        return *this;
-    }
+    Descriptor& operator=(Descriptor&&) = delete;
     ~Descriptor()
     {
         if (number_ >= 0)

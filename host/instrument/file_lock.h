@@ -10,7 +10,8 @@
 namespace nmos_instrument::host {
 
 /// Keeps a file for this process: a lock on another file beside it, "<file>.lock". That one is
-/// removed at the end; a killed process leaves it behind, unlocked, which does no harm.
+/// removed at the end; a killed process leaves it behind, unlocked, which does no harm. It keeps off
+/// other processes only: have one object for each file.
 class FileLock
 {
 public:

@@ -43,7 +43,7 @@ private:
     std::thread thread_;
 };
 
-/// The text of the exception that is being handled. It needs no memory if there is none.
+/// The text of the exception that is being handled. It works even when there is no free memory.
 std::string reason_of_current_exception();
 
 } // namespace nmos_instrument::host

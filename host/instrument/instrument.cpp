@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include <spdlog/fmt/fmt.h>
@@ -87,6 +88,17 @@ std::string line_of_done(const ActivationReport& report)
 std::string line_of_failed(const ActivationReport& report)
 {
     return "activation of " + report.resource + " failed, nothing has changed: " + report.why;
+}
+
+/// What has happened has happened: without memory the log loses a line.
+void add_line(std::vector<std::string>& lines, std::string (*make_line)(const ActivationReport&),
+              const ActivationReport& report) noexcept
+{
+    try {
+        lines.push_back(make_line(report));
+    } catch (const std::bad_alloc&) {
+        return;
+    }
 }
 
 void log_all(const std::vector<std::string>& lines)
@@ -346,10 +358,10 @@ void Instrument::activate_scheduled(const ScheduledActivation& activation, Perfo
     performed.any = true;
     if (done) {
         activations_.report_done(std::move(report));
-        performed.done.push_back(line_of_done(activations_.done().front()));
+        add_line(performed.done, line_of_done, activations_.done().front());
     } else {
         activations_.report_failed(std::move(report));
-        performed.failed.push_back(line_of_failed(activations_.failed().front()));
+        add_line(performed.failed, line_of_failed, activations_.failed().front());
     }
 }
 

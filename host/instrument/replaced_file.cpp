@@ -68,7 +68,8 @@ std::string resolved(const std::string& name)
     if (::lstat(name.c_str(), &status) == 0) {
         struct stat target
         {};
-        if (S_ISLNK(status.st_mode) && ::stat(name.c_str(), &target) != 0)
+        if (S_ISLNK(status.st_mode) && ::stat(name.c_str(), &target) != 0 &&
+            (errno == ENOENT || errno == ELOOP))
             throw std::runtime_error("found a symbolic link to nothing, allowed: a regular file, "
                                      "a link to one, or the name of a new file");
         return canonical(name);

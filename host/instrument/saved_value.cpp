@@ -8,6 +8,7 @@
 
 #include "connection/json_place.h"
 #include "instrument/saved_state.h"
+#include "text/json_pointer.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
@@ -24,8 +25,7 @@ SavedValue SavedValue::member(const std::string& key) const
 
 std::string SavedValue::path_of(const std::string& key) const
 {
-    constexpr std::size_t longest = 64;
-    return path_ + '/' + (key.size() > longest ? in_quotes(key) : key);
+    return path_ + '/' + json_pointer_token(key);
 }
 
 std::vector<std::string> SavedValue::keys(std::size_t most) const

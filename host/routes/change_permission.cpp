@@ -2,6 +2,7 @@
 
 #include "routes/change_permission.h"
 
+#include "http/message.h"
 #include "text/ipv4_address.h"
 
 namespace nmos_instrument::host {
@@ -10,7 +11,7 @@ std::string ChangePermission::refusal_of(const std::string& peer) const
 {
     if (read_only)
         return "this instrument is read-only";
-    const std::string address = peer.substr(0, peer.find(':'));
+    const std::string address = address_of(peer);
     const auto client = ipv4_from_dotted_quad(address);
     if (clients.empty() || (client && any_contains(clients, *client)))
         return "";

@@ -6,6 +6,8 @@
 
 #include <spdlog/spdlog.h>
 
+#include "http/message.h"
+
 namespace nmos_instrument::host {
 
 namespace {
@@ -77,7 +79,7 @@ bool ClientLog::Level::allows(const std::string& peer)
             last_look_ = now;
             left_out = limit_.take_left_out(now);
         }
-        allowed = limit_.allows(peer.substr(0, peer.rfind(':')), now);
+        allowed = limit_.allows(address_of(peer), now);
     }
     say_left_out(left_out);
     return allowed;

@@ -55,7 +55,7 @@ HttpResponse too_many_manifests()
 /// One PUT of a receiver's target, from its arrival to its answer.
 struct TargetChange
 {
-    Services services;
+    const Services& services;
     ConnectionKey receiver;
     std::string peer; ///< who asks for it
     HttpReply reply;
@@ -74,11 +74,6 @@ struct TargetChange
             reply_when_saved(services, reply, json_response(body, 202));
     }
 };
-
-std::string address_in(const std::string& peer)
-{
-    return peer.substr(0, peer.rfind(':'));
-}
 
 /// Answers for a manifest that was fetched from elsewhere.
 void connect_with(const TargetSender& sender, const std::string& sdp, const TargetChange& change)
@@ -118,7 +113,7 @@ void fetch_manifest(const TargetSender& sender, const std::shared_ptr<TargetChan
         change->answer(*locked);
         return;
     }
-    change->services.manifests.fetch(sender.manifest_href, address_in(change->peer),
+    change->services.manifests.fetch(sender.manifest_href, address_of(change->peer),
                                      [sender, change](const FetchedManifest& manifest) {
                                          answer_about(sender, manifest, *change);
                                      });

@@ -23,7 +23,7 @@ public:
     Alarm(const Alarm&) = delete;
     Alarm& operator=(const Alarm&) = delete;
 
-    /// Waits for whatever comes first, which may be nothing in particular. One thread only.
+    /// Waits for whatever comes first. It may also return early, without a reason. One thread only.
     void wait(const std::optional<SystemTime>& system, const std::optional<SteadyTime>& steady);
 
     /// Ends a wait, or the next one if there is none. Any thread.

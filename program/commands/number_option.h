@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace CLI {
+namespace CLI { // NOLINT(readability-identifier-naming): its name, not ours
 class Validator;
 }
 

@@ -23,7 +23,7 @@ struct Doubtful
     std::string debug; ///< of the answer
 };
 
-void PrintTo(const Doubtful& doubtful, std::ostream* out)
+void PrintTo(const Doubtful& doubtful, std::ostream* out) // NOLINT(readability-identifier-naming)
 {
     *out << doubtful.name;
 }

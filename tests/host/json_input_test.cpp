@@ -101,17 +101,24 @@ TEST(ParseJson, RefusesTooManyValues)
 
 TEST(ParseJson, QuotesLittleOfTheText)
 {
-    const std::string megabyte(1024 * 1024, 'a');
+    constexpr std::size_t mebibyte = std::size_t{1024} * 1024;
+    const std::string megabyte(mebibyte, 'a');
+    const std::string key = "\"" + megabyte + '"';
     EXPECT_EQ(trouble_with('"' + megabyte + "\xff"),
               "parse error at line 1, column 1048578: syntax error while parsing value - invalid "
               "string: ill-formed UTF-8 byte; last read: \"\\\"" +
                   std::string(70, 'a') + "\"... (1048578 bytes)");
     EXPECT_EQ(trouble_with("{\"" + megabyte + "\": 1, \"" + megabyte + "\": 2}"),
               "/\"" + std::string(72, 'a') + "\"... (1048576 bytes): this key is given twice");
-    for (const std::string& text :
-         {'"' + megabyte, "{\"" + megabyte, megabyte, std::string(1024 * 1024, '1'),
-          std::string(1024 * 1024, '1') + "x", "[1" + std::string(1024 * 1024, ' ') + "1",
-          "{\"" + megabyte + "\":[{\"" + megabyte + "\":01"})
+    const std::string ones(mebibyte, '1');
+    const std::string texts[] = {'"' + megabyte,
+                                 "{\"" + megabyte,
+                                 megabyte,
+                                 ones,
+                                 ones + 'x',
+                                 "[1" + std::string(mebibyte, ' ') + '1',
+                                 '{' + key + ":[{" + key + ":01"};
+    for (const std::string& text : texts)
         EXPECT_LT(trouble_with(text).size(), 500U);
 }
 

@@ -122,8 +122,11 @@ TEST_F(StateFileTest, AnAnswerThatThrowsEndsNothing)
     StateFile state_file(ReplacedFile(file_), instrument_);
     instrument_.listen({[&] { state_file.changed(); }, {}});
     std::filesystem::rename(present_, away_);
-    change(6001);
-    state_file.when_saved([](const std::string&) { throw std::bad_alloc(); });
+    // The thread of the state file cannot begin before the instrument is free again.
+    instrument_.read([&](Records&) {
+        state_file.changed();
+        state_file.when_saved([](const std::string&) { throw std::bad_alloc(); });
+    });
     EXPECT_NE(outcome_of(state_file), "");
     std::filesystem::rename(away_, present_);
     EXPECT_TRUE(is_well_soon(state_file));

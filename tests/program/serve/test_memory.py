@@ -4,9 +4,12 @@
 import contextlib
 import http.client
 import http.server
+import json
 import os
 import pathlib
 import random
+import signal
+import socket
 import struct
 import tempfile
 import threading
@@ -19,6 +22,14 @@ from instrument import CONNECTION, IMMEDIATE, NODE, SINGLE, Instrument, file_pat
 PAUSE = 0.01  # seconds between two requests, so that the ports last for ten minutes
 LONGEST = 12  # seconds; a change that cannot be saved is answered after 5
 SECONDS = float(os.environ.get("NMOS_SHORT_MEMORY_SECONDS", "10"))
+
+
+SENDER = {
+    "id": "5709255c-c0ae-4e1e-99a0-e872e83e48e0", "version": "1:2", "label": "", "description": "",
+    "tags": {}, "flow_id": None, "transport": "urn:x-nmos:transport:rtp.mcast",
+    "device_id": "6709255c-c0ae-4e1e-99a0-e872e83e48e0", "interface_bindings": [],
+    "subscription": {"receiver_id": None, "active": True},
+}
 
 
 class ShortMemory:
@@ -80,12 +91,7 @@ class Readers(threading.Thread):
         super().__init__()
         self.instrument, self.end = instrument, end
         file = file_patch(sdp_file(video_medium(source="203.0.113.1")))
-        target = {"id": "5709255c-c0ae-4e1e-99a0-e872e83e48e0", "version": "1:2", "label": "",
-                  "description": "", "tags": {}, "flow_id": None,
-                  "transport": "urn:x-nmos:transport:rtp.mcast",
-                  "device_id": "6709255c-c0ae-4e1e-99a0-e872e83e48e0", "interface_bindings": [],
-                  "subscription": {"receiver_id": None, "active": True},
-                  "manifest_href": others}
+        target = {**SENDER, "manifest_href": others}
         relative = {"activation": {"mode": "activate_scheduled_relative",
                                    "requested_time": "0:20000000"}}
         self.requests = [
@@ -180,6 +186,27 @@ class Memory(unittest.TestCase):
             self.assertNotIn("damaged", instrument.log)
             self.assertEqual([instrument.active(change.receiver) for change in changes], kept)
         print(f"{SECONDS:.0f} s:", *(change.statuses for change in changes))
+
+    def test_the_end_without_memory(self):
+        environment = with_fault("short_memory", NMOS_SHORT_MEMORY=str(self.memory.path))
+        silent = socket.create_server(("127.0.0.1", 0), backlog=10)
+        self.addCleanup(silent.close)
+        target = {**SENDER, "manifest_href": f"http://127.0.0.1:{silent.getsockname()[1]}/"}
+        with Instrument(environment=environment) as instrument:
+            receivers = instrument.resources("receivers")
+            late = []
+            for receiver in receivers[:4]:
+                connection = instrument.connect()
+                connection.request("PUT", f"{NODE}/{receiver}/target", json.dumps(target))
+                late.append(connection)
+            time.sleep(0.3)
+            instrument.process.send_signal(signal.SIGTERM)
+            time.sleep(0.1)
+            self.memory.set(1)
+            # 2: it could not end in order. Worse would be a signal.
+            self.assertIn(instrument.process.wait(timeout=30), (0, 2))
+            for connection in late:
+                connection.close()
 
     def assert_kept(self, instrument, change):
         active = instrument.active(change.receiver)

@@ -110,8 +110,11 @@ class StateFile(unittest.TestCase):
         with self.start():
             pass
         self.file.chmod(0o640)
-        owner = (12345, 23456) if os.geteuid() == 0 else (os.getuid(), os.getgid())
-        os.chown(self.file, *owner)
+        owner = (12345, 23456)
+        try:
+            os.chown(self.file, *owner)
+        except OSError:  # only root may give a file away, and not in every container
+            owner = (os.getuid(), os.getgid())
         with self.start() as instrument:
             receiver = instrument.resources("receivers")[0]
             self.assertEqual(instrument.patch(receiver, IMMEDIATE).status, 200)
@@ -156,7 +159,11 @@ class StateFile(unittest.TestCase):
         to_fifo = self.folder / "to_fifo"
         to_fifo.symlink_to("fifo")
         # A device that a mistake of the program cannot rename or remove.
-        for descriptor in (terminal := os.openpty()):
+        try:
+            terminal = os.openpty()
+        except OSError as error:
+            self.skipTest(f"there are no terminals here: {error}")
+        for descriptor in terminal:
             self.addCleanup(os.close, descriptor)
         device = os.ttyname(terminal[1])
         before = self.names()
