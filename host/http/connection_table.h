@@ -13,11 +13,11 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "http/event_loop.h"
 #include "http/exchange.h"
+#include "http/framing.h"
 #include "http/memory_budget.h"
 #include "http/pending_answer.h"
 
@@ -62,8 +62,7 @@ struct Connection
     AddressShare& share;
     const EventLoop& loop; ///< of its server thread
 
-    /// Of the request that is being read, in libmicrohttpd's memory.
-    std::string_view target;
+    ArrivedTarget target; ///< of the request that is being read
 
     /// From the end of the headers until the answer has been sent.
     std::unique_ptr<Exchange> exchange;

@@ -18,6 +18,7 @@ struct Exchange
 {
     HttpRequest request;
     bool is_head = false;
+    bool is_chunked = false; ///< the body
 
     /// Sent instead of asking the handler; the rest of the body is thrown away.
     std::optional<HttpResponse> refusal;

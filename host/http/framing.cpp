@@ -112,9 +112,11 @@ std::string cut_line(std::size_t line)
 
 std::optional<std::string> request_line_fault(const RequestHead& head, Walk& walk)
 {
-    if (head.target.find(' ') != std::string_view::npos)
-        return "request line: found a blank in the target, allowed: %20";
+    if (!head.target_is_visible)
+        return "request line: found a blank or control character in the target, allowed: %20";
     const std::string_view method = head.bytes.substr(0, head.bytes.find('\0'));
+    if (!is_token(method))
+        return "request line: found the method " + in_quotes(method) + ", allowed: a token";
     if (!walk.take(method) || !walk.take_nul() || !walk.take(head.target) || !walk.take_nul() ||
         !walk.take(head.version) || !walk.take_line_end())
         return "request line: found a NUL or more than one blank in a row, allowed: method, target "
@@ -162,27 +164,36 @@ std::optional<std::string> framing_fault(const RequestHead& head)
             return std::string(once) + ": found " + std::to_string(count) + ", allowed: one";
     }
     // RFC 9112 3.2
-    if (count_of(head, "Host") == 0 && head.version == MHD_HTTP_VERSION_1_1)
+    const bool is_1_0 = head.version == MHD_HTTP_VERSION_1_0;
+    if (count_of(head, "Host") == 0 && !is_1_0)
         return "Host: found none, allowed: one";
     if (count_of(head, "Transfer-Encoding") != 0) {
         // RFC 9112 6.1
         if (count_of(head, "Content-Length") != 0)
             return "Content-Length: found with Transfer-Encoding, allowed: one of them";
-        if (head.version != MHD_HTTP_VERSION_1_1)
+        if (is_1_0)
             return "Transfer-Encoding: found with " + in_quotes(head.version) +
                    ", allowed: with HTTP/1.1";
     }
     return std::nullopt;
 }
 
+ArrivedTarget look_at_target(const char* target)
+{
+    const std::string_view bytes(target);
+    return {bytes, std::none_of(bytes.begin(), bytes.end(),
+                                [](char c) { return (c >= 0 && c <= ' ') || c == '\x7f'; })};
+}
+
 std::optional<std::string> framing_fault(MHD_Connection* connection, const char* method,
-                                         std::string_view target, const char* version)
+                                         const ArrivedTarget& target, const char* version)
 {
     RequestHead head;
     const auto* const size =
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_REQUEST_HEADER_SIZE);
     head.bytes = {method, size == nullptr ? 0 : size->header_size};
-    head.target = target;
+    head.target = target.bytes;
+    head.target_is_visible = target.is_visible;
     head.version = version;
     const int count = MHD_get_connection_values(connection, MHD_HEADER_KIND, nullptr, nullptr);
     head.fields.reserve(static_cast<std::size_t>(std::max(count, 0))); // so that add does not throw

@@ -23,7 +23,8 @@ struct RequestHead
     };
 
     std::string_view bytes;    ///< all of it; the views below lie inside
-    std::string_view target;   ///< up to its first NUL
+    std::string_view target;   ///< up to its first NUL; libmicrohttpd may have decoded its query
+    bool target_is_visible;    ///< it arrived without blanks and control characters
     std::string_view version;  ///< "HTTP/1.1"
     std::vector<Field> fields; ///< in the order in which they arrived
 };
@@ -33,10 +34,20 @@ struct RequestHead
 /// its connection closed; libmicrohttpd lets these pass. Nothing if all is well.
 std::optional<std::string> framing_fault(const RequestHead& head);
 
+/// The target as libmicrohttpd gives it to the URI log callback. Later it decodes the query in
+/// place, and a "+" becomes a blank.
+struct ArrivedTarget
+{
+    std::string_view bytes; ///< in libmicrohttpd's memory
+    bool is_visible = true;
+};
+
+ArrivedTarget look_at_target(const char* target);
+
 /// The same for a request whose headers are complete. `method` and `version` are what libmicrohttpd
-/// gave to the access handler, `target` what it gave to the URI log callback, with its length then.
+/// gave to the access handler.
 std::optional<std::string> framing_fault(MHD_Connection* connection, const char* method,
-                                         std::string_view target, const char* version);
+                                         const ArrivedTarget& target, const char* version);
 
 } // namespace nmos_instrument::host
 

@@ -47,6 +47,13 @@ ManifestTransfer& transfer_of(void* user)
     return *static_cast<ManifestTransfer*>(user);
 }
 
+/// True if the host of `url` is an IPv6 address.
+bool is_ipv6(const char* url)
+{
+    const std::optional<Url> parts = parse_url(url);
+    return parts && parts->host.starts_with('[');
+}
+
 /// True if the host of `url` has to be looked up, or if that is not clear.
 bool has_host_name(const char* url)
 {
@@ -130,6 +137,8 @@ bool ManifestTransfer::may_resolve()
     const char* url = nullptr;
     if (curl_easy_getinfo(handle_.get(), CURLINFO_EFFECTIVE_URL, &url) != CURLE_OK)
         return false;
+    if (is_ipv6(url))
+        return false; // the instrument has none
     if (looks_up_ || !has_host_name(url))
         return true;
     looks_up_ = lookups_.begin(client_, std::chrono::steady_clock::now());

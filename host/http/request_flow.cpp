@@ -6,6 +6,7 @@
 #include <cstring>
 #include <exception>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include <strings.h>
@@ -25,11 +26,18 @@ const char* header(MHD_Connection* connection, const char* name)
     return MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);
 }
 
+// In upper or lower case, with blanks behind it (RFC 9110 5.5).
+bool is_word(std::string_view value, std::string_view word)
+{
+    value = value.substr(0, value.find_last_not_of(" \t") + 1);
+    return value.size() == word.size() && strncasecmp(value.data(), word.data(), word.size()) == 0;
+}
+
 // True if the client sends the body only after "100 Continue".
 bool waits_before_body(MHD_Connection* connection)
 {
     const char* expectation = header(connection, MHD_HTTP_HEADER_EXPECT);
-    return expectation != nullptr && strcasecmp(expectation, "100-continue") == 0;
+    return expectation != nullptr && is_word(expectation, "100-continue");
 }
 
 // 0 for a chunked body. libmicrohttpd has already refused malformed lengths.
@@ -81,6 +89,7 @@ MHD_Result RequestFlow::begin(Connection& connection, MHD_Connection* mhd, const
     if (const auto fault = framing_fault(mhd, method, connection.target, version))
         return send_last(connection, mhd, error_response(400, "Malformed request", *fault));
     const char* coding = header(mhd, MHD_HTTP_HEADER_TRANSFER_ENCODING);
+    exchange.is_chunked = coding != nullptr;
     if (coding != nullptr && strcasecmp(coding, "chunked") != 0) {
         // The end of the body cannot be found.
         return send_last(
@@ -198,6 +207,10 @@ MHD_Result RequestFlow::send(Connection& connection, MHD_Connection* mhd, HttpRe
     // A client that asks and does not read must not fill the memory.
     if (!take_memory(connection, response.body.size()))
         return send_last(connection, mhd, error_response(503, "Too many answers wait to be read"));
+    // libmicrohttpd accepts chunks and trailers that others end elsewhere: nothing that follows them
+    // may be taken for a request.
+    if (connection.exchange->is_chunked)
+        return send_last(connection, mhd, std::move(response));
     return hand_over(connection, mhd, std::move(response),
                      stopping_ ? AfterAnswer::close_connection : AfterAnswer::keep_connection);
 }

@@ -251,7 +251,7 @@ void* HttpServer::Daemon::on_request_line(void* self, const char* target,
         MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
     if (ours != nullptr) {
         ours->has_request = true;
-        ours->target = target;
+        ours->target = look_at_target(target);
         if (ours->has_served)
             ours->set_deadline(static_cast<Worker*>(self)->server.options_.header_deadline);
     }
@@ -305,7 +305,10 @@ void HttpServer::Daemon::on_remark(void* self, const char* format, va_list argum
     // A remark that is too long loses its end.
     static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));
     text[std::strcspn(text.data(), "\n")] = '\0';
-    report(static_cast<Worker*>(self)->server.options_.on_diagnostic, text.data());
+    const Worker& worker = *static_cast<Worker*>(self);
+    report(worker.server.options_.on_diagnostic, text.data());
+    // What it remarks may be an error that it answers only at its next look.
+    worker.loop.wake();
 }
 
 HttpServer::HttpServer(HttpServerOptions options, HttpHandler handler)

@@ -159,6 +159,12 @@ std::string place_of(std::string_view text, std::size_t at)
            std::to_string(at - line_begin + 1);
 }
 
+std::size_t count_of_controls(std::string_view text)
+{
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return c >= 0 && c < ' '; }));
+}
+
 } // namespace
 
 JsonDocument parse_json(std::string_view text, JsonComments comments)
@@ -166,6 +172,10 @@ JsonDocument parse_json(std::string_view text, JsonComments comments)
     // The parser would take a NUL for the end and ignore the rest.
     if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
         throw MalformedJson("parse error at " + place_of(text, nul) + ": a NUL byte");
+    if (count_of_controls(text) > json_control_limit)
+        throw MalformedJson("found more than " + std::to_string(json_control_limit) +
+                            " line breaks and other control characters, allowed: " +
+                            std::to_string(json_control_limit));
     JsonDocument document;
     Builder builder(document.value());
     json::sax_parse(text, &builder, json::input_format_t::json, true,

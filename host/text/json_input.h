@@ -27,8 +27,12 @@ constexpr int json_depth_limit = 64;
 /// sense has about 1,000: a bulk request for all receivers, with everything that can be set.
 constexpr std::size_t json_value_limit = 10'000;
 
-/// Text that is not JSON, JSON that is nested too deep or has too many values, or an object that has
-/// a key twice. what() says where (line and column, or JSON pointer) and what is wrong; it quotes
+/// How many control characters a text may have; line breaks and tabs count. The parser's messages
+/// spell out each in eight bytes, which takes longer than reading it.
+constexpr std::size_t json_control_limit = 65'536;
+
+/// Text that is not JSON, JSON that is nested too deep, has too many values or control characters,
+/// or an object that has a key twice. what() says where (line and column, or JSON pointer) and what is wrong; it quotes
 /// at most a few hundred bytes of the text.
 class MalformedJson : public std::runtime_error
 {

@@ -105,7 +105,14 @@ const Doubtful doubtful[] = {
     {"ACrInAValue", "GET / HTTP/1.1\r\nHost: a\r\nX: b\rc\r\n\r\n",
      R"(header line 2: found a CR in the value of \"X\")" + lines_allowed},
     {"ABlankInTheTarget", "GET /a b HTTP/1.1\r\nHost: a\r\n\r\n",
-     "request line: found a blank in the target, allowed: %20"},
+     "request line: found a blank or control character in the target, allowed: %20"},
+    {"ACrInTheTarget", "GET /a\rb HTTP/1.1\r\nHost: a\r\n\r\n",
+     "request line: found a blank or control character in the target, allowed: %20"},
+    {"ACrInTheQuery", "GET /a?\r HTTP/1.1\r\nHost: a\r\n\r\n",
+     "request line: found a blank or control character in the target, allowed: %20"},
+    {"AMethodThatIsNoToken", "\tGET / HTTP/1.1\r\nHost: a\r\n\r\n",
+     R"(request line: found the method \"\\x09GET\", allowed: a token)"},
+    {"NoHostInALaterVersion", "GET / HTTP/1.2\r\n\r\n", "Host: found none, allowed: one"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Requests, HttpFraming, testing::ValuesIn(doubtful),
@@ -119,6 +126,8 @@ TEST(HttpFraming, LeavesWhatIsClear)
     });
     const std::pair<std::string, std::string> requests[] = {
         {"PUT /a?b=c&d HTTP/1.1\r\nHost: a\r\nContent-Length: 2\r\n\r\n{}", "/a {}"},
+        {"GET /a?b+c=d+e&f=%20+ HTTP/1.1\r\nHost: a\r\n\r\n", "/a "},
+        {"GET /a+b HTTP/1.1\r\nHost: a\r\n\r\n", "/a+b "},
         {"PUT http://h/a HTTP/1.1\r\nHost:a\r\ncontent-length:\t2\r\n\r\n{}", "/a {}"},
         {"PUT /a HTTP/1.1\r\nHost: \r\nTransfer-Encoding: chunked\r\n\r\n2\r\n{}\r\n0\r\n\r\n",
          "/a {}"},
@@ -133,6 +142,35 @@ TEST(HttpFraming, LeavesWhatIsClear)
         ASSERT_TRUE(response) << request;
         EXPECT_EQ(response->body, body) << request;
     }
+}
+
+// Others may see another end of its body, so nothing behind it is taken for a request.
+TEST(HttpFraming, AChunkedRequestIsTheLastOfItsConnection)
+{
+    HttpServer server({}, [](const HttpRequest& request, const HttpReply& reply) {
+        reply({200, "text/plain", request.body, {}});
+    });
+    TestClient client(server.port());
+    client.send("PUT / HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n2;a\n{}\r\n0\r\n"
+                "A : b\r\n\r\nGET / HTTP/1.1\r\nHost: a\r\n\r\n");
+    const auto response = client.receive();
+    ASSERT_TRUE(response);
+    EXPECT_EQ(response->body, "{}");
+    EXPECT_EQ(response->header("connection"), "close");
+    EXPECT_TRUE(client.is_closed_within(5s));
+    EXPECT_EQ(client.rest(), "");
+}
+
+// libmicrohttpd has no room for them, nor for an answer that says so.
+TEST(HttpFraming, TooManyArgumentsEndTheConnectionAtOnce)
+{
+    HttpServer server({}, [](const HttpRequest&, const HttpReply& reply) { reply({}); });
+    std::string request = "GET /?";
+    for (int i = 0; i < 1000; ++i)
+        request += "a&";
+    TestClient client(server.port());
+    client.send(request + " HTTP/1.1\r\nHost: a\r\n\r\n");
+    EXPECT_TRUE(client.is_closed_within(8s));
 }
 
 TEST(HttpFraming, LeavesManyHeaders)

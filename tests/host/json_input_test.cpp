@@ -122,6 +122,14 @@ TEST(ParseJson, QuotesLittleOfTheText)
         EXPECT_LT(trouble_with(text).size(), 500U);
 }
 
+TEST(ParseJson, LimitsControlCharacters)
+{
+    const std::string most(65'536, '\n');
+    EXPECT_EQ(trouble_with(most + "1"), "");
+    EXPECT_EQ(trouble_with(most + "\t1"),
+              "found more than 65536 line breaks and other control characters, allowed: 65536");
+}
+
 TEST(ParseJson, ShowsTheEndOfALongPath)
 {
     std::string text;

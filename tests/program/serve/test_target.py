@@ -113,8 +113,8 @@ class Target(InstrumentTest):
         cls.server.__exit__()
         super().tearDownClass()
 
-    def put(self, receiver, body):
-        return self.instrument.request("PUT", f"{NODE}/{receiver}/target", body)
+    def put(self, receiver, body, source=""):
+        return self.instrument.request("PUT", f"{NODE}/{receiver}/target", body, source=source)
 
     def test_a_sender_of_our_own(self):
         receiver = self.receivers[0]
@@ -196,6 +196,12 @@ class Target(InstrumentTest):
             answer = self.put(self.receivers[2], {**SENDER, "manifest_href": href})
             self.assert_error(answer, 400, "/manifest_href")
 
+    def test_ipv6_takes_no_place_of_names(self):
+        for _ in range(6):
+            answer = self.put(self.receivers[2], {**SENDER, "manifest_href": "http://[::1]/"},
+                              "127.0.0.6")
+            self.assertEqual((answer.status, answer.text), (500, UNUSABLE))
+
     def test_a_lock_is_no_answer_about_the_manifest(self):
         receiver = self.receivers[5]
         self.instrument.patch(receiver, {"activation": {
@@ -210,7 +216,8 @@ class Target(InstrumentTest):
     def test_the_log_has_no_credentials(self):
         place = self.server.place
         self.put(self.receivers[2], {**SENDER, "manifest_href":
-                                     f"http://someone:secret@{place}/nothing?token=hidden"})
+                                     f"http://someone:secret@{place}/nothing?token=hidden"},
+                 "127.0.0.7")
         log = self.instrument.wait_for_log(
             f'the manifest "http://{place}/nothing" was not fetched: the server answered 404')
         for word in ("someone", "secret", "hidden"):
