@@ -232,7 +232,7 @@ class Strangers(unittest.TestCase):
                     b"\r\nContent-Length: 2\r\n\r\n{}",
                     b"PATCH " + staged + end + b'Content-Length: 20\r\n\r\n{"' + self.BAD + b'":1}   '):
                 send_raw(instrument, data)
-            instrument.wait_for_log(r'"/\x01\x1b[2J\x7f\x80\xff\xc3\xa4" 404')
+            instrument.wait_for_log(r'"/\x01\x1b[2J\x7f\x80\xff\xc3\xa4" 400')
             instrument.wait_for_log(r"415 Unsupported media type: Content-Type: found")
             instrument.end_program()
             self.assert_clean(instrument)

@@ -3,7 +3,6 @@
 
 import contextlib
 import http.client
-import http.server
 import json
 import os
 import pathlib
@@ -18,18 +17,11 @@ import unittest
 
 from instrument import CONNECTION, IMMEDIATE, NODE, SINGLE, Instrument, file_patch, sdp_file, \
     video_medium, with_fault
+from manifests import SENDER, ManifestServer
 
 PAUSE = 0.01  # seconds between two requests, so that the ports last for ten minutes
 LONGEST = 12  # seconds; a change that cannot be saved is answered after 5
 SECONDS = float(os.environ.get("NMOS_SHORT_MEMORY_SECONDS", "10"))
-
-
-SENDER = {
-    "id": "5709255c-c0ae-4e1e-99a0-e872e83e48e0", "version": "1:2", "label": "", "description": "",
-    "tags": {}, "flow_id": None, "transport": "urn:x-nmos:transport:rtp.mcast",
-    "device_id": "6709255c-c0ae-4e1e-99a0-e872e83e48e0", "interface_bindings": [],
-    "subscription": {"receiver_id": None, "active": True},
-}
 
 
 class ShortMemory:
@@ -122,30 +114,14 @@ class Readers(threading.Thread):
                 self.unexpected.append("no answer")
 
 
-class Manifests(http.server.BaseHTTPRequestHandler):
-    def do_GET(self):
-        body = sdp_file(video_medium(source="203.0.113.1")).encode()
-        self.send_response(200)
-        self.send_header("Content-Length", str(len(body)))
-        self.end_headers()
-        with contextlib.suppress(OSError):
-            self.wfile.write(body)
-
-    def log_message(self, *_):
-        pass
-
-
 class Memory(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.state = str(pathlib.Path(folder.name) / "state")
         self.memory = ShortMemory(folder.name)
-        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Manifests)
-        threading.Thread(target=server.serve_forever, daemon=True).start()
-        self.addCleanup(server.server_close)
-        self.addCleanup(server.shutdown)
-        self.manifest = f"http://127.0.0.1:{server.server_port}/"
+        self.manifests = ManifestServer()
+        self.addCleanup(self.manifests.__exit__)
 
     def test_no_death_and_no_lost_change(self):
         environment = with_fault("short_memory", NMOS_SHORT_MEMORY=str(self.memory.path))
@@ -153,7 +129,7 @@ class Memory(unittest.TestCase):
             receivers = instrument.resources("receivers")
             end = time.monotonic() + SECONDS
             changes = [Changes(instrument, receiver, end) for receiver in receivers[:2]]
-            readers = [Readers(instrument, receiver, self.manifest, end)
+            readers = [Readers(instrument, receiver, self.manifests.url("/good"), end)
                        for receiver in receivers[4:6]]
             for thread in changes + readers:
                 thread.start()
