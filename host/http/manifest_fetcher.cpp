@@ -109,7 +109,8 @@ private:
     void run() noexcept
     {
         while (take_waiting()) {
-            // or_give_up() lets nothing out. cppcheck-suppress throwInNoexceptFunction
+            // or_give_up() lets nothing out:
+            // cppcheck-suppress throwInNoexceptFunction
             start_new();
             int running = 0;
             const CURLMcode performed = curl_multi_perform(multi_.get(), &running);
