@@ -137,6 +137,11 @@ std::string Instrument::sdp_file(std::size_t sender)
 std::optional<ChangeOutcome> Instrument::refusal_while_scheduled(const ConnectionKey& key)
 {
     const std::lock_guard lock(mutex_);
+    return refusal_if_scheduled(key);
+}
+
+std::optional<ChangeOutcome> Instrument::refusal_if_scheduled(const ConnectionKey& key) const
+{
     const ScheduledActivation* const scheduled = activations_.find(key);
     if (scheduled == nullptr)
         return std::nullopt;
@@ -164,9 +169,10 @@ ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch
 ChangeOutcome Instrument::change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
                                         LogLines& log)
 {
-    const ScheduledActivation* const scheduled = activations_.find(key);
-    if (scheduled != nullptr && !cancels(patch))
-        return locked_until(resource_name(key), scheduled->due);
+    if (!cancels(patch)) {
+        if (std::optional<ChangeOutcome> locked = refusal_if_scheduled(key))
+            return *std::move(locked);
+    }
 
     Findings findings;
     const CONNECTION_HALF_IS05_ST& before = connection(key).staged;

@@ -124,6 +124,7 @@ private:
     std::uint64_t sdp_hash(std::size_t sender);
 
     // The ways in which a change can end, under the lock.
+    std::optional<ChangeOutcome> refusal_if_scheduled(const ConnectionKey& key) const;
     ChangeOutcome change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
                                 LogLines& log);
     ChangeOutcome stage(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged, LogLines& log);

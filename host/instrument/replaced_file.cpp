@@ -10,7 +10,6 @@
 #include <random>
 #include <stdexcept>
 #include <system_error>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -194,24 +193,6 @@ void sync_folder_of(const std::string& path)
         throw_errno(path);
 }
 
-std::string read_all(const Descriptor& file, std::size_t limit)
-{
-    std::string content;
-    std::vector<char> buffer(65536);
-    for (;;) {
-        const ssize_t count = ::read(file.number(), buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            throw UnreadableFile(std::generic_category().message(errno));
-        if (count == 0)
-            return content;
-        content.append(buffer.data(), static_cast<std::size_t>(count));
-        if (content.size() > limit)
-            throw UnreadableFile("larger than " + std::to_string(limit) + " bytes");
-    }
-}
-
 } // namespace
 
 ReplacedFile::ReplacedFile(const std::string& name) : name_(name), path_(resolved(name))
@@ -236,7 +217,7 @@ std::optional<std::string> ReplacedFile::read(std::size_t limit) const
     if (!file.is_open() || ::fstat(file.number(), &status) != 0)
         throw UnreadableFile(std::generic_category().message(errno));
     refuse_unless_regular(status);
-    return read_all(file, limit);
+    return read_to_end(file.number(), limit);
 }
 
 void ReplacedFile::rename_beside(std::string_view ending) const

@@ -16,6 +16,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// What is left to read of an open file. Reads at most `limit` bytes. Throws UnreadableFile.
+std::string read_to_end(int descriptor, std::size_t limit);
+
 /// The bytes of a file; "-" is standard input. Reads at most `limit` bytes, so that an endless
 /// device is refused like any other file that is too large. Throws UnreadableFile.
 std::string read_whole_file(const std::string& name, std::size_t limit);

@@ -164,6 +164,20 @@ class Instrument:
         return next(int(line.split()[1]) for line in status.splitlines() if line.startswith("VmRSS"))
 
 
+class StateTest(unittest.TestCase):
+    """Tests with a folder for a state file of their own."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.file = self.folder / "state"
+
+    def names(self):
+        """Of what is in the folder."""
+        return sorted(path.name for path in self.folder.iterdir())
+
+
 class InstrumentTest(unittest.TestCase):
     """Tests that share one instrument; subclasses may set how it is started."""
 

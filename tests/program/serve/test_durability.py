@@ -10,28 +10,17 @@ import signal
 import subprocess
 import tempfile
 import threading
-import unittest
 
-from instrument import IMMEDIATE, PORT, PROGRAM, Instrument, file_patch, sdp_file, seconds, \
+from instrument import IMMEDIATE, PORT, PROGRAM, Instrument, StateTest, file_patch, sdp_file, seconds, \
     video_medium
 
 UUID = "5709255c-c0ae-4e1e-99a0-e872e83e48e0"
 KILLS = int(os.environ.get("NMOS_KILLS", "100"))
 
 
-class Durability(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.file = self.folder / "state"
-
+class Durability(StateTest):
     def start(self, configuration=None):
         return Instrument("--state", str(self.file), configuration=configuration)
-
-    def names(self):
-        """Of what is in the folder."""
-        return sorted(path.name for path in self.folder.iterdir())
 
     def refused(self, file, configuration=None):
         """What a start says that ends at once with status 2."""

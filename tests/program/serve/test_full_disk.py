@@ -2,15 +2,13 @@
 """A change that was answered with 200 survives, whatever the disk does."""
 
 import concurrent.futures
-import pathlib
 import resource
 import signal
 import subprocess
-import tempfile
 import time
 import unittest
 
-from instrument import IMMEDIATE, PORT, PROGRAM, Instrument, with_fault
+from instrument import IMMEDIATE, PORT, PROGRAM, Instrument, StateTest, with_fault
 
 MADE = "The change was made but is not saved yet: a restart might lose it. Saving is tried again"
 NOT_MADE = "The change was not made: the state cannot be saved"
@@ -20,13 +18,7 @@ def port_patch(port):
     return {"transport_params": [{"destination_port": port}, {}], **IMMEDIATE}
 
 
-class DiskTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.file = self.folder / "state"
-
+class DiskTest(StateTest):
     def start(self, **more):
         instrument = Instrument("--state", str(self.file), **more)
         self.addCleanup(instrument.end, signal.SIGKILL)

@@ -3,14 +3,12 @@
 
 import json
 import os
-import pathlib
 import socket
 import stat
 import subprocess
-import tempfile
 import unittest
 
-from instrument import IMMEDIATE, PORT, PROGRAM, Instrument
+from instrument import IMMEDIATE, PORT, PROGRAM, Instrument, StateTest
 
 ALLOWED = "allowed: a regular file, a link to one, or the name of a new file"
 LAST_VERSION = "281474976710654:999999999"
@@ -24,18 +22,9 @@ def stable_hash(text):
     return value
 
 
-class StateFile(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.file = self.folder / "state"
-
+class StateFile(StateTest):
     def start(self, **more):
         return Instrument("--state", str(self.file), **more)
-
-    def names(self):
-        return sorted(path.name for path in self.folder.iterdir())
 
     def refused(self, file):
         """What a start says that ends at once with status 2."""
