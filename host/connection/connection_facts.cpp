@@ -4,6 +4,7 @@
 
 #include "records/fill_records.h"
 #include "records/record_text.h"
+#include "sdp/rtp_format.h"
 
 namespace nmos_instrument::host {
 
@@ -20,11 +21,19 @@ ConnectionFacts facts_about(const Configuration& configuration, const NMOS_IS04_
         return facts;
     }
     const RECEIVER_IS04_ST& receiver = node.receivers[key.index];
-    for (std::int32_t i = 0; i < receiver.media_types_count; ++i)
-        facts.media_types.emplace_back(text_of(receiver.media_types[i]));
-    facts.switch_capable = configuration.format_switching.capable;
-    facts.switch_allowed = configuration.format_switching.allowed;
-    facts.current_format = current_format(configuration);
+    if (configuration.carriage == Carriage::st2022_6 &&
+        essence_of_receiver(key.index) == Essence::video) {
+        // The record has no room for this text.
+        facts.sdp.media_types.emplace_back(st2022_6_media_type);
+    } else {
+        for (std::int32_t i = 0; i < receiver.media_types_count; ++i)
+            facts.sdp.media_types.emplace_back(text_of(receiver.media_types[i]));
+    }
+    for (std::size_t i = 0; i < leg_count; ++i)
+        facts.sdp.interface_addresses[i] = configuration.interfaces[i].address;
+    facts.sdp.switch_capable = configuration.format_switching.capable;
+    facts.sdp.switch_allowed = configuration.format_switching.allowed;
+    facts.sdp.current_format = current_format(configuration);
     return facts;
 }
 

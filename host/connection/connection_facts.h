@@ -5,14 +5,13 @@
 
 #include <array>
 #include <string>
-#include <vector>
 
 #include <nmos_instrument/nmos_instrument.h>
 
 #include "configuration/configuration.h"
 #include "configuration/resource_counts.h"
-#include "configuration/video_format.h"
 #include "connection/connection_patch.h"
+#include "sdp/read_sdp.h"
 
 namespace nmos_instrument::host {
 
@@ -25,10 +24,7 @@ struct ConnectionFacts
     /// can have.
     std::array<std::string, leg_count> interface_addresses;
     std::array<std::string, leg_count> start_addresses; ///< senders: "auto" for "destination_ip"
-    std::vector<std::string> media_types;               ///< receivers, like "video/raw"
-    bool switch_capable = true;                         ///< between 2K and 4K
-    bool switch_allowed = true;
-    short current_format = format_any; ///< as ConnectionApi::analyze_sdp_file takes it
+    SdpReceiver sdp;                                    ///< receivers: which SDP files they take
 };
 
 ConnectionFacts facts_about(const Configuration& configuration, const NMOS_IS04_ST& node,

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nmos_instrument::host {
 
@@ -32,9 +33,20 @@ public:
     /// The findings, one line each.
     const std::string& text() const { return text_; }
 
+    /// Notes something that refuses nothing. It goes to the log.
+    void warn(std::string_view path, std::string_view what)
+    {
+        constexpr std::size_t most = 20;
+        if (warnings_.size() < most)
+            warnings_.push_back(std::string(path) + ": " + std::string(what));
+    }
+
+    const std::vector<std::string>& warnings() const { return warnings_; }
+
 private:
     std::size_t count_ = 0;
     std::string text_;
+    std::vector<std::string> warnings_;
 };
 
 } // namespace nmos_instrument::host

@@ -2,31 +2,33 @@
 
 #include "connection/validate_patch.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
 
 #include "connection/read_transport_file.h"
 #include "records/record_text.h"
 #include "text/quoted_text.h"
-#include "text/utf8.h"
 
 namespace nmos_instrument::host {
 namespace {
 
 constexpr std::string_view sdp_type = "application/sdp";
 
-/// The parser can have hundreds of messages about one small file; nobody reads them all.
-std::string first_lines(const std::string& text)
+/// Why a receiver does not take a file, one reason a line. Nobody reads hundreds of them.
+std::string reasons(const SdpFindings& findings)
 {
-    constexpr std::ptrdiff_t most = 20;
-    std::size_t end = 0;
-    for (std::ptrdiff_t i = 0; i < most && end < text.size(); ++i)
-        end = text.find('\n', end) + 1;
-    const auto left = std::count(text.begin() + static_cast<std::ptrdiff_t>(end), text.end(), '\n');
-    if (left > 0)
-        return text.substr(0, end) + "and " + std::to_string(left) + " more";
-    return text.substr(0, end - 1);
+    constexpr std::size_t most = 20;
+    std::string text;
+    std::size_t count = findings.left_out();
+    for (const SdpFinding& finding : findings.shown()) {
+        if (!rule_of(finding.code).refuses)
+            continue;
+        if (++count <= most)
+            text += '\n' + finding_text(finding);
+    }
+    if (count > most)
+        text += "\nand " + std::to_string(count - most) + " more";
+    return text;
 }
 
 /// The parameters of `explicit_leg` override those of `from_file` (IS-05 v1.0, PATCH of a
@@ -93,33 +95,22 @@ private:
     void read_file(const std::string& data, ConnectionPatch& result)
     {
         constexpr const char* path = "/transport_file/data";
-        constexpr std::size_t room = sizeof CONNECTION_HALF_IS05_ST::transport_file_data - 1;
-        if (data.size() > room) {
-            findings_.add(path, "found " + std::to_string(data.size()) +
-                                    " bytes, this instrument has room for " + std::to_string(room));
-            return;
-        }
-        if (const std::size_t nul = data.find('\0'); nul != std::string::npos) {
-            findings_.add(path, "byte " + std::to_string(nul + 1) +
-                                    " is NUL, which an SDP file must not contain");
-            return;
-        }
-        // A file that was fetched by HTTP may hold any bytes, but it is served again inside JSON.
-        if (!is_utf8(data)) {
-            findings_.add(path, "the bytes are not UTF-8, which JSON and SDP require");
-            return;
-        }
-        const TransportFileReading reading = read_transport_file(data, facts_);
-        if (!reading.refusal.empty()) {
-            findings_.add(path,
-                          "this receiver does not take the file: " + first_lines(reading.refusal));
-            return;
-        }
+        // An interface that the patch names overrides the unicast address of the file.
+        SdpReceiver receiver = facts_.sdp;
         for (std::size_t i = 0; i < leg_count; ++i) {
-            if (reading.legs[i].interface_ip && !patch_.legs[i].interface_ip)
-                interface_ip_from_file_[i] = true;
-            result.legs[i] = merged(reading.legs[i], patch_.legs[i]);
+            if (patch_.legs[i].interface_ip)
+                receiver.interface_addresses[i].reset();
         }
+        const TransportFileReading reading = read_transport_file(data, receiver);
+        if (reading.findings.refuse()) {
+            findings_.add(path,
+                          "this receiver does not take the file:" + reasons(reading.findings));
+            return;
+        }
+        for (const SdpFinding& finding : reading.findings.shown())
+            findings_.warn(path, finding_text(finding));
+        for (std::size_t i = 0; i < leg_count; ++i)
+            result.legs[i] = merged(reading.legs[i], patch_.legs[i]);
     }
 
     /// Checks what the "constraints" of the sender or receiver say. "auto" is allowed wherever
@@ -131,22 +122,16 @@ private:
         const std::string& allowed = facts_.interface_addresses[index];
         if (!address || *address == auto_text || *address == allowed)
             return;
-        std::string path = "/transport_params/" + std::to_string(index) +
-                           (sender ? "/source_ip" : "/interface_ip");
-        std::string found = in_quotes(*address);
-        if (interface_ip_from_file_[index]) {
-            path = "/transport_file/data";
-            found = "the unicast address " + found + " for leg " + std::to_string(index + 1);
-        }
-        findings_.add(path,
-                      "found " + found + ", allowed: " + in_quotes(allowed) + ", or \"auto\"");
+        findings_.add("/transport_params/" + std::to_string(index) +
+                          (sender ? "/source_ip" : "/interface_ip"),
+                      "found " + in_quotes(*address) + ", allowed: " + in_quotes(allowed) +
+                          ", or \"auto\"");
     }
 
     const ConnectionPatch& patch_;
     const ConnectionFacts& facts_;
     const CONNECTION_HALF_IS05_ST& staged_;
     Findings& findings_;
-    std::array<bool, leg_count> interface_ip_from_file_{};
 };
 
 } // namespace

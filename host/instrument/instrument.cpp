@@ -179,6 +179,8 @@ ChangeOutcome Instrument::change_locked(const ConnectionKey& key, const Connecti
     const ConnectionPatch valid = validate_patch(patch, facts_.at(key), before, findings);
     if (!findings.empty())
         return invalid_parameters(findings.text());
+    for (const std::string& warning : findings.warnings())
+        log.push_back(resource_name(key) + ": " + warning);
 
     const CONNECTION_HALF_IS05_ST staged = stage_patch(before, valid);
     log_source_ports(resource_name(key), valid, staged, log);

@@ -9,13 +9,16 @@
 
 #include <nmos_instrument/nmos_instrument.h>
 
-#include "connection/read_transport_file.h"
-
 namespace nmos_instrument::program {
 namespace {
 
 /// Above this size messages are not traced to their lines: tracing reads the file once a line.
 constexpr std::size_t traceable_size = std::size_t{256} << 10;
+
+/// What is wrong with the line at which the parser gives up.
+constexpr std::string_view lacks_second_value =
+    " lacks its second value: \"a=group:DUP\" takes two names, "
+    "\"a=source-filter: incl IN IP4\" two addresses";
 
 enum class Outcome
 {
@@ -209,7 +212,7 @@ SdpVerdict judge_sdp(const std::string& sdp, const ReceivingInstrument& instrume
     }
     if (outcome == Outcome::gave_up) {
         verdict.cause = last_line == 0 ? "a line" : "line " + std::to_string(last_line);
-        verdict.cause += host::lacks_second_value;
+        verdict.cause += lacks_second_value;
         verdict.cause += "; the lines after it were not examined";
     }
     verdict.hints = hints_about(sdp, lines, verdict);

@@ -11,7 +11,6 @@
 #include "connection/activate_staged.h"
 #include "connection/parse_patch.h"
 #include "connection/read_transport_file.h"
-#include "connection/sdp_media.h"
 #include "connection/stage_patch.h"
 #include "connection/validate_patch.h"
 #include "records/fill_records.h"
@@ -132,35 +131,6 @@ TEST_F(ConnectionSteps, EveryActiveHalfPassesTheRecordCheck)
         receiver.active = activate_staged(receiver.staged, video, ActivationTexts());
     }
     EXPECT_EQ(nmos_instrument::check_record(records_->connections), std::vector<std::string>());
-}
-
-TEST(SdpMedia, KindsPortsAndEncodings)
-{
-    const std::vector<SdpMedium> media = media_of(
-        {"v=0", "a=rtpmap:1 session/1", "m=video 5004 RTP/AVP 96 97", "a=rtpmap:96 raw/90000",
-         "a=rtpmap:97 rtx", "m=audio 00/2 RTP/AVP 98", "m=", "i=x"});
-    ASSERT_EQ(media.size(), 3U);
-    EXPECT_EQ(media[0].kind, "video");
-    EXPECT_FALSE(media[0].absent);
-    EXPECT_EQ(media[0].encodings, (std::vector<std::string>{"raw", "rtx"}));
-    EXPECT_EQ(media[0].first_line, 2U);
-    EXPECT_EQ(media[0].end_line, 5U);
-    EXPECT_TRUE(media[1].absent);
-    EXPECT_EQ(media[1].end_line, 6U);
-    EXPECT_FALSE(media[2].absent);
-    EXPECT_EQ(media[2].end_line, 8U);
-}
-
-TEST(SdpMedia, Fits)
-{
-    SdpMedium medium;
-    medium.kind = "VIDEO";
-    EXPECT_TRUE(fits(medium, {"video/raw"})); // nothing is said about the encoding
-    medium.encodings = {"rtx", "RAW"};
-    EXPECT_TRUE(fits(medium, {"audio/L24", "video/raw"}));
-    medium.encodings = {"jxsv"};
-    EXPECT_FALSE(fits(medium, {"video/raw"}));
-    EXPECT_FALSE(fits(medium, {}));
 }
 
 } // namespace

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "sdp/read_sdp.h"
+
+#include <algorithm>
+
+#include "sdp/check_formats.h"
+#include "sdp/normal_sdp.h"
+#include "sdp/sdp_description.h"
+#include "sdp/select_media.h"
+#include "text/utf8.h"
+
+namespace nmos_instrument::host {
+namespace {
+
+bool is_utf16(const std::string& sdp)
+{
+    return sdp.starts_with("\xff\xfe") || sdp.starts_with("\xfe\xff") ||
+           sdp.starts_with(std::string("v\0=\0", 4)) || sdp.starts_with(std::string("\0v\0=", 4));
+}
+
+/// Whether the bytes are text at all.
+bool check_bytes(const std::string& sdp, SdpFindings& findings)
+{
+    constexpr std::size_t room = sizeof CONNECTION_HALF_IS05_ST::transport_file_data - 1;
+    if (sdp.size() > room)
+        findings.add(SdpCode::too_large, 0, std::to_string(sdp.size()) + " bytes",
+                     "at most " + std::to_string(room));
+    if (is_utf16(sdp)) {
+        findings.add(SdpCode::not_text, 1, "text in UTF-16", "UTF-8");
+        return false;
+    }
+    if (const std::size_t nul = sdp.find('\0'); nul != std::string::npos) {
+        findings.add(SdpCode::not_text, 0, "byte " + std::to_string(nul + 1) + " is NUL",
+                     "text in UTF-8");
+        return false;
+    }
+    if (!is_utf8(sdp))
+        findings.add(SdpCode::not_utf8, 0, "bytes that are not UTF-8", "text in UTF-8");
+    return true;
+}
+
+void read_legs(const SdpDescription& description, const SdpReceiver& receiver, SdpReading& reading)
+{
+    LegMedia media = select_media(description, receiver.media_types, reading.findings);
+    if (!media[0] && !media[1])
+        return;
+    const SdpLegs legs =
+        leg_paths(description.session, media, receiver.interface_addresses, reading.findings);
+    check_formats(media, receiver.media_types, reading.findings);
+    reading.format =
+        ask_library(normal_sdp(media, legs), legs,
+                    {receiver.switch_capable, receiver.switch_allowed, receiver.current_format},
+                    reading.findings);
+    reading.legs = legs;
+}
+
+} // namespace
+
+SdpReading read_sdp(const std::string& sdp, const SdpReceiver& receiver)
+{
+    SdpReading reading;
+    if (!check_bytes(sdp, reading.findings))
+        return reading;
+    const std::string text = ConnectionApi::convertCRLF(sdp, "\n");
+    const SdpDescription description = parse_sdp_description(text, reading.findings);
+    reading.origin = description.origin;
+    if (!reading.findings.has(SdpCode::empty))
+        read_legs(description, receiver, reading);
+    if (!reading.taken())
+        reading.legs = {};
+    reading.findings.sort_by_line();
+    return reading;
+}
+
+} // namespace nmos_instrument::host

@@ -1,0 +1,320 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "sdp/select_media.h"
+
+#include <algorithm>
+#include <map>
+
+#include "text/quoted_text.h"
+#include "text/word_list.h"
+
+namespace nmos_instrument::host {
+namespace {
+
+/// A group of media (RFC 5888).
+struct Group
+{
+    std::size_t line;
+    std::string_view meaning;            ///< "DUP"
+    std::vector<std::string_view> names; ///< of media
+};
+
+/// One of the file's media, as the receiver sees it.
+struct Candidate
+{
+    const SdpMedium* medium;
+    RtpFormat format;
+
+    bool is_sent() const { return medium->port != 0; }
+    bool may_fit() const { return format.fit != Fit::no; }
+};
+
+std::string at_line(std::size_t line)
+{
+    return "line " + std::to_string(line);
+}
+
+/// A word of the file in a list. Real ones are short.
+std::string shown(std::string_view word)
+{
+    constexpr std::size_t longest = 24;
+    return printable(word.substr(0, longest)) + (word.size() > longest ? "..." : "");
+}
+
+/// "line 6: video jxsv"
+std::string description_of(const Candidate& candidate)
+{
+    std::string text =
+        at_line(candidate.medium->line) + ": " + shown(candidate.medium->kind) + ' ' +
+        (candidate.format.rtpmap_line == 0 ? "payload type " + shown(candidate.format.payload_type)
+                                           : shown(candidate.format.encoding));
+    if (candidate.medium->protocol != rtp_protocol)
+        text += " by " + shown(candidate.medium->protocol);
+    if (!candidate.is_sent())
+        text += " with port 0";
+    return text;
+}
+
+/// At most `most` entries of a list, and how many more there are.
+std::string list_of(const std::vector<const Candidate*>& candidates)
+{
+    constexpr std::size_t most = 8;
+    const std::size_t shown = std::min(candidates.size(), most);
+    std::string list =
+        word_list(std::vector<const Candidate*>(
+                      candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(shown)),
+                  [](const Candidate* candidate) { return description_of(*candidate); });
+    if (candidates.size() > shown)
+        list += " and " + std::to_string(candidates.size() - shown) + " more";
+    return list;
+}
+
+class Selection
+{
+public:
+    Selection(const SdpDescription& description, const std::vector<std::string>& media_types,
+              SdpFindings& findings)
+        : description_(description), media_types_(media_types), findings_(findings)
+    {}
+
+    LegMedia run()
+    {
+        for (const SdpMedium& medium : description_.media)
+            candidates_.push_back({&medium, format_for(medium, media_types_)});
+        read_names();
+        read_groups();
+        const LegMedia legs = choose();
+        check_whole_pictures(legs);
+        return legs;
+    }
+
+private:
+    /// The media that fit and are sent. Those that say what they are beat those that do not.
+    std::vector<const Candidate*> fitting() const
+    {
+        for (const Fit wanted : {Fit::yes, Fit::unknown}) {
+            std::vector<const Candidate*> found;
+            for (const Candidate& candidate : candidates_) {
+                if (candidate.format.fit == wanted && candidate.is_sent())
+                    found.push_back(&candidate);
+            }
+            if (!found.empty())
+                return found;
+        }
+        return {};
+    }
+
+    std::vector<const Candidate*> all() const
+    {
+        std::vector<const Candidate*> all;
+        for (const Candidate& candidate : candidates_) {
+            if (!candidate.medium->kind.empty()) // else its m= line is a finding
+                all.push_back(&candidate);
+        }
+        return all;
+    }
+
+    void read_names()
+    {
+        for (const Candidate& candidate : candidates_) {
+            for (const SdpAttribute& attribute : candidate.medium->attributes) {
+                const std::vector<std::string_view> words = words_of(attribute.value);
+                if (attribute.name != "mid" || words.size() != 1)
+                    continue;
+                const auto [named, fresh] = by_name_.try_emplace(words[0], &candidate);
+                if (!fresh && named->second != &candidate)
+                    findings_.add(SdpCode::repeated_mid, attribute.line,
+                                  "the name " + in_quotes(words[0]),
+                                  "another name than that of the medium in " +
+                                      at_line(named->second->medium->line));
+            }
+        }
+    }
+
+    void read_groups()
+    {
+        read_groups_of(description_.session);
+        for (const SdpMedium& medium : description_.media)
+            read_groups_of(medium);
+    }
+
+    void read_groups_of(const SdpSection& section)
+    {
+        for (const SdpAttribute& attribute : section.attributes) {
+            if (attribute.name != "group")
+                continue;
+            std::vector<std::string_view> words = words_of(attribute.value);
+            const std::string_view meaning = words.empty() ? std::string_view() : words.front();
+            const bool dup = same_name(meaning, "DUP");
+            if (words.empty() || (dup && words.size() < 3)) {
+                findings_.add(SdpCode::group_line, attribute.line,
+                              "a=group " + in_quotes(attribute.value),
+                              "DUP and the names of two media");
+                continue;
+            }
+            words.erase(words.begin());
+            (dup ? dup_groups_ : other_groups_).push_back({attribute.line, meaning, words});
+        }
+    }
+
+    LegMedia choose()
+    {
+        const Group* chosen = nullptr;
+        for (const Group& group : dup_groups_) {
+            if (!by_name_.empty() && !concerns_us(group))
+                continue;
+            if (chosen == nullptr)
+                chosen = &group;
+            else
+                findings_.add(SdpCode::several_pairs, group.line,
+                              "another DUP group of media that fit",
+                              "one; that of " + at_line(chosen->line) + " is taken");
+        }
+        if (chosen == nullptr)
+            return single();
+        return by_name_.empty() ? unnamed_pair(*chosen) : pair(*chosen);
+    }
+
+    /// A name without a medium might be ours.
+    bool concerns_us(const Group& group) const
+    {
+        return std::any_of(group.names.begin(), group.names.end(), [this](std::string_view name) {
+            const auto named = by_name_.find(name);
+            return named == by_name_.end() || named->second->may_fit();
+        });
+    }
+
+    LegMedia pair(const Group& group)
+    {
+        std::array<const Candidate*, leg_count> pair{};
+        for (std::size_t i = 0; i < leg_count; ++i) {
+            const auto named = by_name_.find(group.names[i]);
+            if (named == by_name_.end()) {
+                findings_.add(SdpCode::dup_pair, group.line,
+                              "no medium is named " + in_quotes(group.names[i]),
+                              "the names of a=mid lines");
+                return {};
+            }
+            pair[i] = named->second;
+        }
+        if (pair[0] == pair[1]) {
+            findings_.add(SdpCode::dup_pair, group.line, "the same medium twice",
+                          "the names of two media");
+            return {};
+        }
+        if (group.names.size() > leg_count)
+            findings_.add(SdpCode::more_than_two, group.line,
+                          std::to_string(group.names.size()) + " names; the first two are taken",
+                          "2 names");
+        return ordered(pair);
+    }
+
+    /// Without names the order of the file decides, if there is no choice.
+    LegMedia unnamed_pair(const Group& group)
+    {
+        const std::vector<const Candidate*> media = fitting();
+        if (group.names.size() != leg_count || media.size() != leg_count) {
+            findings_.add(SdpCode::dup_pair, group.line,
+                          "no medium has a name, and " + std::to_string(media.size()) +
+                              " fit: " + list_of(media),
+                          "an a=mid line in each medium of the group");
+            return {};
+        }
+        findings_.add(SdpCode::dup_without_mid, group.line,
+                      "no medium has a name; the two that fit are taken",
+                      "an a=mid line in each medium of the group");
+        return ordered({media[0], media[1]});
+    }
+
+    LegMedia ordered(std::array<const Candidate*, leg_count> pair)
+    {
+        if (pair[1]->medium->line < pair[0]->medium->line)
+            std::swap(pair[0], pair[1]);
+        for (const Candidate* const member : pair) {
+            if (member->may_fit())
+                continue;
+            findings_.add(SdpCode::dup_pair, member->medium->line,
+                          "one of the two media does not fit: " + description_of(*member),
+                          word_list(media_types_));
+            return {};
+        }
+        LegMedia legs;
+        for (std::size_t i = 0; i < leg_count; ++i) {
+            if (pair[i]->is_sent())
+                legs[i] = leg_of(*pair[i]);
+            else
+                findings_.add(SdpCode::port_zero, pair[i]->medium->line,
+                              "port 0: leg " + std::to_string(i + 1) + " is switched off",
+                              "1 to 65535");
+        }
+        if (!legs[0] && !legs[1])
+            findings_.add(SdpCode::no_medium, 0, "no medium is sent: both have port 0",
+                          word_list(media_types_));
+        for (const Candidate& other : candidates_) {
+            if (&other != pair[0] && &other != pair[1] && other.is_sent() &&
+                other.format.fit == Fit::yes)
+                findings_.add(SdpCode::media_beside_pair, other.medium->line,
+                              "a medium that fits and is not one of the pair: it is left out");
+        }
+        return legs;
+    }
+
+    LegMedia single()
+    {
+        const std::vector<const Candidate*> media = fitting();
+        if (media.size() == 1)
+            return {leg_of(*media.front()), std::nullopt};
+        if (media.empty())
+            findings_.add(SdpCode::no_medium, 0,
+                          all().empty() ? "no medium (m=)"
+                                        : "no medium that fits: " + list_of(all()),
+                          word_list(media_types_));
+        else
+            findings_.add(SdpCode::several_media, media[1]->medium->line,
+                          std::to_string(media.size()) + " media fit: " + list_of(media),
+                          "one, or two in an a=group:DUP line");
+        return {};
+    }
+
+    /// One of several parts of a picture is no picture.
+    void check_whole_pictures(const LegMedia& legs)
+    {
+        for (const Group& group : other_groups_) {
+            if (!same_name(group.meaning, "MULTI-2SI") || group.names.size() < 2)
+                continue;
+            for (const std::string_view name : group.names) {
+                const auto named = by_name_.find(name);
+                for (const std::optional<LegMedium>& leg : legs) {
+                    if (leg && named != by_name_.end() && named->second->medium == leg->medium)
+                        findings_.add(SdpCode::part_of_picture, leg->medium->line,
+                                      "one of " + std::to_string(group.names.size()) +
+                                          " parts of a picture, see " + at_line(group.line),
+                                      "a whole picture");
+                }
+            }
+        }
+    }
+
+    static std::optional<LegMedium> leg_of(const Candidate& candidate)
+    {
+        return LegMedium{candidate.medium, candidate.format};
+    }
+
+    const SdpDescription& description_;
+    const std::vector<std::string>& media_types_;
+    SdpFindings& findings_;
+    std::vector<Candidate> candidates_;
+    std::map<std::string_view, const Candidate*> by_name_;
+    std::vector<Group> dup_groups_;
+    std::vector<Group> other_groups_;
+};
+
+} // namespace
+
+LegMedia select_media(const SdpDescription& description,
+                      const std::vector<std::string>& media_types, SdpFindings& findings)
+{
+    return Selection(description, media_types, findings).run();
+}
+
+} // namespace nmos_instrument::host
