@@ -25,9 +25,9 @@ class TransportFile(InstrumentTest):
         cls.receivers = cls.instrument.resources("receivers")
         cls.video, cls.audio, cls.ancillary = (cls.receivers[i] for i in (0, 4, 20))
 
-    def legs_after(self, sdp, receiver=None, **more):
+    def legs_after(self, sdp, receiver=None, source="", **more):
         receiver = receiver or self.video
-        answer = self.instrument.patch(receiver, file_patch(sdp, **more))
+        answer = self.instrument.patch(receiver, file_patch(sdp, **more), source=source)
         self.assertEqual(answer.status, 200, answer)
         self.assertEqual(answer.json["transport_file"], {"data": sdp, "type": "application/sdp"})
         self.assertEqual(self.instrument.staged(receiver), answer.json)
@@ -51,7 +51,7 @@ class TransportFile(InstrumentTest):
         for sender, receiver in ((0, 4), (0, 20), (4, 0), (4, 20), (5, 0), (5, 4)):
             with self.subTest(f"sender {sender}, receiver {receiver}"):
                 self.assert_refused(file_patch(self.instrument.sdp(self.senders[sender])),
-                                    "/transport_file/data", "this receiver takes",
+                                    "/transport_file/data", "SDP020", "allowed: ",
                                     receiver=self.receivers[receiver])
 
     def test_legs(self):
@@ -77,14 +77,98 @@ class TransportFile(InstrumentTest):
                  [leg("233.252.0.1"), {**leg("233.252.0.2", 6000), "rtp_enabled": False}]),
                 ("encoding in other case", sdp_file(video_medium(encoding="RAW/90000")),
                  [leg("233.252.0.1"), {**leg("233.252.0.2", 6000), "rtp_enabled": False}]),
-                ("addresses in other forms", sdp_file(video_medium("0xe9fc0003", "05004")),
-                 [leg("233.252.0.3"), {**leg("233.252.0.2", 6000), "rtp_enabled": False}]),
                 ("unicast to our interface", sdp_file(video_medium(INTERFACES[0])),
                  [leg(None, interface=INTERFACES[0]),
                   {**leg("233.252.0.2", 6000), "rtp_enabled": False}]),
         ):
             with self.subTest(name):
                 self.assertEqual(self.legs_after(sdp), expected)
+
+    def test_shapes_of_other_makers(self):
+        """The legs that the RFCs give to a file; what is odd about it is in the log."""
+        def medium(number, mid=None, **more):
+            lines = video_medium(f"233.252.0.{number}", 5000 + number,
+                                 source=f"203.0.113.{number}", **more)
+            return lines + ([f"a=mid:{mid}"] if mid else [])
+
+        def mid_at(place, number, mid):
+            lines = medium(number)
+            lines.insert(place, "a=mid:" + mid)
+            return lines
+
+        def path(number, port=None, source=None):
+            return leg(f"233.252.0.{number}", port or 5000 + number, f"203.0.113.{source or number}")
+
+        def file(*media, session="a=group:DUP one two"):
+            return sdp_file(sum(media, []), session=session)
+
+        before = file(medium(8, "one"), medium(9, "two"))
+        both = [path(1), path(2)]
+        alone = [path(1), {**path(9), "rtp_enabled": False}]
+        two_sources = "a=source-filter: incl IN IP4 233.252.0.1 203.0.113.1 203.0.113.2"
+        for number, (name, sdp, expected, codes) in enumerate((
+                ("one path", file(medium(1), session=""), alone, []),
+                ("an unknown host in o=",
+                 file(medium(1), session="").replace("203.0.113.9", "camera.example.com"), alone, []),
+                ("audio and ancillary data beside it", file(AUDIO, ANCILLARY, medium(1), session=""),
+                 alone, []),
+                ("another medium", file(medium(1), ["m=application 5006 RTP/AVP 99"], session=""),
+                 alone, []),
+                ("mid at the end", file(medium(1, "one"), medium(2, "two")), both, []),
+                ("mid behind m=", file(mid_at(1, 1, "one"), mid_at(1, 2, "two")), both, []),
+                ("mid between c= and the filter", file(mid_at(3, 1, "one"), mid_at(3, 2, "two")),
+                 both, []),
+                ("mid behind m=, no filter in the second medium",
+                 file(mid_at(1, 1, "one"), video_medium("233.252.0.2", 5002) + ["a=mid:two"]),
+                 [path(1), {**path(2), "source_ip": None}], []),
+                ("names in the other order",
+                 file(medium(1, "one"), medium(2, "two"), session="a=group:DUP two one"), both, []),
+                ("DUP without mid", file(medium(1), medium(2)), both, ["SDP023"]),
+                ("two pairs", file(medium(1, "one"), medium(2, "two"), medium(3, "three"),
+                                   medium(4, "four"),
+                                   session="a=group:DUP one two\r\na=group:DUP three four"),
+                 both, ["SDP022"]),
+                ("a third medium", file(medium(1, "one"), medium(2, "two"), medium(3, "three")),
+                 both, ["SDP027"]),
+                ("filter for the session",
+                 file(video_medium() + ["a=mid:one"], video_medium("233.252.0.2", 5002) + ["a=mid:two"],
+                      session="a=group:DUP one two\r\na=source-filter: incl IN IP4 * 203.0.113.7"),
+                 [path(1, 5004, 7), path(2, 5002, 7)], []),
+                ("address for the session",
+                 file(["m=video 5001 RTP/AVP 96", "a=rtpmap:96 raw/90000", "a=mid:one",
+                       "a=source-filter: incl IN IP4 233.252.0.1 203.0.113.1"],
+                      ["m=video 5002 RTP/AVP 96", "a=rtpmap:96 raw/90000", "a=mid:two",
+                       "a=source-filter: incl IN IP4 233.252.0.1 203.0.113.2"],
+                      session="c=IN IP4 233.252.0.1/64\r\na=group:DUP one two"),
+                 [path(1), path(1, 5002, 2)], []),
+                ("one filter with two sources", file(video_medium() + [two_sources], session=""),
+                 [path(1, 5004, 1), path(1, 5004, 2)], ["SDP037"]),
+                ("both paths the same", file(medium(1, "one"), medium(1, "two")),
+                 [path(1), path(1)], ["SDP038"]),
+        )):
+            with self.subTest(name):
+                # The log has room for some lines of each client.
+                client = f"127.0.1.{number + 1}"
+                self.legs_after(before)
+                self.assertEqual(self.legs_after(sdp, source=client), expected)
+                for code in codes:
+                    self.instrument.wait_for_log(code)
+                self.instrument.wait_for_log(client + ":")
+
+    def test_what_is_logged_of_a_file(self):
+        """The findings of a file that is taken, each in a line with the client."""
+        client = "127.0.0.91"
+        odd = sdp_file(video_medium() + ["a=source-filter: excl IN IP4 233.252.0.1 203.0.113.1",
+                                         FMTP.format(1920, 1080)])
+        self.legs_after(odd, source=client)
+        log = self.instrument.wait_for_log("line 8: SDP035: ")
+        line, = (line for line in log.splitlines() if "line 8: SDP035: " in line)
+        self.assertIn(client, line)
+        self.assertIn(self.video, line)
+        plain = sdp_file(video_medium() + [FMTP.format(1920, 1080)])
+        self.legs_after(plain, source="127.0.0.92")
+        log = self.instrument.wait_for_log("127.0.0.92:")
+        self.assertNotIn("SDP", "".join(line for line in log.splitlines() if "127.0.0.92:" in line))
 
     def test_explicit_parameters_win(self):
         legs = self.legs_after(
@@ -126,34 +210,54 @@ class TransportFile(InstrumentTest):
         room = 4095
         medium = video_medium()
         for name, sdp, words in (
-                ("empty", "", ["no leg"]),
-                ("nothing in it", "v=0\r\n", ["no leg"]),
+                ("empty", "", ["SDP001"]),
+                ("nothing in it", "v=0\r\n", ["SDP020", "allowed: video/raw"]),
                 ("no JSON null", "null", []),
-                ("no address", sdp_file(["m=video 5004 RTP/AVP 96"]), ["no leg"]),
-                ("no port", sdp_file(["c=IN IP4 233.252.0.1/64"]), ["no leg"]),
-                ("port 0 alone", sdp_file(video_medium(port=0)), ["no leg"]),
+                ("no line", "camera", ["line 1: SDP008"]),
+                ("no address", sdp_file(["m=video 5004 RTP/AVP 96"]), ["line 5: SDP014"]),
+                ("no medium", sdp_file(["c=IN IP4 233.252.0.1/64"]), ["SDP020"]),
+                ("port 0 alone", sdp_file(video_medium(port=0)), ["SDP020"]),
                 ("port too large", sdp_file(video_medium(port=65536)),
-                 ["Destination Port 65536 is range over."]),
+                 ["line 5: SDP012", "65536"]),
                 ("address", sdp_file(video_medium("233.252.0.256")),
-                 ["IN IP4 233.252.0.256 is invalid multicast address."]),
+                 ["line 6: SDP030", "233.252.0.256"]),
+                ("address in octal", sdp_file(video_medium("233.0374.0.3")),
+                 ["line 6: SDP030", "233.0374.0.3"]),
+                ("address in hexadecimal", sdp_file(video_medium("0xe9fc0003")),
+                 ["line 6: SDP030", "0xe9fc0003"]),
+                ("address as a name", sdp_file(video_medium("camera.example.com")),
+                 ["line 6: SDP030", "camera.example.com"]),
                 ("payload type", sdp_file(["m=video 5004 RTP/AVP 33", "c=IN IP4 233.252.0.1"]),
-                 ["RTP/AVP 33 is range over."]),
-                ("two mistakes", sdp_file(video_medium("x", port=70000)),
-                 ["Destination Port 70000 is range over.", "IN IP4 x is invalid multicast address."]),
-                ("DUP with one name", "a=group:DUP one\r\n" + sdp_file(medium), ["group:DUP"]),
+                 ["line 5: SDP040", "33", "96", "127"]),
+                ("two mistakes",
+                 sdp_file(video_medium("x") + ["a=fmtp:96 exactframerate=25/1"]),
+                 ["line 6: SDP030", '"x"', "line 8: SDP048", '"25/1"',
+                  "allowed: progressive: 60, 60000/1001, 50; interlaced: 30, 30000/1001, 25"]),
+                ("DUP with one name", sdp_file(medium, session="a=group:DUP one"),
+                 ["line 5: SDP015"]),
                 ("filter with one address",
-                 sdp_file(medium + ["a=source-filter: incl IN IP4 233.252.0.1"]), ["source-filter"]),
+                 sdp_file(medium + ["a=source-filter: incl IN IP4 233.252.0.1"]),
+                 ["line 8: SDP033"]),
                 ("depth", sdp_file(medium + ["a=fmtp:96 sampling=YCbCr-4:4:4; depth=12;"]),
-                 ["no support parameter"]),
-                ("audio", sdp_file(AUDIO), ['"audio"', '"L24"', "video/raw"]),
-                ("ancillary data", sdp_file(ANCILLARY), ['"smpte291"', "video/raw"]),
-                ("audio beside video", sdp_file(medium + AUDIO), ['"audio"']),
-                ("compressed video", sdp_file(video_medium(encoding="jxsv/90000")), ['"jxsv"']),
-                ("text", sdp_file(["m=text 5004 RTP/AVP 96", "c=IN IP4 233.252.0.1"]), ['"text"']),
-                ("another medium", sdp_file(medium + ["m=application 5006 RTP/AVP 99"]),
-                 ['"application"']),
+                 ["line 8: SDP045", "YCbCr-4:4:4", "12"]),
+                ("audio", sdp_file(AUDIO), ["SDP020", "audio", "L24", "allowed: video/raw"]),
+                ("ancillary data", sdp_file(ANCILLARY),
+                 ["SDP020", "smpte291", "allowed: video/raw"]),
+                ("compressed video", sdp_file(video_medium(encoding="jxsv/90000")),
+                 ["SDP020", "jxsv"]),
+                ("text", sdp_file(["m=text 5004 RTP/AVP 96", "c=IN IP4 233.252.0.1"]),
+                 ["SDP020", "text"]),
+                ("two media without a group", sdp_file(medium + video_medium("233.252.0.2", 6000)),
+                 ["line 8: SDP021", "line 5: video raw, line 8: video raw"]),
+                ("four parts of a picture",
+                 sdp_file(sum((video_medium(f"233.252.0.{i}") + [f"a=mid:{i}"]
+                               for i in range(1, 5)), []), session="a=group:MULTI-2SI 1 2 3 4"),
+                 ["SDP021"]),
+                ("a name that no medium has",
+                 sdp_file(medium + ["a=mid:one"], session="a=group:DUP one two"),
+                 ["line 5: SDP024", "two"]),
                 ("unicast to another host", sdp_file(video_medium("203.0.113.1")),
-                 ["203.0.113.1", INTERFACES[0]]),
+                 ["line 6: SDP031", "203.0.113.1", f'allowed: "{INTERFACES[0]}"']),
                 ("NUL", sdp_file(medium) + "\u0000", ["NUL"]),
                 ("too long", sdp_file(medium) + "a=" + "x" * room, [str(room)]),
         ):
@@ -162,8 +266,7 @@ class TransportFile(InstrumentTest):
         for receiver, medium in ((self.audio, video_medium()), (self.audio, ANCILLARY),
                                  (self.audio, [line.replace("L24", "L16") for line in AUDIO]),
                                  (self.ancillary, video_medium()), (self.ancillary, AUDIO)):
-            self.assert_refused(file_patch(sdp_file(medium)), "this receiver takes",
-                                receiver=receiver)
+            self.assert_refused(file_patch(sdp_file(medium)), "SDP020", receiver=receiver)
 
     def test_the_longest_file(self):
         sdp = sdp_file(video_medium())
@@ -227,6 +330,30 @@ class TransportFile(InstrumentTest):
         self.assertEqual(len({origin(self.instrument.sdp(other))[0] for other in self.senders}), 6)
 
 
+class St20226(InstrumentTest):
+    """In the other carriage the receivers take what other makers send, and what the senders offer."""
+
+    configuration = {"carriage": "ST 2022-6"}
+
+    def test_files(self):
+        receiver = self.instrument.resources("receivers")[0]
+        medium = video_medium(encoding="SMPTE2022-6/27000000", source="203.0.113.1")
+        answer = self.instrument.patch(receiver, file_patch(sdp_file(medium)))
+        self.assertEqual(answer.status, 200, answer)
+        self.assertEqual(answer.json["transport_params"][0],
+                         leg("233.252.0.1", source="203.0.113.1"))
+        sender = self.instrument.resources("senders")[0]
+        own = self.instrument.sdp(sender)
+        self.assertIn("PM=2022-6", own)
+        answer = self.instrument.patch(receiver, file_patch(own))
+        self.assertEqual(answer.status, 200, answer)
+        active = self.instrument.active(sender)["transport_params"]
+        self.assertEqual(answer.json["transport_params"],
+                         [leg(its["destination_ip"], source=its["source_ip"]) for its in active])
+        self.assert_error(self.instrument.patch(receiver, file_patch(sdp_file(
+            video_medium() + [FMTP.format(1920, 1080)]))), 400, "SDP020", "SMPTE2022-6")
+
+
 class FormatSwitching(InstrumentTest):
     """Files in another class of format, as the configuration has it."""
 
@@ -238,7 +365,7 @@ class FormatSwitching(InstrumentTest):
         hd = sdp_file(video_medium() + [FMTP.format(1920, 1080)])
         self.assertEqual(self.instrument.patch(receiver, file_patch(hd)).status, 200)
         self.assert_error(self.instrument.patch(receiver, file_patch(uhd)), 400,
-                          "Switching 2K/4K is not supported.")
+                          "line 8: SDP047: ")
         for allowed, status in ((True, 200), (False, 400)):
             switching = {"format_switching": {"capable": True, "allowed": allowed}}
             with Instrument(configuration=switching) as instrument:
