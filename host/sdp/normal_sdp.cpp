@@ -118,18 +118,16 @@ public:
         }
     }
 
-    sdp_str ask_about_all(const std::vector<NormalLine>& lines, const SdpLegs& legs)
+    void ask_about_all(const std::vector<NormalLine>& lines, const SdpLegs& legs, sdp_str& found)
     {
         std::string text;
         for (const NormalLine& line : lines)
             text += line.text + '\n';
-        sdp_str found = sdp_str();
         std::string messages;
         const bool read = analyze(text, messages, found);
         if (!findings_.refuse() && (!read || !messages.empty() || !agrees(found, legs)))
             findings_.add(SdpCode::misleading, 0,
                           "the parser reads other legs: " + in_quotes(messages));
-        return found;
     }
 
 private:
@@ -203,8 +201,8 @@ std::vector<NormalLine> normal_sdp(const LegMedia& media, const SdpLegs& legs)
     return lines;
 }
 
-sdp_str ask_library(const std::vector<NormalLine>& lines, const SdpLegs& legs,
-                    const SdpFormatSwitch& format_switch, SdpFindings& findings)
+void ask_library(const std::vector<NormalLine>& lines, const SdpLegs& legs,
+                 const SdpFormatSwitch& format_switch, SdpFindings& findings, sdp_str& found)
 {
     LibraryAnswer answer(format_switch, findings);
     std::set<std::size_t> asked; // both legs may be the same medium
@@ -212,7 +210,7 @@ sdp_str ask_library(const std::vector<NormalLine>& lines, const SdpLegs& legs,
         if (line.describes_format && asked.insert(line.line).second)
             answer.ask_about(line);
     }
-    return answer.ask_about_all(lines, legs);
+    answer.ask_about_all(lines, legs, found);
 }
 
 } // namespace nmos_instrument::host

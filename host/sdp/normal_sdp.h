@@ -37,10 +37,10 @@ struct NormalLine
 /// A leg whose path is not known has its format only.
 std::vector<NormalLine> normal_sdp(const LegMedia& media, const SdpLegs& legs);
 
-/// Asks the library about a file in that form. What it complains about becomes findings; what it
-/// found is the result.
-sdp_str ask_library(const std::vector<NormalLine>& lines, const SdpLegs& legs,
-                    const SdpFormatSwitch& format_switch, SdpFindings& findings);
+/// Asks the library about a file in that form. What it complains about becomes findings; `found` is
+/// what it found.
+void ask_library(const std::vector<NormalLine>& lines, const SdpLegs& legs,
+                 const SdpFormatSwitch& format_switch, SdpFindings& findings, sdp_str& found);
 
 } // namespace nmos_instrument::host
 

@@ -148,7 +148,9 @@ private:
 
     SdpSection& section()
     {
-        return description_.media.empty() ? description_.session : description_.media.back();
+        if (description_.media.empty())
+            return description_.session;
+        return description_.media.back();
     }
 
     SdpFindings& findings_;

@@ -83,7 +83,7 @@ public:
             candidates_.push_back({&medium, format_for(medium, media_types_)});
         read_names();
         read_groups();
-        const LegMedia legs = choose();
+        LegMedia legs = choose();
         check_whole_pictures(legs);
         return legs;
     }
