@@ -3,6 +3,7 @@
 #include "commands/offered_receivers.h"
 
 #include <memory>
+#include <utility>
 
 #include <nmos_instrument/nmos_instrument.h>
 
@@ -80,13 +81,14 @@ OfferedReceivers::OfferedReceivers(const host::Configuration& configuration)
 
 OfferedFile OfferedReceivers::offer(const std::string& sdp, std::optional<Essence> kind) const
 {
-    OfferedFile offered;
-    offered.receiver = kind ? *kind : receiver_for(sdp, offered.hints);
-    offered.reading = host::read_sdp(sdp, receivers_[index_of(offered.receiver)].value());
+    std::vector<std::string> hints;
+    const Essence receiver = kind ? *kind : receiver_for(sdp, hints);
+    OfferedFile offered = {receiver, host::read_sdp(sdp, receivers_[index_of(receiver)].value()),
+                           std::move(hints)};
     if (offered.reading.taken())
         return offered;
     for (const Essence other : receiver_kinds) {
-        if (other != offered.receiver && are_shown(other) &&
+        if (other != receiver && are_shown(other) &&
             host::read_sdp(sdp, *receivers_[index_of(other)]).taken())
             offered.hints.push_back("a receiver of another kind would take it: --receiver " +
                                     std::string(name_of(other)));
