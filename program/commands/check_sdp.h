@@ -9,8 +9,8 @@
 
 namespace nmos_instrument::program {
 
-/// Adds `check-sdp FILE...`, which tells whether a receiver would take SDP files. `status` receives
-/// the worst outcome if the command line asks for this command.
+/// Adds `check-sdp FILE...`, which tells whether a receiver of `serve` would take SDP files.
+/// `status` receives the worst outcome if the command line asks for this command.
 void add_check_sdp_command(CLI::App& program, ExitStatus& status);
 
 } // namespace nmos_instrument::program

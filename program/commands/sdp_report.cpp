@@ -2,11 +2,13 @@
 
 #include "commands/sdp_report.h"
 
-#include <algorithm>
-#include <string_view>
+#include <cstddef>
+#include <optional>
+#include <sstream>
+#include <string>
 
-#include <nlohmann/json.hpp>
-
+#include "commands/report_values.h"
+#include "commands/sdp_format.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::program {
@@ -15,103 +17,106 @@ namespace {
 using host::printable;
 using nlohmann::ordered_json;
 
-constexpr const char* leg_names[2] = {"primary", "secondary"};
-
-/// "-" if nothing was found.
-std::string cell(const std::string& value)
+bool is_error(const host::SdpFinding& finding)
 {
-    return value.empty() ? "-" : printable(value);
+    return host::rule_of(finding.code).refuses;
 }
 
-/// `text` with spaces up to the next column, at least one.
-std::string padded(std::string text, std::size_t width)
+void print_findings(const host::SdpFindings& findings, std::ostream& out)
 {
-    text.resize(std::max(width, text.size() + 1), ' ');
-    return text;
+    for (const host::SdpFinding& finding : findings.shown())
+        out << "  " << (is_error(finding) ? "" : "warning: ")
+            << printable(host::finding_text(finding)) << '\n';
+    if (findings.left_out() != 0)
+        out << "  and " << findings.left_out() << " more findings\n";
 }
 
-void print_table(const SdpVerdict& verdict, std::ostream& out)
+void print_leg(std::size_t number, const std::optional<host::SdpLeg>& leg,
+               const host::MediaInterface& interface, std::ostream& out)
 {
-    const auto row = [&out](const std::string& leg, const std::string& source,
-                            const std::string& address, const std::string& port) {
-        out << "  " << padded(leg, 11) << padded(source, 17) << padded(address, 17) << port << '\n';
+    const auto row = [&](const std::string& address, const std::string& source,
+                         const std::string& port) {
+        out << "  " << padded(std::to_string(number), 5) << padded(address, 17)
+            << padded(source, 17) << padded(port, 7) << printable(interface.name) << " ("
+            << interface.address << ")\n";
     };
-    row("leg", "source", "address", "port");
-    for (std::size_t i = 0; i < verdict.legs.size(); ++i) {
-        const FoundLeg& leg = verdict.legs[i];
-        row(leg_names[i], cell(leg.source), cell(leg.address), cell(leg.port));
-    }
-    for (const FoundValue& found : verdict.format) {
-        if (!found.value.empty())
-            out << "  " << padded(found.title, 15) << printable(found.value) << '\n';
-    }
+    if (leg)
+        row(leg->address, leg->source.empty() ? "any" : leg->source, std::to_string(leg->port));
+    else
+        row("nothing", "-", "-");
 }
 
-ordered_json or_null(const std::string& value)
+/// What the receiver would join.
+void print_legs(const OfferedFile& offered, const host::Configuration& configuration,
+                std::ostream& out)
 {
-    return value.empty() ? ordered_json() : ordered_json(value);
+    out << "  leg  address          source           port   interface\n";
+    for (std::size_t i = 0; i < host::leg_count; ++i)
+        print_leg(i + 1, offered.reading.legs[i], configuration.interfaces[i], out);
 }
 
-ordered_json as_json(const SdpVerdict& verdict)
+std::string as_text(const OfferedFile& offered, const host::Configuration& configuration)
 {
-    ordered_json object;
-    object["verdict"] = verdict.taken ? "taken" : "refused";
-    object["messages"] = ordered_json::array();
-    for (const SdpMessage& message : verdict.messages)
-        object["messages"].push_back(
-            {{"line", message.line == 0 ? ordered_json() : ordered_json(message.line)},
-             {"text", message.text}});
-    object["cause"] = or_null(verdict.cause);
-    object["hints"] = verdict.hints;
-    object["legs"] = ordered_json::array();
-    for (std::size_t i = 0; i < verdict.legs.size(); ++i) {
-        const FoundLeg& leg = verdict.legs[i];
-        object["legs"].push_back({{"leg", leg_names[i]},
-                                  {"source", or_null(leg.source)},
-                                  {"address", or_null(leg.address)},
-                                  {"port", or_null(leg.port)}});
+    const host::SdpReading& reading = offered.reading;
+    std::ostringstream out;
+    print_findings(reading.findings, out);
+    if (reading.taken())
+        print_legs(offered, configuration, out);
+    out << "  receiver       " << name_of(offered.receiver) << '\n';
+    if (!reading.origin.empty())
+        out << "  origin         " << printable(reading.origin) << '\n';
+    print_format(format_values(reading.format), out);
+    for (const std::string& hint : offered.hints)
+        out << "  hint: " << hint << '\n';
+    return out.str();
+}
+
+ordered_json as_json(const host::SdpFinding& finding)
+{
+    return {{"line", line_or_null(finding.line)},
+            {"code", host::code_text(finding.code)},
+            {"severity", is_error(finding) ? "error" : "warning"},
+            {"text", finding.found},
+            {"allowed", or_null(finding.allowed)}};
+}
+
+ordered_json as_json(std::size_t number, const host::SdpLeg& leg,
+                     const host::MediaInterface& interface)
+{
+    return {{"leg", number},
+            {"address", leg.address},
+            {"multicast", leg.multicast},
+            {"source", or_null(leg.source)},
+            {"port", leg.port},
+            {"line", leg.line},
+            {"interface", {{"name", interface.name}, {"address", interface.address}}}};
+}
+
+ordered_json as_json(const OfferedFile& offered, const host::Configuration& configuration)
+{
+    const host::SdpReading& reading = offered.reading;
+    ordered_json object = {{"receiver", name_of(offered.receiver)},
+                           {"findings", ordered_json::array()},
+                           {"more_findings", reading.findings.left_out()},
+                           {"legs", ordered_json::array()},
+                           {"origin", or_null(reading.origin)},
+                           {"format", format_as_json(format_values(reading.format))},
+                           {"hints", offered.hints}};
+    for (const host::SdpFinding& finding : reading.findings.shown())
+        object["findings"].push_back(as_json(finding));
+    for (std::size_t i = 0; i < host::leg_count; ++i) {
+        if (const std::optional<host::SdpLeg>& leg = reading.legs[i])
+            object["legs"].push_back(as_json(i + 1, *leg, configuration.interfaces[i]));
     }
-    for (const FoundValue& found : verdict.format)
-        object["format"][found.key] = or_null(found.value);
     return object;
 }
 
 } // namespace
 
-void report_as_text(const CheckedFile& file, std::ostream& out, std::ostream& errors)
+SdpJudgement report_on(const OfferedFile& offered, const host::Configuration& configuration)
 {
-    const std::string name = file.name == "-" ? "standard input" : printable(file.name);
-    if (!file.verdict) {
-        errors << name << ": cannot be read: " << file.read_error << '\n';
-        return;
-    }
-    const SdpVerdict& verdict = *file.verdict;
-    out << name << ": " << (verdict.taken ? "taken" : "refused") << '\n';
-    for (const SdpMessage& message : verdict.messages) {
-        out << "  ";
-        if (message.line != 0)
-            out << "line " << message.line << ": ";
-        out << printable(message.text) << '\n';
-    }
-    if (!verdict.cause.empty())
-        out << "  " << verdict.cause << '\n';
-    print_table(verdict, out);
-    for (const std::string& hint : verdict.hints)
-        out << "  hint: " << hint << '\n';
-}
-
-void report_as_json(const std::vector<CheckedFile>& files, std::ostream& out)
-{
-    ordered_json report = ordered_json::array();
-    for (const CheckedFile& file : files) {
-        ordered_json entry = {{"file", file.name}};
-        if (file.verdict)
-            entry.update(as_json(*file.verdict));
-        else
-            entry.update({{"verdict", "not readable"}, {"cause", file.read_error}});
-        report.push_back(entry);
-    }
-    out << report.dump(4, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+    return {offered.reading.taken(), as_text(offered, configuration),
+            as_json(offered, configuration)};
 }
 
 } // namespace nmos_instrument::program

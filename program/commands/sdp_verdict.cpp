@@ -101,47 +101,17 @@ std::size_t trace_messages(const Lines& lines, const ReceivingInstrument& instru
     return 0;
 }
 
-/// The leading integer of a text, as strtol reads it; empty if there is none.
-std::string leading_number(std::string_view text)
-{
-    std::size_t begin = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
-    std::size_t digits = begin;
-    if (digits < text.size() && (text[digits] == '-' || text[digits] == '+'))
-        ++digits;
-    const std::size_t end = std::min(text.find_first_not_of("0123456789", digits), text.size());
-    if (end == digits)
-        return "";
-    if (text[begin] == '+')
-        ++begin;
-    return std::string(text.substr(begin, end - begin));
-}
-
 /// The parser accepts port 0, which switches a medium off (RFC 3264 5.1).
 bool is_usable(const FoundLeg& leg)
 {
     return !leg.address.empty() && std::strtol(leg.port.c_str(), nullptr, 10) > 0;
 }
 
-std::string with_scan(const std::string& text, bool interlaced)
-{
-    return text.empty() || !interlaced ? text : text + " interlaced";
-}
-
 void take_over(const sdp_str& found, SdpVerdict& verdict)
 {
     for (std::size_t i = 0; i < verdict.legs.size(); ++i)
         verdict.legs[i] = {found.source_ip[i], found.multicast_ip[i], found.destination_port[i]};
-    const std::string size = found.width.empty() ? "" : found.width + 'x' + found.height;
-    verdict.format = {
-        {"payload_type", "payload type", leading_number(found.rtp_payload_type)},
-        {"sampling", "sampling", found.sampling},
-        {"depth", "depth", found.depth},
-        {"size", "size", with_scan(size, found.size_interlaced != 0)},
-        {"frame_rate", "frame rate", with_scan(found.exactframerate, found.rate_interlaced != 0)},
-        {"colorimetry", "colorimetry", found.colorimetry},
-        {"transfer_characteristic", "TCS", found.tcs},
-        {"packing_mode", "packing mode", found.packing_mode},
-    };
+    verdict.format = format_values(found);
 }
 
 /// The parser has nothing to say against such a file, since it complains about values only.

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "commands/sdp_format.h"
 #include "configuration/video_format.h"
 
 namespace nmos_instrument::program {
@@ -34,21 +35,13 @@ struct FoundLeg
     std::string port;
 };
 
-/// One value that a file gives for both legs together.
-struct FoundValue
-{
-    const char* key;   ///< for programs
-    const char* title; ///< for people
-    std::string value; ///< empty if the file has none
-};
-
 struct SdpVerdict
 {
     bool taken = false;
     std::vector<SdpMessage> messages; ///< of the parser, in its order
     std::string cause;            ///< why the file was not read to its end, or at all; else empty
     std::array<FoundLeg, 2> legs; ///< primary, secondary
-    std::vector<FoundValue> format;
+    std::vector<FormatValue> format;
     std::vector<std::string> hints; ///< worth knowing whatever the verdict
 };
 
