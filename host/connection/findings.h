@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace nmos_instrument::host {
 
@@ -34,19 +33,24 @@ public:
     const std::string& text() const { return text_; }
 
     /// Notes something that refuses nothing. It goes to the log.
-    void warn(std::string_view path, std::string_view what)
+    void warn(std::string_view what)
     {
         constexpr std::size_t most = 20;
-        if (warnings_.size() < most)
-            warnings_.push_back(std::string(path) + ": " + std::string(what));
+        if (++warning_count_ > most)
+            return;
+        if (!warnings_.empty())
+            warnings_ += " | ";
+        warnings_ += what;
     }
 
-    const std::vector<std::string>& warnings() const { return warnings_; }
+    /// One line; empty if there are none.
+    const std::string& warnings() const { return warnings_; }
 
 private:
     std::size_t count_ = 0;
     std::string text_;
-    std::vector<std::string> warnings_;
+    std::size_t warning_count_ = 0;
+    std::string warnings_;
 };
 
 } // namespace nmos_instrument::host

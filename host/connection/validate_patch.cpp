@@ -108,7 +108,7 @@ private:
             return;
         }
         for (const SdpFinding& finding : reading.findings.shown())
-            findings_.warn(path, finding_text(finding));
+            findings_.warn(finding_text(finding));
         for (std::size_t i = 0; i < leg_count; ++i)
             result.legs[i] = merged(reading.legs[i], patch_.legs[i]);
     }

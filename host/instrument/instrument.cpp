@@ -175,15 +175,22 @@ ChangeOutcome Instrument::change_locked(const ConnectionKey& key, const Connecti
     }
 
     Findings findings;
-    const CONNECTION_HALF_IS05_ST& before = connection(key).staged;
-    const ConnectionPatch valid = validate_patch(patch, facts_.at(key), before, findings);
+    const ConnectionPatch valid =
+        validate_patch(patch, facts_.at(key), connection(key).staged, findings);
     if (!findings.empty())
         return invalid_parameters(findings.text());
-    for (const std::string& warning : findings.warnings())
-        log.push_back(resource_name(key) + ": " + warning);
+    ChangeOutcome outcome = change_to(key, valid, log);
+    // On the same line: a client can only cause so many.
+    if (!findings.warnings().empty() && !log.empty())
+        log.back() += "; warning: " + findings.warnings();
+    return outcome;
+}
 
-    const CONNECTION_HALF_IS05_ST staged = stage_patch(before, valid);
-    log_source_ports(resource_name(key), valid, staged, log);
+ChangeOutcome Instrument::change_to(const ConnectionKey& key, const ConnectionPatch& patch,
+                                    LogLines& log)
+{
+    const CONNECTION_HALF_IS05_ST staged = stage_patch(connection(key).staged, patch);
+    log_source_ports(resource_name(key), patch, staged, log);
     if (!patch.activation || cancels(patch))
         return stage(key, staged, log);
 

@@ -127,6 +127,7 @@ private:
     std::optional<ChangeOutcome> refusal_if_scheduled(const ConnectionKey& key) const;
     ChangeOutcome change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
                                 LogLines& log);
+    ChangeOutcome change_to(const ConnectionKey& key, const ConnectionPatch& patch, LogLines& log);
     ChangeOutcome stage(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged, LogLines& log);
     ChangeOutcome schedule(CONNECTION_HALF_IS05_ST staged, const ScheduledActivation& activation,
                            const ActivationRequest& request, LogLines& log);

@@ -84,18 +84,18 @@ void check_unicast(const SdpLegs& legs, const Paths& paths,
 
 } // namespace
 
-SdpLegs leg_paths(const SdpSection& session, LegMedia& media,
+SdpLegs leg_paths(const SdpSection& session, SelectedMedia& selected,
                   const std::array<std::optional<std::string>, leg_count>& interface_addresses,
                   SdpFindings& findings)
 {
+    LegMedia& media = selected.legs;
     Paths paths;
     for (std::size_t i = 0; i < leg_count; ++i) {
         if (media[i])
             paths[i] = read_path(session, *media[i]->medium, findings);
     }
     SdpLegs legs;
-    const bool lone_medium = media[0].has_value() != media[1].has_value();
-    if (lone_medium && media[0] && paths[0] && paths[0]->sources.size() == leg_count) {
+    if (!selected.named_as_pair && paths[0] && paths[0]->sources.size() == leg_count) {
         if (!says_dup(*media[0]->medium))
             tell_of_two_sources(*paths[0], findings);
         media[1] = media[0];

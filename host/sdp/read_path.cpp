@@ -14,12 +14,19 @@
 namespace nmos_instrument::host {
 namespace {
 
+/// Where source filters stand.
+enum class Level
+{
+    session, ///< one for another address may be that of another medium
+    medium
+};
+
 /// The a=source-filter lines of one section, as far as they say something about one address.
 class SourceFilters
 {
 public:
-    SourceFilters(const std::string& destination, SdpFindings& findings)
-        : destination_(destination), findings_(findings)
+    SourceFilters(Level level, const std::string& destination, SdpFindings& findings)
+        : level_(level), destination_(destination), findings_(findings)
     {}
 
     /// Whether the section has a filter for the address.
@@ -54,7 +61,7 @@ private:
         if (destination != "*" && destination != destination_) {
             if (!ipv4_from_dotted_quad(std::string(destination)) && words[2] != "IP6")
                 refuse(filter, "destination " + in_quotes(destination) + " of a source filter");
-            else
+            else if (level_ == Level::medium)
                 findings_.add(SdpCode::other_destination, filter.line,
                               "destination " + in_quotes(destination) + " of a source filter",
                               in_quotes(destination_) + " or \"*\"");
@@ -88,6 +95,7 @@ private:
                       "incl IN IP4 DESTINATION SOURCE, with IPv4 addresses");
     }
 
+    const Level level_;
     const std::string& destination_;
     SdpFindings& findings_;
     bool applies_ = false;
@@ -96,6 +104,9 @@ private:
     std::size_t line_ = 0;
 };
 
+constexpr std::string_view allowed_address = "a multicast group (224.0.0.0 to 239.255.255.255) or "
+                                             "a unicast address, as four decimal numbers "
+                                             "without leading zeros";
 constexpr std::string_view allowed_connection = "IN IP4 ADDRESS, or ADDRESS/TTL for a group";
 
 /// The connection data that holds for a medium, in words; nothing, with a reason, if it is
@@ -116,6 +127,11 @@ connection_of(const SdpSection& session, const SdpMedium& medium, SdpFindings& f
         return std::nullopt;
     }
     std::vector<std::string_view> words = words_of(lines[0].value);
+    if (words.size() == 3 && same_name(words[1], "IP6")) {
+        findings.add(SdpCode::address, lines[0].number, "the IPv6 address " + in_quotes(words[2]),
+                     std::string(allowed_address));
+        return std::nullopt;
+    }
     if (words.size() != 3 || !same_name(words[0], "IN") || !same_name(words[1], "IP4")) {
         findings.add(SdpCode::connection_line, lines[0].number, in_quotes(lines[0].value),
                      std::string(allowed_connection));
@@ -124,9 +140,12 @@ connection_of(const SdpSection& session, const SdpMedium& medium, SdpFindings& f
     return words;
 }
 
-bool is_number(std::string_view text)
+bool is_number_from_to(int least, int most, std::string_view text)
 {
-    return !text.empty() && text.size() <= 5 && std::all_of(text.begin(), text.end(), is_digit);
+    constexpr std::size_t longest = 5;
+    return !text.empty() && text.size() <= longest &&
+           std::all_of(text.begin(), text.end(), is_digit) &&
+           std::stoi(std::string(text)) >= least && std::stoi(std::string(text)) <= most;
 }
 
 /// ADDRESS, ADDRESS/TTL or ADDRESS/TTL/COUNT
@@ -137,10 +156,8 @@ std::optional<SdpPath> path_to(std::string_view destination, std::size_t line,
     const std::string address(destination.substr(0, ttl));
     const std::optional<std::uint32_t> value = ipv4_from_dotted_quad(address);
     if (!value || !(is_multicast(*value) || is_unicast(*value))) {
-        findings.add(
-            SdpCode::address, line, "address " + in_quotes(address),
-            "a multicast group (224.0.0.0 to 239.255.255.255) or a unicast address, as four "
-            "decimal numbers without leading zeros");
+        findings.add(SdpCode::address, line, "address " + in_quotes(address),
+                     std::string(allowed_address));
         return std::nullopt;
     }
     if (ttl != destination.size()) {
@@ -148,7 +165,8 @@ std::optional<SdpPath> path_to(std::string_view destination, std::size_t line,
         const std::size_t slash = std::min(rest.find('/'), rest.size());
         const bool range = slash != rest.size();
         const std::string_view count = range ? rest.substr(slash + 1) : "1";
-        if (!is_number(rest.substr(0, slash)) || !is_number(count)) {
+        if (!is_number_from_to(0, 255, rest.substr(0, slash)) ||
+            !is_number_from_to(1, 65535, count)) {
             findings.add(SdpCode::connection_line, line, in_quotes(destination),
                          std::string(allowed_connection));
             return std::nullopt;
@@ -182,8 +200,8 @@ std::optional<SdpPath> read_path(const SdpSection& session, const SdpMedium& med
                      "several ports: only " + std::to_string(medium.port) + " is received");
 
     // A filter of the medium overrides those of the session.
-    SourceFilters own(path->address, findings);
-    SourceFilters common(path->address, findings);
+    SourceFilters own(Level::medium, path->address, findings);
+    SourceFilters common(Level::session, path->address, findings);
     if (own.read(medium))
         own.store_in(*path);
     else if (common.read(session))

@@ -3,11 +3,13 @@
 #include "sdp/read_sdp.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "sdp/check_formats.h"
 #include "sdp/normal_sdp.h"
 #include "sdp/sdp_description.h"
 #include "sdp/select_media.h"
+#include "text/quoted_text.h"
 #include "text/utf8.h"
 
 namespace nmos_instrument::host {
@@ -31,22 +33,37 @@ bool check_bytes(const std::string& sdp, SdpFindings& findings)
         return false;
     }
     if (const std::size_t nul = sdp.find('\0'); nul != std::string::npos) {
-        findings.add(SdpCode::not_text, 0, "byte " + std::to_string(nul + 1) + " is NUL",
-                     "text in UTF-8");
+        const std::string before = ConnectionApi::convertCRLF(sdp.substr(0, nul), "\n");
+        const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+        findings.add(SdpCode::not_text, static_cast<std::size_t>(line),
+                     "byte " + std::to_string(nul + 1) + " of the file is NUL", "text in UTF-8");
         return false;
     }
-    if (!is_utf8(sdp))
-        findings.add(SdpCode::not_utf8, 0, "bytes that are not UTF-8", "text in UTF-8");
     return true;
+}
+
+/// Names the first line that is not UTF-8.
+void check_utf8(std::string_view text, SdpFindings& findings)
+{
+    for (std::size_t line = 1; !text.empty(); ++line) {
+        const std::size_t end = std::min(text.find('\n'), text.size() - 1);
+        const std::string_view bytes = text.substr(0, end);
+        if (!is_utf8(std::string(text.substr(0, end + 1)))) {
+            findings.add(SdpCode::not_utf8, line, in_quotes(bytes), "text in UTF-8");
+            return;
+        }
+        text.remove_prefix(end + 1);
+    }
 }
 
 void read_legs(const SdpDescription& description, const SdpReceiver& receiver, SdpReading& reading)
 {
-    LegMedia media = select_media(description, receiver.media_types, reading.findings);
+    SelectedMedia selected = select_media(description, receiver.media_types, reading.findings);
+    const LegMedia& media = selected.legs;
     if (!media[0] && !media[1])
         return;
     const SdpLegs legs =
-        leg_paths(description.session, media, receiver.interface_addresses, reading.findings);
+        leg_paths(description.session, selected, receiver.interface_addresses, reading.findings);
     check_formats(media, receiver.media_types, reading.findings);
     ask_library(normal_sdp(media, legs), legs,
                 {receiver.switch_capable, receiver.switch_allowed, receiver.current_format},
@@ -62,13 +79,14 @@ SdpReading read_sdp(const std::string& sdp, const SdpReceiver& receiver)
     if (!check_bytes(sdp, reading.findings))
         return reading;
     const std::string text = ConnectionApi::convertCRLF(sdp, "\n");
+    check_utf8(text, reading.findings);
     const SdpDescription description = parse_sdp_description(text, reading.findings);
     reading.origin = description.origin;
     if (!reading.findings.has(SdpCode::empty))
         read_legs(description, receiver, reading);
     if (!reading.taken())
         reading.legs = {};
-    reading.findings.sort_by_line();
+    reading.findings.put_in_order();
     return reading;
 }
 

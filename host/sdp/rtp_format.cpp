@@ -39,8 +39,11 @@ void read_encoding(const SdpAttribute& rtpmap, RtpFormat& format)
         rest.remove_prefix(std::min(end + 1, rest.size()));
         return piece;
     };
+    const std::string_view encoding = next();
+    if (encoding.empty())
+        return; // malformed, as check_rtp_format says
     format.rtpmap_line = rtpmap.line;
-    format.encoding = next();
+    format.encoding = encoding;
     format.clock_rate = next();
     format.channels = next();
 }
@@ -147,7 +150,8 @@ void check_rtp_format(const SdpMedium& medium, const RtpFormat& format, SdpFindi
             continue;
         const std::string_view payload_type = payload_type_of(attribute);
         const std::string name = rtpmap ? "a=rtpmap" : "a=fmtp";
-        if (rtpmap && words_of(attribute.value).size() < 2)
+        const std::vector<std::string_view> words = words_of(attribute.value);
+        if (rtpmap && (words.size() < 2 || words[1].starts_with('/')))
             findings.add(SdpCode::attribute, attribute.line,
                          name + ' ' + in_quotes(attribute.value),
                          "PAYLOAD-TYPE ENCODING/CLOCK-RATE");
@@ -164,7 +168,7 @@ void check_rtp_format(const SdpMedium& medium, const RtpFormat& format, SdpFindi
     }
     if (format.rtpmap_line != 0)
         check_rtpmap(format, findings);
-    else if (!findings.has(SdpCode::unknown_payload_type))
+    else if (!findings.has(SdpCode::unknown_payload_type) && !findings.has(SdpCode::attribute))
         findings.add(SdpCode::no_rtpmap, medium.line,
                      "no a=rtpmap of payload type " + in_quotes(format.payload_type));
 }

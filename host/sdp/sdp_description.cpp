@@ -126,7 +126,7 @@ private:
         const std::optional<long> number = number_up_to(65535, first_port);
         // What follows the slash is a number of ports.
         const std::optional<long> count = port.empty() ? 1 : number_up_to(65535, port);
-        if (!number || !count)
+        if (!number || !count || *count == 0)
             findings_.add(SdpCode::media_line, line.number, "port " + in_quotes(words[1]),
                           "1 to 65535, or 0 for a medium that is not sent");
         medium.kind = words[0];

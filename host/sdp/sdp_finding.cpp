@@ -59,8 +59,14 @@ bool SdpFindings::has(SdpCode code) const
                        [code](const SdpFinding& finding) { return finding.code == code; });
 }
 
-void SdpFindings::sort_by_line()
+void SdpFindings::put_in_order()
 {
+    std::vector<SdpFinding> once;
+    for (SdpFinding& finding : shown_) {
+        if (std::find(once.begin(), once.end(), finding) == once.end())
+            once.push_back(std::move(finding));
+    }
+    shown_ = std::move(once);
     std::stable_sort(shown_.begin(), shown_.end(),
                      [](const SdpFinding& a, const SdpFinding& b) { return a.line < b.line; });
 }

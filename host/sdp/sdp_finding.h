@@ -126,7 +126,8 @@ public:
     /// Whether there is one with this code.
     bool has(SdpCode code) const;
 
-    void sort_by_line();
+    /// By line, each once: both legs may have met the same line of the session.
+    void put_in_order();
 
     static constexpr std::size_t limit = 1000;
 

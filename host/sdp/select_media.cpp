@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "text/quoted_text.h"
 #include "text/word_list.h"
@@ -77,31 +78,31 @@ public:
         : description_(description), media_types_(media_types), findings_(findings)
     {}
 
-    LegMedia run()
+    SelectedMedia run()
     {
         for (const SdpMedium& medium : description_.media)
             candidates_.push_back({&medium, format_for(medium, media_types_)});
+        for (const Candidate& candidate : candidates_) {
+            if (candidate.format.fit == Fit::yes && candidate.is_sent())
+                wanted_fit_ = Fit::yes;
+        }
         read_names();
         read_groups();
-        LegMedia legs = choose();
-        check_whole_pictures(legs);
-        return legs;
+        SelectedMedia selected = choose();
+        check_whole_pictures(selected.legs);
+        return selected;
     }
 
 private:
-    /// The media that fit and are sent. Those that say what they are beat those that do not.
+    /// The media that fit and are sent.
     std::vector<const Candidate*> fitting() const
     {
-        for (const Fit wanted : {Fit::yes, Fit::unknown}) {
-            std::vector<const Candidate*> found;
-            for (const Candidate& candidate : candidates_) {
-                if (candidate.format.fit == wanted && candidate.is_sent())
-                    found.push_back(&candidate);
-            }
-            if (!found.empty())
-                return found;
+        std::vector<const Candidate*> found;
+        for (const Candidate& candidate : candidates_) {
+            if (candidate.format.fit >= wanted_fit_ && candidate.is_sent())
+                found.push_back(&candidate);
         }
-        return {};
+        return found;
     }
 
     std::vector<const Candidate*> all() const
@@ -157,7 +158,7 @@ private:
         }
     }
 
-    LegMedia choose()
+    SelectedMedia choose()
     {
         const Group* chosen = nullptr;
         for (const Group& group : dup_groups_) {
@@ -171,17 +172,23 @@ private:
                               "one; that of " + at_line(chosen->line) + " is taken");
         }
         if (chosen == nullptr)
-            return single();
-        return by_name_.empty() ? unnamed_pair(*chosen) : pair(*chosen);
+            return {single(), false};
+        return {by_name_.empty() ? unnamed_pair(*chosen) : pair(*chosen), true};
     }
 
-    /// A name without a medium might be ours.
+    /// Whether a medium of the group fits. A group of which no medium is known might be ours.
     bool concerns_us(const Group& group) const
     {
-        return std::any_of(group.names.begin(), group.names.end(), [this](std::string_view name) {
+        bool any_known = false;
+        for (const std::string_view name : group.names) {
             const auto named = by_name_.find(name);
-            return named == by_name_.end() || named->second->may_fit();
-        });
+            if (named == by_name_.end())
+                continue;
+            any_known = true;
+            if (named->second->format.fit >= wanted_fit_)
+                return true;
+        }
+        return !any_known;
     }
 
     LegMedia pair(const Group& group)
@@ -265,34 +272,61 @@ private:
         if (media.size() == 1)
             return {leg_of(*media.front()), std::nullopt};
         if (media.empty())
-            findings_.add(SdpCode::no_medium, 0,
-                          all().empty() ? "no medium (m=)"
-                                        : "no medium that fits: " + list_of(all()),
-                          word_list(media_types_));
-        else
+            tell_that_none_fits();
+        else if (!are_parts_of_picture(media))
             findings_.add(SdpCode::several_media, media[1]->medium->line,
                           std::to_string(media.size()) + " media fit: " + list_of(media),
                           "one, or two in an a=group:DUP line");
         return {};
     }
 
+    void tell_that_none_fits()
+    {
+        const std::vector<const Candidate*> media = all();
+        if (!media.empty())
+            findings_.add(SdpCode::no_medium, 0, "no medium that fits: " + list_of(media),
+                          word_list(media_types_));
+        else if (!findings_.has(SdpCode::media_line))
+            findings_.add(SdpCode::no_medium, 0, "no medium (m=)", word_list(media_types_));
+    }
+
+    bool are_parts_of_picture(const std::vector<const Candidate*>& media)
+    {
+        LegMedia first;
+        first[0] = leg_of(*media.front());
+        check_whole_pictures(first);
+        return findings_.has(SdpCode::part_of_picture);
+    }
+
     /// One of several parts of a picture is no picture.
     void check_whole_pictures(const LegMedia& legs)
     {
         for (const Group& group : other_groups_) {
-            if (!same_name(group.meaning, "MULTI-2SI") || group.names.size() < 2)
+            if (!same_name(group.meaning, "MULTI-2SI"))
                 continue;
-            for (const std::string_view name : group.names) {
-                const auto named = by_name_.find(name);
+            const std::vector<const Candidate*> parts = media_of(group);
+            for (const Candidate* const part : parts) {
                 for (const std::optional<LegMedium>& leg : legs) {
-                    if (leg && named != by_name_.end() && named->second->medium == leg->medium)
+                    if (leg && parts.size() > 1 && part->medium == leg->medium)
                         findings_.add(SdpCode::part_of_picture, leg->medium->line,
-                                      "one of " + std::to_string(group.names.size()) +
-                                          " parts of a picture, see " + at_line(group.line),
+                                      "one of " + std::to_string(parts.size()) +
+                                          " parts of a picture, see " + at_line(group.line) + ": " +
+                                          list_of(parts),
                                       "a whole picture");
                 }
             }
         }
+    }
+
+    /// In the order of the file, each once.
+    std::vector<const Candidate*> media_of(const Group& group) const
+    {
+        std::set<const Candidate*> media; // all in one array
+        for (const std::string_view name : group.names) {
+            if (const auto named = by_name_.find(name); named != by_name_.end())
+                media.insert(named->second);
+        }
+        return {media.begin(), media.end()};
     }
 
     static std::optional<LegMedium> leg_of(const Candidate& candidate)
@@ -304,6 +338,7 @@ private:
     const std::vector<std::string>& media_types_;
     SdpFindings& findings_;
     std::vector<Candidate> candidates_;
+    Fit wanted_fit_ = Fit::unknown; ///< media that say what they are beat those that do not
     std::map<std::string_view, const Candidate*> by_name_;
     std::vector<Group> dup_groups_;
     std::vector<Group> other_groups_;
@@ -311,8 +346,8 @@ private:
 
 } // namespace
 
-LegMedia select_media(const SdpDescription& description,
-                      const std::vector<std::string>& media_types, SdpFindings& findings)
+SelectedMedia select_media(const SdpDescription& description,
+                           const std::vector<std::string>& media_types, SdpFindings& findings)
 {
     return Selection(description, media_types, findings).run();
 }

@@ -24,14 +24,20 @@ struct LegMedium
 
 using LegMedia = std::array<std::optional<LegMedium>, leg_count>;
 
+struct SelectedMedia
+{
+    LegMedia legs;
+    bool named_as_pair = false; ///< in a DUP group
+};
+
 /// Which media of a file are the legs for a receiver of `media_types`. There are none if the
 /// findings say why.
 ///
 /// - Media of a DUP group (RFC 7104): the pair that is named first, in the order in which the media
 ///   stand in the file, which is the order of the paths.
 /// - Without such a group: the one medium that fits.
-LegMedia select_media(const SdpDescription& description,
-                      const std::vector<std::string>& media_types, SdpFindings& findings);
+SelectedMedia select_media(const SdpDescription& description,
+                           const std::vector<std::string>& media_types, SdpFindings& findings);
 
 } // namespace nmos_instrument::host
 

@@ -483,7 +483,7 @@ TEST(ReadSdp, MediaWithoutDupGroup)
                  medium_3,
                  medium_4}),
          {},
-         {{several_media, 12}}},
+         {{part_of_picture, 6}}},
         {"the only part that is sent",
          joined({session, {"a=group:MULTI-2SI one two"}, medium_1, with_port_zero(medium_2)}),
          {},

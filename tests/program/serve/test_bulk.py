@@ -91,14 +91,15 @@ class Bulk(InstrumentTest):
         self.assertEqual(self.instrument.staged("receivers/" + id), before)
 
     def test_no_request_has_an_answer_much_longer_than_itself(self):
-        """The worst that is known: files about which the parser has the most to say."""
-        data = "a=fmtp:96 TCS=;colorimetry=;PM=;SSN=;TP=;\n" * 97
+        """The worst that is known: files about which there is most to say."""
+        data = ("v=0\nm=video 5004 RTP/AVP 96\nc=IN IP4 233.252.0.1\na=rtpmap:96 raw/90000\n" +
+                "a=fmtp:96 TCS=;colorimetry=;PM=;SSN=;TP=;\n" * 90)
         params = {"transport_file": {"type": "application/sdp", "data": data}}
         ids = self.instrument.ids("receivers")
         answer = self.post("receivers", [{"id": id, "params": params} for id in ids])
         self.assertEqual([entry["code"] for entry in answer.json], [400] * len(ids))
-        for entry in answer.json:
+        for entry in answer.json[:4]:
             lines = entry["debug"].splitlines()
-            self.assertEqual(len(lines), 21)
-            self.assertEqual(lines[-1], "and 465 more")
+            self.assertEqual(len(lines), 1 + 20 + 1)
+            self.assertEqual(lines[-1], "and 430 more")
         self.assertLess(len(answer.body), 100_000)

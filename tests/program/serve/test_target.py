@@ -101,10 +101,10 @@ class Target(InstrumentTest):
                 ("http://10.1.2.3/", "10.1.2.3 is in no network that manifests are fetched from"),
                 ("http://[::1]/", "was not fetched"),
                 ("http://:80:80/", "a URL that cannot be read"),
-                (self.manifests + "/audio", "this receiver takes: video/raw"),
+                (self.manifests + "/audio", "audio L24, allowed: video/raw"),
                 (self.manifests + "/latin1", "UTF-8"),
                 (self.manifests + "/nul", "NUL"),
-                (self.manifests + "/empty", "no leg"),
+                (self.manifests + "/empty", "no line"),
                 (self.manifests + "/long", "4095")):
             with self.subTest(href):
                 begin = time.monotonic()

@@ -156,7 +156,7 @@ class TransportFile(InstrumentTest):
                 self.instrument.wait_for_log(client + ":")
 
     def test_what_is_logged_of_a_file(self):
-        """The findings of a file that is taken, each in a line with the client."""
+        """The findings of a file that is taken are in the line that tells of the change."""
         client = "127.0.0.91"
         odd = sdp_file(video_medium() + ["a=source-filter: excl IN IP4 233.252.0.1 203.0.113.1",
                                          FMTP.format(1920, 1080)])
@@ -252,7 +252,7 @@ class TransportFile(InstrumentTest):
                 ("four parts of a picture",
                  sdp_file(sum((video_medium(f"233.252.0.{i}") + [f"a=mid:{i}"]
                                for i in range(1, 5)), []), session="a=group:MULTI-2SI 1 2 3 4"),
-                 ["SDP021"]),
+                 ["line 6: SDP025", "line 18: video raw"]),
                 ("a name that no medium has",
                  sdp_file(medium + ["a=mid:one"], session="a=group:DUP one two"),
                  ["line 5: SDP024", "two"]),
