@@ -2,6 +2,7 @@
 
 #include "conformance/conformance.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -124,8 +125,9 @@ TEST(SourceBody, ARegistrationIsCorrectedAlike)
             RegistrationApi().make_resource_sourceid(shown.node(), source)));
     };
     const json sources = json::parse(shown.sources());
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(registered(i), (json{{"type", "source"}, {"data", sources[i]}}));
+    for (std::size_t i = 0; i < source_count; ++i)
+        EXPECT_EQ(registered(static_cast<int>(i)),
+                  (json{{"type", "source"}, {"data", sources[i]}}));
     EXPECT_EQ(sources[0]["format"], "urn:x-nmos:format:mux");
 }
 
@@ -179,7 +181,7 @@ TEST(ReceiverBody, VideoIn2022_6IsMux)
     const json receivers = json::parse(shown.receivers());
     json expected = json::parse(NodeApi().make_receivers(shown.node(), 0, 2));
     ASSERT_EQ(expected.size(), 24U);
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < stream_count; ++i) {
         expected[i]["format"] = "urn:x-nmos:format:mux";
         expected[i]["caps"]["media_types"] = {"video/SMPTE2022-6"};
     }

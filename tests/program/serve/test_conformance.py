@@ -9,7 +9,7 @@ import tempfile
 import unittest
 
 from instrument import (EXAMPLES, IMMEDIATE, NODE, PROGRAM, SINGLE, Instrument, InstrumentTest,
-                        StateTest)
+                        StateTest, file_patch)
 
 try:
     import gi
@@ -18,7 +18,8 @@ try:
 except (ImportError, ValueError):
     GstSdp = None
 
-VIDEO, AUDIO, DATA, MUX = (f"urn:x-nmos:format:{name}" for name in ("video", "audio", "data", "mux"))
+VIDEO, AUDIO, DATA, MUX = (f"urn:x-nmos:format:{name}"
+                           for name in ("video", "audio", "data", "mux"))
 INTERNAL_2022_6 = {"carriage": "ST 2022-6", "clock": {"reference": "internal"}}
 
 
@@ -49,7 +50,8 @@ class Served(InstrumentTest):
     def test_the_source_port_is_the_active_one(self):
         sender = self.instrument.resources("senders")[3]
         ports = lambda half: [leg["source_port"] for leg in half["transport_params"]]
-        answer = self.instrument.patch(sender, {"transport_params": [{"destination_port": 6000}, {}]})
+        answer = self.instrument.patch(sender,
+                                       {"transport_params": [{"destination_port": 6000}, {}]})
         self.assertEqual(ports(answer.json), [6000, 5004])
         self.assertEqual(ports(self.instrument.active(sender)), [5004, 5004])
         self.instrument.patch(sender, IMMEDIATE)
@@ -77,8 +79,36 @@ class Served(InstrumentTest):
                           for leg in active["transport_params"]],
                          [("233.252.0.99", True), (None, False)])
         # A switch alone is a change of the file too.
-        self.instrument.patch(sender, {"transport_params": [{"rtp_enabled": True}, {}], **IMMEDIATE})
+        self.instrument.patch(sender, {"transport_params": [{"rtp_enabled": True}, {}],
+                                       **IMMEDIATE})
         self.assertGreater(origin(self.instrument.sdp(sender))[1], later)
+
+
+class In2022_6(InstrumentTest):
+    configuration = INTERNAL_2022_6
+
+    def test_video_is_mux(self):
+        for kind in ("sources", "flows"):
+            self.assertEqual([entry["format"] for entry in self.instrument.node(kind)],
+                             [MUX, AUDIO, DATA])
+        flow = self.instrument.node("flows")[0]
+        self.assertEqual(flow["media_type"], "video/SMPTE2022-6")
+        self.assertEqual({"components", "colorspace", "frame_width"} & set(flow), set())
+        for index, format, media_type in ((0, MUX, "video/SMPTE2022-6"),
+                                          (3, MUX, "video/SMPTE2022-6"), (4, AUDIO, "audio/L24"),
+                                          (20, DATA, "video/smpte291")):
+            receiver = self.instrument.node(self.instrument.resources("receivers")[index])
+            self.assertEqual((receiver["format"], receiver["caps"]["media_types"]),
+                             (format, [media_type]))
+
+    def test_its_receivers_take_its_files(self):
+        senders, receivers = map(self.instrument.resources, ("senders", "receivers"))
+        for sender, receiver in ((0, 3), (4, 7), (5, 21)):
+            answer = self.instrument.patch(receivers[receiver],
+                                           file_patch(self.instrument.sdp(senders[sender])))
+            self.assertEqual(answer.status, 200, answer)
+            self.assertEqual([leg["multicast_ip"] for leg in answer.json["transport_params"]],
+                             [f"233.252.0.{11 + sender}", f"233.252.0.{21 + sender}"])
 
 
 class AsIs(InstrumentTest):
