@@ -137,8 +137,8 @@ void visit_keys(Visitor& visitor, ConfigurationType& configuration)
         visitor.text("name", c.clock.name, clock_name_for_field(sizeof SOURCE_IS04_ST::clock_name),
                      "Its name.");
         visitor.choice("reference", c.clock.reference, clock_references,
-                       "What the clock follows. The SDP files name the PTP grandmaster even if the "
-                       "clock is internal.");
+                       "What the clock follows. If it is internal, the SDP files name it by "
+                       "the MAC addresses of the interfaces.");
         visitor.text("grandmaster", c.clock.grandmaster, octets(8, "00-00-5e-ff-fe-00-53-ff"),
                      "The identity of the PTP grandmaster.");
         visitor.number("domain", c.clock.domain, 127, 127,
@@ -187,10 +187,8 @@ void visit_keys(Visitor& visitor, ConfigurationType& configuration)
                      "The SDP files of this instrument always say this.");
         visitor.number("sample_rate", c.audio.sample_rate, 48000, 48000,
                        "The SDP files of this instrument always say this.");
-        visitor.number(
-            "channels", c.audio.channels, 16, 16,
-            "The SDP files of this instrument always say this. The IS-04 source shows one "
-            "channel.");
+        visitor.number("channels", c.audio.channels, 16, 16,
+                       "The SDP files of this instrument always say this.");
         visitor.choice(
             "packet_time", c.audio.packet_time, packet_time_choices,
             "Milliseconds of audio in a packet. With 16 channels only 0.125 ms fits into "

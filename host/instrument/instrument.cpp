@@ -110,13 +110,14 @@ void log_all(const std::vector<std::string>& lines)
 } // namespace
 
 Instrument::Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media,
-                       SteadyClock steady_clock)
+                       SteadyClock steady_clock, Presentation presentation)
     : configuration_(configuration),
       clock_(std::move(clock)),
       apply_to_media_(std::move(apply_to_media)),
       steady_clock_(std::move(steady_clock)),
       records_(make_records(configuration, clock_())),
-      index_(*records_)
+      index_(*records_),
+      conformance_(presentation, configuration_, records_->node)
 {
     const auto add_facts = [this](Side side, std::int32_t count) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
@@ -441,8 +442,10 @@ std::string Instrument::staged_body_with(const ConnectionKey& key,
 std::string Instrument::sdp_text(std::size_t sender)
 {
     set_sdp_session(*records_, sender);
-    return ConnectionApi().make_single_senderid_sdp(&records_->connections,
-                                                    static_cast<int>(sender), &records_->settings);
+    NMOS_IS05_ST& connections = records_->connections;
+    return conformance_.sdp(ConnectionApi().make_single_senderid_sdp(
+                                &connections, static_cast<int>(sender), &records_->settings),
+                            essence_of_sender(sender), connections.senders[sender].active);
 }
 
 } // namespace nmos_instrument::host

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "configuration/configuration.h"
+#include "conformance/conformance.h"
 #include "connection/connection_facts.h"
 #include "connection/connection_patch.h"
 #include "connection/stage_patch.h"
@@ -57,10 +58,12 @@ public:
         std::function<void(const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active)>;
 
     Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media = {},
-               SteadyClock steady_clock = std::chrono::steady_clock::now);
+               SteadyClock steady_clock = std::chrono::steady_clock::now,
+               Presentation presentation = Presentation::conforming);
 
     const Configuration& configuration() const { return configuration_; }
     const ResourceIndex& index() const { return index_; }
+    const Conformance& conformance() const { return conformance_; }
 
     /// Calls `reader` with the records, under the lock. It must not change them: the reference is
     /// not const only because the library's operations take pointers that are not.
@@ -71,7 +74,7 @@ public:
         return reader(*records_);
     }
 
-    /// A sender's SDP file.
+    /// A sender's SDP file, as everybody sees it.
     std::string sdp_file(std::size_t sender);
 
     /// Does all that a controller asks for, or refuses all of it. If it throws, for want of memory,
@@ -167,6 +170,7 @@ private:
     std::mutex mutex_;
     const std::unique_ptr<Records> records_;
     const ResourceIndex index_;
+    const Conformance conformance_;
     std::map<ConnectionKey, ConnectionFacts> facts_; ///< of all that the node has; never change
     Activations activations_;
     Nmos advertisement_; ///< its counters say how often each kind of resource has changed

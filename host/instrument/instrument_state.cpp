@@ -14,7 +14,7 @@
 namespace nmos_instrument::host {
 
 /// Calls `visit` with the counter of its kind, the id, the version field and the body of every
-/// resource.
+/// resource, as everybody sees it.
 template <class Visit>
 void Instrument::visit_resources(Visit&& visit)
 {
@@ -24,10 +24,10 @@ void Instrument::visit_resources(Visit&& visit)
     visit(&Nmos::update_txt_ver_slf, node.id, node.version, [&] { return api.make_self(&node); });
     for (int i = 0; i < node.sources_count; ++i)
         visit(&Nmos::update_txt_ver_src, node.sources[i].id, node.sources[i].version,
-              [&, i] { return api.make_sourceid(&node, i); });
+              [&, i] { return conformance_.source(api.make_sourceid(&node, i)); });
     for (int i = 0; i < node.flows_count; ++i)
         visit(&Nmos::update_txt_ver_flw, node.flows[i].id, node.flows[i].version,
-              [&, i] { return api.make_flowid(&node, i); });
+              [&, i] { return conformance_.flow(api.make_flowid(&node, i)); });
     for (int i = 0; i < node.devices_count; ++i)
         visit(&Nmos::update_txt_ver_dvc, node.devices[i].id, node.devices[i].version, [&, i] {
             return api.make_deviceid(&node, i, selection.receiver_filter,
@@ -38,7 +38,7 @@ void Instrument::visit_resources(Visit&& visit)
               [&, i] { return api.make_senderid(&node, i); });
     for (int i = 0; i < node.receivers_count; ++i)
         visit(&Nmos::update_txt_ver_rcv, node.receivers[i].id, node.receivers[i].version,
-              [&, i] { return api.make_receiverid(&node, i); });
+              [&, i] { return conformance_.receiver(api.make_receiverid(&node, i)); });
 }
 
 namespace {

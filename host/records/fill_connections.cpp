@@ -2,20 +2,11 @@
 
 #include "records/fill_connections.h"
 
-#include <algorithm>
-#include <string>
-
 #include "records/record_text.h"
 #include "text/ascii.h"
 
 namespace nmos_instrument::host {
 namespace {
-
-std::string upper_case(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(), to_upper);
-    return text;
-}
 
 void start_half(CONNECTION_HALF_IS05_ST& half, bool enabled)
 {

@@ -20,8 +20,8 @@ struct EssenceFacts
 };
 
 constexpr EssenceFacts essence_facts[] = {
-    // This is the media type in SMPTE ST 2022-6 carriage too, as in the SDP file: a receiver's
-    // field has no room for "video/SMPTE2022-6".
+    // This is the media type in SMPTE ST 2022-6 carriage too, as in the library's SDP file: a
+    // receiver's field has no room for "video/SMPTE2022-6". Conformance puts that right.
     {"urn:x-nmos:format:video", "video/raw", "Video"},
     {"urn:x-nmos:format:audio", "audio/L24", "Audio"},
     {"urn:x-nmos:format:data", "video/smpte291", "Ancillary data"},

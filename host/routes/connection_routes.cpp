@@ -151,7 +151,8 @@ constexpr Route table[] = {
     {"GET", "/x-nmos/connection/v1.0/single/senders/{sender}/active",
      [](Records& records, int index) {
          return ConnectionApi().make_single_senderid_active(&records.connections, index);
-     }},
+     },
+     &Conformance::active_sender},
     {"GET", "/x-nmos/connection/v1.0/single/senders/{sender}/transportfile", transport_file},
 
     {"GET", "/x-nmos/connection/v1.0/single/receivers",

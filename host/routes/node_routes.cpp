@@ -148,13 +148,16 @@ constexpr Route table[] = {
     {"GET", "/x-nmos/node/v1.2/self",
      [](Records& records, int) { return NodeApi().make_self(&records.node); }},
     {"GET", "/x-nmos/node/v1.2/sources",
-     [](Records& records, int) { return NodeApi().make_sources(&records.node); }},
+     [](Records& records, int) { return NodeApi().make_sources(&records.node); },
+     &Conformance::source},
     {"GET", "/x-nmos/node/v1.2/sources/{source}",
-     [](Records& records, int index) { return NodeApi().make_sourceid(&records.node, index); }},
+     [](Records& records, int index) { return NodeApi().make_sourceid(&records.node, index); },
+     &Conformance::source},
     {"GET", "/x-nmos/node/v1.2/flows",
-     [](Records& records, int) { return NodeApi().make_flows(&records.node); }},
+     [](Records& records, int) { return NodeApi().make_flows(&records.node); }, &Conformance::flow},
     {"GET", "/x-nmos/node/v1.2/flows/{flow}",
-     [](Records& records, int index) { return NodeApi().make_flowid(&records.node, index); }},
+     [](Records& records, int index) { return NodeApi().make_flowid(&records.node, index); },
+     &Conformance::flow},
     {"GET", "/x-nmos/node/v1.2/devices",
      [](Records& records, int) {
          const StreamSelection& selection = records.selection;
@@ -177,9 +180,11 @@ constexpr Route table[] = {
      [](Records& records, int) {
          return NodeApi().make_receivers(&records.node, records.selection.receiver_filter,
                                          records.selection.audio_group_filter);
-     }},
+     },
+     &Conformance::receiver},
     {"GET", "/x-nmos/node/v1.2/receivers/{receiver}",
-     [](Records& records, int index) { return NodeApi().make_receiverid(&records.node, index); }},
+     [](Records& records, int index) { return NodeApi().make_receiverid(&records.node, index); },
+     &Conformance::receiver},
     {"PUT", "/x-nmos/node/v1.2/receivers/{receiver}/target", put_target},
 };
 

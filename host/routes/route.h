@@ -16,6 +16,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "conformance/conformance.h"
 #include "http/message.h"
 #include "http/server.h"
 #include "records/fill_records.h"
@@ -23,9 +24,12 @@
 
 namespace nmos_instrument::host {
 
-/// A text of the library, made from the records under the instrument's lock and served unchanged,
-/// as JSON. `index` is the position of the resource whose id is in the path, or 0 without an id.
+/// A text of the library, made from the records under the instrument's lock and served as JSON.
+/// `index` is the position of the resource whose id is in the path, or 0 without an id.
 using MakeText = std::string (*)(Records& records, int index);
+
+/// What a standard asks of such a text. It is done without the lock.
+using CorrectText = std::string (Conformance::*)(std::string text) const;
 
 /// An answer that is not just such a text.
 using MakeResponse = HttpResponse (*)(const Services& services, std::size_t index);
@@ -46,6 +50,7 @@ struct Route
     std::string_view method; ///< "GET" stands for HEAD too
     std::string_view path;   ///< without a slash at its end; may hold one of route_table.cpp's ids
     std::variant<MakeText, MakeResponse, TakeJson> function;
+    CorrectText correct = nullptr; ///< of MakeText; null: the library's text is served unchanged
 };
 
 /// An answer in JSON.

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include <nlohmann/json.hpp>
@@ -120,12 +121,20 @@ void Router::handle(const HttpRequest& request, const HttpReply& reply) const
     answer(*route, match->index, request, reply);
 }
 
+std::string Router::text_of(const Route& route, MakeText make_text, std::size_t index) const
+{
+    std::string text = services_.instrument.read(
+        [&](Records& records) { return make_text(records, static_cast<int>(index)); });
+    if (route.correct == nullptr)
+        return text;
+    return (services_.instrument.conformance().*route.correct)(std::move(text));
+}
+
 void Router::answer(const Route& route, std::size_t index, const HttpRequest& request,
                     const HttpReply& reply) const
 {
     if (const MakeText* const make_text = std::get_if<MakeText>(&route.function)) {
-        reply(json_response(services_.instrument.read(
-            [&](Records& records) { return (*make_text)(records, static_cast<int>(index)); })));
+        reply(json_response(text_of(route, *make_text, index)));
         return;
     }
     if (const MakeResponse* const make_response = std::get_if<MakeResponse>(&route.function)) {

@@ -3,6 +3,9 @@
 #ifndef NMOS_INSTRUMENT_HOST_ROUTES_ROUTER_H
 #define NMOS_INSTRUMENT_HOST_ROUTES_ROUTER_H
 
+#include <cstddef>
+#include <string>
+
 #include "http/server.h"
 #include "routes/route_table.h"
 #include "routes/services.h"
@@ -29,6 +32,7 @@ public:
 private:
     void answer(const Route& route, std::size_t index, const HttpRequest& request,
                 const HttpReply& reply) const;
+    std::string text_of(const Route& route, MakeText make_text, std::size_t index) const;
 
     Services services_;
     RouteTable routes_;

@@ -6,6 +6,9 @@
 #ifndef NMOS_INSTRUMENT_HOST_TEXT_ASCII_H
 #define NMOS_INSTRUMENT_HOST_TEXT_ASCII_H
 
+#include <algorithm>
+#include <string>
+
 namespace nmos_instrument::host {
 
 constexpr bool is_digit(char c)
@@ -41,6 +44,12 @@ constexpr char to_lower(char c)
 constexpr char to_upper(char c)
 {
     return is_lower_case(c) ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+inline std::string upper_case(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), to_upper);
+    return text;
 }
 
 } // namespace nmos_instrument::host

@@ -140,8 +140,8 @@ ExitStatus print(const PrintOptions& options)
 void add_print_command(CLI::App& program, ExitStatus& status)
 {
     const auto options = std::make_shared<PrintOptions>();
-    CLI::App* const command =
-        program.add_subcommand("print", "Prints a text of the library for an example instrument");
+    CLI::App* const command = program.add_subcommand(
+        "print", "Prints a text of the library, unchanged, for an example instrument");
     command->add_option("TEXT", options->text, "name of the text, see --list")->type_name("");
     command
         ->add_option("INDEX", options->index,

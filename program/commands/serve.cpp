@@ -55,6 +55,7 @@ struct ServeOptions
     std::vector<host::Ipv4Network> manifest_hosts;
     unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
     host::ChangePermission changes;
+    bool as_is = false;
     std::string log_level = "info";
 };
 
@@ -193,7 +194,9 @@ ExitStatus run(const ServeOptions& options, host::Configuration configuration)
     host::ListeningSocket socket = listen(options, configuration.server);
     configuration.server.port = socket.port();
 
-    host::Instrument instrument(configuration, host::tai_now);
+    host::Instrument instrument(configuration, host::tai_now, {}, std::chrono::steady_clock::now,
+                                options.as_is ? host::Presentation::as_is
+                                              : host::Presentation::conforming);
     std::optional<host::StateFile> state_file;
     if (file) {
         host::restore_from(*file, instrument,
@@ -251,6 +254,9 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
         ->type_name("PORT");
     command->add_flag("--first-free-port", options->first_free_port,
                       "if the port is in use, serve at the next free one");
+    command->add_flag("--as-is", options->as_is,
+                      "serve the texts of the library unchanged, even where IS-04, IS-05 or the "
+                      "standards for SDP files ask for something else");
     command->add_flag("--read-only", options->changes.read_only,
                       "refuse every change of a connection with 403");
     add_network_option(*command, "--allow", options->changes.clients,
