@@ -27,6 +27,10 @@ import time
 # Larger ones would leave CPUs without work at the end.
 SOURCES_IN_A_BATCH = 12
 
+# A third of what the analyzer would follow of each function: the rest takes two thirds of the time.
+ANALYZER = ["--extra-arg=-Xclang", "--extra-arg=-analyzer-config",
+            "--extra-arg=-Xclang", "--extra-arg=max-nodes=75000"]
+
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
@@ -38,7 +42,8 @@ def main():
                              " other builds, a missing #include shows nowhere else")
     options = parser.parse_args()
     commands = read_commands(options.build)
-    batches = make_batches(options.sources, commands)
+    # The largest first, so that no CPU waits for one at the end.
+    batches = sorted(make_batches(options.sources, commands), key=size_of_batch, reverse=True)
     tidy = Tidy(options.build, options.checks, options.alone)
     started = time.monotonic()
     clean = True
@@ -73,17 +78,22 @@ def make_batches(sources, flags):
             yield words, alike[first::count]
 
 
+def size_of_batch(batch):
+    return sum(source.stat().st_size for source in batch[1])
+
+
 class Tidy:
     def __init__(self, build, checks, alone):
         self.build = build
         self.alone = alone
-        self.command = ["clang-tidy", "--quiet", f"--checks={checks}"]
+        self.command = ["clang-tidy", "--quiet", f"--checks={checks}", *ANALYZER]
         self.batches = build / "batches"
         self.clean = build / "clean"
         self.batches.mkdir(exist_ok=True)
         self.clean.mkdir(exist_ok=True)
         version = run(["clang-tidy", "--version"]).stdout
-        self.rules = f"{version}{pathlib.Path('.clang-tidy').read_text()}{checks}{alone}"
+        self.rules = (f"{version}{pathlib.Path('.clang-tidy').read_text()}{checks}{alone}"
+                      f"{ANALYZER}")
 
     def check(self, flags, sources):
         """What was checked, and what is wrong with it."""
