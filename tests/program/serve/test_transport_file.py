@@ -353,16 +353,23 @@ class St20226(InstrumentTest):
         self.assertEqual(answer.status, 200, answer)
         self.assertEqual(answer.json["transport_params"][0],
                          leg("233.252.0.1", source="203.0.113.1"))
-        sender = self.instrument.resources("senders")[0]
-        own = self.instrument.sdp(sender)
-        self.assertIn("PM=2022-6", own)
-        answer = self.instrument.patch(receiver, file_patch(own))
-        self.assertEqual(answer.status, 200, answer)
-        active = self.instrument.active(sender)["transport_params"]
-        self.assertEqual(answer.json["transport_params"],
-                         [leg(its["destination_ip"], source=its["source_ip"]) for its in active])
+        self.assert_takes(self.instrument, receiver, "SMPTE2022-6/27000000")
+        # As the library writes it.
+        with Instrument("--as-is", configuration=self.configuration) as other:
+            self.assert_takes(other, receiver, "PM=2022-6")
         self.assert_error(self.instrument.patch(receiver, file_patch(sdp_file(
             video_medium() + [FMTP.format(1920, 1080)]))), 400, "SDP020", "SMPTE2022-6")
+
+    def assert_takes(self, instrument, receiver, words):
+        """The receiver takes the SDP file of `instrument`'s first sender, which has `words`."""
+        sender = instrument.resources("senders")[0]
+        sdp = instrument.sdp(sender)
+        self.assertIn(words, sdp)
+        answer = self.instrument.patch(receiver, file_patch(sdp))
+        self.assertEqual(answer.status, 200, answer)
+        active = instrument.active(sender)["transport_params"]
+        self.assertEqual(answer.json["transport_params"],
+                         [leg(its["destination_ip"], source=its["source_ip"]) for its in active])
 
 
 class FormatSwitching(InstrumentTest):
