@@ -15,7 +15,8 @@ namespace nmos_instrument::host {
 struct TransportFileReading
 {
     SdpFindings findings;
-    /// What the file says about each leg, if no finding refuses it. A leg that is not in the file is switched off.
+    /// What the file says about each leg, if no finding refuses it. A leg that is not in the file
+    /// is switched off.
     std::array<LegPatch, leg_count> legs;
 };
 

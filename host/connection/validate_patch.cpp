@@ -2,6 +2,7 @@
 
 #include "connection/validate_patch.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 
@@ -19,15 +20,16 @@ std::string reasons(const SdpFindings& findings)
 {
     constexpr std::size_t most = 20;
     std::string text;
-    std::size_t count = findings.left_out();
+    std::size_t count = 0;
     for (const SdpFinding& finding : findings.shown()) {
         if (!rule_of(finding.code).refuses)
             continue;
         if (++count <= most)
             text += '\n' + finding_text(finding);
     }
-    if (count > most)
-        text += "\nand " + std::to_string(count - most) + " more";
+    const std::size_t more = count - std::min(count, most) + findings.left_out();
+    if (more != 0)
+        text += "\nand " + std::to_string(more) + " more";
     return text;
 }
 

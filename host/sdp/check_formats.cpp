@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "text/ascii.h"
+#include "text/pieces.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
@@ -15,10 +16,7 @@ namespace {
 /// 96 to 127 (RFC 3551 6)
 bool is_dynamic(std::string_view payload_type)
 {
-    return (payload_type.size() == 2 || payload_type.size() == 3) &&
-           std::all_of(payload_type.begin(), payload_type.end(), is_digit) &&
-           std::stoi(std::string(payload_type)) >= 96 &&
-           std::stoi(std::string(payload_type)) <= 127;
+    return number_from_to(96, 127, payload_type).has_value();
 }
 
 void check_leg(const LegMedium& leg, const std::vector<std::string>& media_types,

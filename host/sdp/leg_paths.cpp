@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "sdp/read_path.h"
+#include "text/ascii.h"
+#include "text/pieces.h"
 #include "text/quoted_text.h"
 #include "text/word_list.h"
 
@@ -16,11 +18,12 @@ using Paths = std::array<std::optional<SdpPath>, leg_count>;
 /// a=ssrc-group:DUP says that the sources of a medium send the same (RFC 7104 3.2).
 bool says_dup(const SdpMedium& medium)
 {
-    return std::any_of(
-        medium.attributes.begin(), medium.attributes.end(), [](const SdpAttribute& attribute) {
-            const auto words = words_of(attribute.value);
-            return attribute.name == "ssrc-group" && !words.empty() && same_name(words[0], "DUP");
-        });
+    return std::any_of(medium.attributes.begin(), medium.attributes.end(),
+                       [](const SdpAttribute& attribute) {
+                           const auto words = words_of(attribute.value);
+                           return attribute.name == "ssrc-group" && words.size() > leg_count &&
+                                  same_name(words[0], "DUP");
+                       });
 }
 
 SdpLeg leg_of(const LegMedium& medium, const SdpPath& path, std::size_t source)
@@ -39,6 +42,13 @@ void tell_of_two_sources(const SdpPath& path, SdpFindings& findings)
     findings.add(SdpCode::two_sources, path.source_line,
                  "two sources: " + path.sources[0] + " is taken for leg 1, " + path.sources[1] +
                      " for leg 2");
+}
+
+/// To one group from one source, one packet after the other (RFC 7104 4.3). IS-05 v1.0, "Behaviour -
+/// RTP Transport Type", gives both legs the same parameters then.
+bool is_sent_twice(const std::optional<LegMedium>& medium, const std::optional<SdpPath>& path)
+{
+    return path && path->multicast && path->sources.size() < 2 && says_dup(*medium->medium);
 }
 
 /// Several sources are a way to name both legs only if there are as many as legs.
@@ -104,6 +114,10 @@ SdpLegs leg_paths(const SdpSection& session, SelectedMedia& selected,
     } else if (name_both_legs(paths)) {
         tell_of_two_sources(*paths[0], findings);
         legs = {leg_of(*media[0], *paths[0], 0), leg_of(*media[1], *paths[1], 1)};
+    } else if (!selected.named_as_pair && is_sent_twice(media[0], paths[0])) {
+        media[1] = media[0];
+        paths[1] = paths[0];
+        legs = {leg_of(*media[0], *paths[0], 0), leg_of(*media[0], *paths[0], 0)};
     } else if (one_source_each(paths, findings)) {
         for (std::size_t i = 0; i < leg_count; ++i) {
             if (paths[i])

@@ -28,10 +28,10 @@ struct SdpLeg
 
 using SdpLegs = std::array<std::optional<SdpLeg>, leg_count>;
 
-/// The paths of the media that are the legs. One medium with two sources, which no group makes one of
-/// a pair, is both legs (RFC 7104 4.2): `media` then has it twice. `interface_addresses`: for each leg, the only unicast address that it
-/// can have; nothing: any.
-SdpLegs leg_paths(const SdpSection& session, SelectedMedia& media,
+/// The paths of the media that are the legs. A medium that is not one of a pair is both legs if it has
+/// two sources (RFC 7104 4.1) or is sent twice from one (RFC 7104 4.3): `selected` then has it twice.
+/// `interface_addresses`: for each leg, the only unicast address that it can have; nothing: any.
+SdpLegs leg_paths(const SdpSection& session, SelectedMedia& selected,
                   const std::array<std::optional<std::string>, leg_count>& interface_addresses,
                   SdpFindings& findings);
 

@@ -2,13 +2,12 @@
 
 #include "sdp/read_path.h"
 
-#include <algorithm>
 #include <set>
 #include <string_view>
 
-#include "sdp/rtp_format.h"
 #include "text/ascii.h"
 #include "text/ipv4_address.h"
+#include "text/pieces.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
@@ -140,38 +139,29 @@ connection_of(const SdpSection& session, const SdpMedium& medium, SdpFindings& f
     return words;
 }
 
-bool is_number_from_to(int least, int most, std::string_view text)
-{
-    constexpr std::size_t longest = 5;
-    return !text.empty() && text.size() <= longest &&
-           std::all_of(text.begin(), text.end(), is_digit) &&
-           std::stoi(std::string(text)) >= least && std::stoi(std::string(text)) <= most;
-}
-
 /// ADDRESS, ADDRESS/TTL or ADDRESS/TTL/COUNT
 std::optional<SdpPath> path_to(std::string_view destination, std::size_t line,
                                SdpFindings& findings)
 {
-    const std::size_t ttl = std::min(destination.find('/'), destination.size());
-    const std::string address(destination.substr(0, ttl));
+    const bool has_ttl = destination.find('/') != std::string_view::npos;
+    std::string_view rest = destination;
+    const std::string address(cut_off(rest, '/'));
     const std::optional<std::uint32_t> value = ipv4_from_dotted_quad(address);
     if (!value || !(is_multicast(*value) || is_unicast(*value))) {
         findings.add(SdpCode::address, line, "address " + in_quotes(address),
                      std::string(allowed_address));
         return std::nullopt;
     }
-    if (ttl != destination.size()) {
-        std::string_view rest = destination.substr(ttl + 1);
-        const std::size_t slash = std::min(rest.find('/'), rest.size());
-        const bool range = slash != rest.size();
-        const std::string_view count = range ? rest.substr(slash + 1) : "1";
-        if (!is_number_from_to(0, 255, rest.substr(0, slash)) ||
-            !is_number_from_to(1, 65535, count)) {
+    if (has_ttl) {
+        const bool range = rest.find('/') != std::string_view::npos;
+        const std::string_view ttl = cut_off(rest, '/');
+        const std::optional<long> count = range ? number_from_to(1, 65535, rest) : 1;
+        if (!number_from_to(0, 255, ttl) || !count) {
             findings.add(SdpCode::connection_line, line, in_quotes(destination),
                          std::string(allowed_connection));
             return std::nullopt;
         }
-        if (range && count != "1")
+        if (*count > 1)
             findings.add(SdpCode::several_addresses, line,
                          in_quotes(destination) + ": only the first address is joined");
     }

@@ -21,13 +21,17 @@ bool is_utf16(const std::string& sdp)
            sdp.starts_with(std::string("v\0=\0", 4)) || sdp.starts_with(std::string("\0v\0=", 4));
 }
 
-/// Whether the bytes are text at all.
+/// Whether the bytes are worth reading as text.
 bool check_bytes(const std::string& sdp, SdpFindings& findings)
 {
     constexpr std::size_t room = sizeof CONNECTION_HALF_IS05_ST::transport_file_data - 1;
     if (sdp.size() > room)
         findings.add(SdpCode::too_large, 0, std::to_string(sdp.size()) + " bytes",
                      "at most " + std::to_string(room));
+    // What is far too large is not looked at: a request may hold it, and others wait meanwhile.
+    constexpr std::size_t worth_reading = std::size_t{64} << 10;
+    if (sdp.size() > worth_reading)
+        return false;
     if (is_utf16(sdp)) {
         findings.add(SdpCode::not_text, 1, "text in UTF-16", "UTF-8");
         return false;

@@ -3,11 +3,11 @@
 #include "sdp/rtp_format.h"
 
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <set>
 
 #include "text/ascii.h"
+#include "text/pieces.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
@@ -21,31 +21,18 @@ std::string_view payload_type_of(const SdpAttribute& attribute)
     return value.substr(begin, value.find(' ', begin) - begin);
 }
 
-std::string_view trimmed(std::string_view text)
-{
-    const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
-    text.remove_prefix(begin);
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
 /// "raw/90000" or "L24/48000/16" behind the payload type.
 void read_encoding(const SdpAttribute& rtpmap, RtpFormat& format)
 {
     const std::vector<std::string_view> words = words_of(rtpmap.value);
     std::string_view rest = words.size() < 2 ? std::string_view() : words[1];
-    const auto next = [&rest] {
-        const std::size_t end = std::min(rest.find('/'), rest.size());
-        const std::string_view piece = rest.substr(0, end);
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-        return piece;
-    };
-    const std::string_view encoding = next();
+    const std::string_view encoding = cut_off(rest, '/');
     if (encoding.empty())
         return; // malformed, as check_rtp_format says
     format.rtpmap_line = rtpmap.line;
     format.encoding = encoding;
-    format.clock_rate = next();
-    format.channels = next();
+    format.clock_rate = cut_off(rest, '/');
+    format.channels = cut_off(rest, '/');
 }
 
 bool says_2022_6(const RtpFormat& format)
@@ -63,20 +50,13 @@ Fit fit_of(const SdpMedium& medium, const RtpFormat& format, const std::string& 
         return Fit::no;
     if (format.rtpmap_line == 0)
         return Fit::unknown;
+    // RFC 4855 3: upper and lower case are the same.
     if (same_name(format.encoding, media_type.substr(slash + 1)))
         return Fit::yes;
     // The library writes SMPTE ST 2022-6 like this.
     const bool as_written_here = media_type == st2022_6_media_type &&
                                  same_name(format.encoding, "raw") && says_2022_6(format);
     return as_written_here ? Fit::yes : Fit::no;
-}
-
-bool is_number_from_to(long least, long most, std::string_view text)
-{
-    long number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && number >= least &&
-           number <= most;
 }
 
 struct ClockRate
@@ -96,7 +76,7 @@ void check_rtpmap(const RtpFormat& format, SdpFindings& findings)
                          "clock rate " + in_quotes(format.clock_rate), std::string(row.rate));
     }
     constexpr long most_channels = 64;
-    if (!format.channels.empty() && !is_number_from_to(1, most_channels, format.channels))
+    if (!format.channels.empty() && !number_from_to(1, most_channels, format.channels))
         findings.add(SdpCode::channels, format.rtpmap_line,
                      in_quotes(format.channels) + " channels",
                      "1 to " + std::to_string(most_channels));
@@ -108,12 +88,6 @@ bool is(const SdpAttribute& attribute, std::string_view name)
 }
 
 } // namespace
-
-bool same_name(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return to_lower(x) == to_lower(y); });
-}
 
 RtpFormat format_for(const SdpMedium& medium, const std::vector<std::string>& media_types)
 {
@@ -130,6 +104,8 @@ RtpFormat format_for(const SdpMedium& medium, const std::vector<std::string>& me
     RtpFormat best;
     for (const std::string_view payload_type : medium.formats) {
         RtpFormat& format = described[payload_type];
+        if (!format.payload_type.empty())
+            continue; // named twice
         format.payload_type = payload_type;
         for (const std::string& media_type : media_types)
             format.fit = std::max(format.fit, fit_of(medium, format, media_type));
@@ -182,14 +158,11 @@ std::vector<FormatParameter> parameters_of(const RtpFormat& format)
         rest.remove_prefix(static_cast<std::size_t>(payload_type.data() - rest.data()) +
                            payload_type.size());
         while (!rest.empty()) {
-            const std::size_t end = std::min(rest.find(';'), rest.size());
-            const std::string_view parameter = trimmed(rest.substr(0, end));
-            rest.remove_prefix(std::min(end + 1, rest.size()));
-            const std::size_t sign = std::min(parameter.find('='), parameter.size());
-            if (!parameter.empty())
-                parameters.push_back(
-                    {trimmed(parameter.substr(0, sign)),
-                     trimmed(parameter.substr(std::min(sign + 1, parameter.size())))});
+            std::string_view value = trimmed(cut_off(rest, ';'));
+            if (value.empty())
+                continue;
+            const std::string_view name = trimmed(cut_off(value, '='));
+            parameters.push_back({name, trimmed(value)});
         }
     }
     return parameters;

@@ -54,9 +54,6 @@ struct FormatParameter
 /// The parameters of a format, in the order of the file.
 std::vector<FormatParameter> parameters_of(const RtpFormat& format);
 
-/// Upper and lower case are the same in encoding names (RFC 4855 3).
-bool same_name(std::string_view a, std::string_view b);
-
 } // namespace nmos_instrument::host
 
 #endif

@@ -3,11 +3,12 @@
 #include "sdp/sdp_description.h"
 
 #include <algorithm>
-#include <charconv>
+#include <iterator>
 #include <optional>
 #include <string>
 
 #include "text/ascii.h"
+#include "text/pieces.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
@@ -21,23 +22,15 @@ bool is_blank(std::string_view line)
     return line.find_first_not_of(" \t") == std::string_view::npos;
 }
 
-std::string_view cut_off(std::string_view& rest, char separator)
+/// Whether a name, but for blanks around it and the case of its letters, is one that tells what to
+/// join. It must not be passed over as an unknown one.
+bool is_known_name_in_disguise(std::string_view name)
 {
-    const std::size_t end = std::min(rest.find(separator), rest.size());
-    const std::string_view piece = rest.substr(0, end);
-    rest.remove_prefix(std::min(end + 1, rest.size()));
-    return piece;
-}
-
-/// Nothing if `text` is not a number from 0 to `most`.
-std::optional<long> number_up_to(long most, std::string_view text)
-{
-    long number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || !is_digit(text.front()) ||
-        number > most)
-        return std::nullopt;
-    return number;
+    constexpr std::string_view known[] = {"fmtp",   "group",         "mid",
+                                          "rtpmap", "source-filter", "ssrc-group"};
+    const std::string_view plain = trimmed(name);
+    return std::any_of(std::begin(known), std::end(known),
+                       [&](std::string_view its) { return same_name(its, plain) && its != name; });
 }
 
 class Parser
@@ -123,10 +116,10 @@ private:
         }
         std::string_view port = words[1];
         std::string_view first_port = cut_off(port, '/');
-        const std::optional<long> number = number_up_to(65535, first_port);
+        const std::optional<long> number = number_from_to(0, 65535, first_port);
         // What follows the slash is a number of ports.
-        const std::optional<long> count = port.empty() ? 1 : number_up_to(65535, port);
-        if (!number || !count || *count == 0)
+        const std::optional<long> count = port.empty() ? 1 : number_from_to(1, 65535, port);
+        if (!number || !count)
             findings_.add(SdpCode::media_line, line.number, "port " + in_quotes(words[1]),
                           "1 to 65535, or 0 for a medium that is not sent");
         medium.kind = words[0];
@@ -141,6 +134,9 @@ private:
     {
         std::string_view value = line.value;
         const std::string_view name = cut_off(value, ':');
+        if (is_known_name_in_disguise(name))
+            findings_.add(SdpCode::attribute, line.number, "the name " + in_quotes(name),
+                          "a name in lower case, without a blank in front of it or behind it");
         if (description_.media.empty() && (name == "rtpmap" || name == "fmtp" || name == "mid"))
             findings_.add(SdpCode::wrong_level, line.number, in_quotes(name) + " of no medium");
         section().attributes.push_back({line.number, name, value});
@@ -161,17 +157,6 @@ private:
 };
 
 } // namespace
-
-std::vector<std::string_view> words_of(std::string_view text)
-{
-    std::vector<std::string_view> words;
-    while (!text.empty()) {
-        const std::string_view word = cut_off(text, ' ');
-        if (!word.empty())
-            words.push_back(word);
-    }
-    return words;
-}
 
 SdpDescription parse_sdp_description(std::string_view text, SdpFindings& findings)
 {

@@ -60,9 +60,6 @@ struct SdpDescription
     std::size_t line_count = 0;
 };
 
-/// The words of `text`, which one or more blanks separate.
-std::vector<std::string_view> words_of(std::string_view text);
-
 /// The structure of `text`, whose line breaks are LF. A line that is malformed is a finding and is
 /// left out; a medium whose m= line is malformed keeps its place, so that its lines do not count for
 /// another one.

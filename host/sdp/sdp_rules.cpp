@@ -18,7 +18,9 @@ constexpr SdpRule rules[] = {
      "RFC 4566 5 requires UTF-8, and so does the JSON in which the file travels. Names in another "
      "character set, such as ISO 8859-1, must be converted."},
     {SdpCode::too_large, refuses, "The file is too large",
-     "The connection state of a receiver keeps the file and has room for 4095 bytes."},
+     "The connection state of a receiver keeps the file and has room for 4095 bytes. Of a file "
+     "with "
+     "more than 64 KiB nothing else is said."},
 
     {SdpCode::not_a_line, refuses, "A line is no line of SDP",
      "A line is one letter, \"=\" and a value, without a blank around \"=\" (RFC 4566 5). A reader "
@@ -44,7 +46,9 @@ constexpr SdpRule rules[] = {
      "Each name stands for one medium (RFC 5888 4), so it is not clear which one a group means."},
     {SdpCode::attribute, refuses, "An attribute is malformed",
      "a=rtpmap is a payload type, a blank, and ENCODING/CLOCK RATE (RFC 4566 6); a=fmtp is a "
-     "payload type, a blank, and parameters. A payload type has one a=rtpmap line."},
+     "payload type, a blank, and parameters. A payload type has one a=rtpmap line. A name that "
+     "tells "
+     "what to join is in lower case, without blanks around it."},
     {SdpCode::wrong_level, warns, "An attribute stands in front of the first m= line",
      "a=rtpmap, a=fmtp and a=mid describe one medium and belong behind its m= line. In front of "
      "the "
@@ -100,7 +104,7 @@ constexpr SdpRule rules[] = {
      "IS-05 has room for one source on each leg. Name one, or none, or use one medium for each "
      "path."},
     {SdpCode::two_sources, warns, "Two sources send to one group",
-     "They are taken as the two paths (RFC 7104 4.2): the first source on leg 1, the second on "
+     "They are taken as the two paths (RFC 7104 4.1): the first source on leg 1, the second on "
      "leg 2. With the attribute a=ssrc-group:DUP the file says so itself."},
     {SdpCode::same_path, warns, "Both legs are the same",
      "Group, source and port are equal, so the second leg protects from nothing but a fault "

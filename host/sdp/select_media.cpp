@@ -6,6 +6,8 @@
 #include <map>
 #include <set>
 
+#include "text/ascii.h"
+#include "text/pieces.h"
 #include "text/quoted_text.h"
 #include "text/word_list.h"
 
@@ -45,10 +47,12 @@ std::string shown(std::string_view word)
 /// "line 6: video jxsv"
 std::string description_of(const Candidate& candidate)
 {
-    std::string text =
-        at_line(candidate.medium->line) + ": " + shown(candidate.medium->kind) + ' ' +
-        (candidate.format.rtpmap_line == 0 ? "payload type " + shown(candidate.format.payload_type)
-                                           : shown(candidate.format.encoding));
+    const RtpFormat& format = candidate.format;
+    std::string text = at_line(candidate.medium->line) + ": " + shown(candidate.medium->kind);
+    if (format.rtpmap_line != 0)
+        text += ' ' + shown(format.encoding);
+    else if (!format.payload_type.empty())
+        text += " payload type " + shown(format.payload_type);
     if (candidate.medium->protocol != rtp_protocol)
         text += " by " + shown(candidate.medium->protocol);
     if (!candidate.is_sent())
@@ -160,35 +164,34 @@ private:
 
     SelectedMedia choose()
     {
-        const Group* chosen = nullptr;
-        for (const Group& group : dup_groups_) {
-            if (!by_name_.empty() && !concerns_us(group))
-                continue;
-            if (chosen == nullptr)
-                chosen = &group;
-            else
-                findings_.add(SdpCode::several_pairs, group.line,
-                              "another DUP group of media that fit",
-                              "one; that of " + at_line(chosen->line) + " is taken");
-        }
-        if (chosen == nullptr)
+        const auto fits = [this](const Candidate* candidate) {
+            return candidate->format.fit >= wanted_fit_;
+        };
+        std::vector<const Group*> groups = dup_groups_with(
+            [fits](const Candidate* candidate) { return fits(candidate) && candidate->is_sent(); });
+        if (groups.empty())
+            groups = dup_groups_with(fits);
+        if (groups.empty())
             return {single(), false};
-        return {by_name_.empty() ? unnamed_pair(*chosen) : pair(*chosen), true};
+        const Group& chosen = *groups.front();
+        for (std::size_t i = 1; i < groups.size(); ++i)
+            findings_.add(SdpCode::several_pairs, groups[i]->line,
+                          "another DUP group of media that fit",
+                          "one; that of " + at_line(chosen.line) + " is taken");
+        return {by_name_.empty() ? unnamed_pair(chosen) : pair(chosen), true};
     }
 
-    /// Whether a medium of the group fits. A group of which no medium is known might be ours.
-    bool concerns_us(const Group& group) const
+    /// Those with a medium that `is_meant`. A group of which no medium is known might be ours.
+    template <class IsMeant>
+    std::vector<const Group*> dup_groups_with(IsMeant is_meant) const
     {
-        bool any_known = false;
-        for (const std::string_view name : group.names) {
-            const auto named = by_name_.find(name);
-            if (named == by_name_.end())
-                continue;
-            any_known = true;
-            if (named->second->format.fit >= wanted_fit_)
-                return true;
+        std::vector<const Group*> groups;
+        for (const Group& group : dup_groups_) {
+            const std::vector<const Candidate*> media = media_of(group);
+            if (media.empty() || std::any_of(media.begin(), media.end(), is_meant))
+                groups.push_back(&group);
         }
-        return !any_known;
+        return groups;
     }
 
     LegMedia pair(const Group& group)
@@ -220,6 +223,10 @@ private:
     LegMedia unnamed_pair(const Group& group)
     {
         const std::vector<const Candidate*> media = fitting();
+        if (media.empty()) {
+            tell_that_none_fits();
+            return {};
+        }
         if (group.names.size() != leg_count || media.size() != leg_count) {
             findings_.add(SdpCode::dup_pair, group.line,
                           "no medium has a name, and " + std::to_string(media.size()) +

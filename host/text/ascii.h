@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace nmos_instrument::host {
 
@@ -44,6 +45,13 @@ constexpr char to_lower(char c)
 constexpr char to_upper(char c)
 {
     return is_lower_case(c) ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+/// Whether they differ in nothing but the case of letters.
+constexpr bool same_name(std::string_view a, std::string_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return to_lower(x) == to_lower(y); });
 }
 
 inline std::string upper_case(std::string text)

@@ -11,6 +11,7 @@
 #include "records/fill_records.h"
 #include "sdp/rtp_format.h"
 #include "sdp/sdp_description.h"
+#include "text/ascii.h"
 #include "time/tai_time.h"
 
 namespace nmos_instrument::program {

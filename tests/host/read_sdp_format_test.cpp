@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "sdp/rtp_format.h"
+#include "sdp/sdp_description.h"
 #include "sdp_test_files.h"
 #include "support/varied.h"
 
@@ -102,6 +104,37 @@ TEST(ReadSdpFormat, MalformedAttributes)
          edited(one_path, {{9, {"a=fmtp: 96 " + hd_interlaced}}}),
          {alone, off}},
     });
+}
+
+// Otherwise nobody would be told that the filter does not count.
+TEST(ReadSdpFormat, NamesOfAttributesAreExact)
+{
+    for (const char* name : {" source-filter", "source-filter ", "Source-Filter", " rtpmap", "FMTP",
+                             "mid ", " Group", "ssrc-Group"}) {
+        const std::string line = std::string("a=") + name + ": incl IN IP4 233.252.0.1 203.0.113.1";
+        expect_reading({line, edited(one_path, {{7, {line}}}), {}, {{attribute, 7}}});
+    }
+    for (const char* line : {"a=recvonly ", "a=Rtpmaps:96 x", "a= note:source-filter"})
+        expect_reading({line, edited(one_path, {{7, {line}}}), {"5: 233.252.0.1:5004", off}});
+}
+
+// A file with a payload type again and again must not be the work of minutes.
+TEST(ReadSdpFormat, APayloadTypeThatIsNamedOftenIsExaminedOnce)
+{
+    constexpr int many = 300'000;
+    std::string text = "m=video 5004 RTP/AVP";
+    for (int i = 0; i < many; ++i)
+        text += " 96";
+    text += "\na=rtpmap:96 raw/90000\na=fmtp:96 ";
+    for (int i = 0; i < many; ++i)
+        text += "x;";
+    SdpFindings findings;
+    const SdpDescription description = parse_sdp_description(text, findings);
+    ASSERT_EQ(description.media.size(), 1U);
+    const RtpFormat format = format_for(description.media.front(), {"video/SMPTE2022-6"});
+    EXPECT_EQ(format.fit, Fit::no);
+    EXPECT_EQ(format.payload_type, "96");
+    EXPECT_EQ(format.encoding, "raw");
 }
 
 TEST(ReadSdpFormat, AttributesOfAMediumInFrontOfTheMedia)

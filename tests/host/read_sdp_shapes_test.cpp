@@ -24,7 +24,7 @@ const std::string interlaced_1080 =
     "exactframerate=30000/1001; depth=10; TCS=SDR; colorimetry=BT709; "
     "PM=2110GPM; SSN=ST2110-20:2017; TP=2110TPN; interlace;";
 
-// RFC 7104 4.2, with a video format that is measured
+// RFC 7104 4.1, with a video format that is measured
 TEST(ReadSdpShapes, SeparateSourceAddresses)
 {
     expect_reading(
@@ -47,7 +47,7 @@ TEST(ReadSdpShapes, SeparateSourceAddresses)
          {"5: 233.252.0.1:30000 from 198.51.100.1", "5: 233.252.0.1:30000 from 198.51.100.2"}});
 }
 
-// RFC 7104 4.3
+// RFC 7104 4.2
 TEST(ReadSdpShapes, SeparateDestinationAddresses)
 {
     expect_reading(

@@ -189,6 +189,14 @@ TEST(ReadSdp, TheStateHasRoomFor4095Bytes)
     const SdpReading longer = read_sdp(file + 'x', video_receiver);
     EXPECT_FALSE(longer.taken());
     EXPECT_TRUE(longer.findings.has(too_large));
+
+    // One that is not so large that nobody looks at it is examined like others.
+    std::string large = sdp_text(one_path) + "?\na=" + std::string(64000, 'x');
+    EXPECT_TRUE(read_sdp(large, video_receiver).findings.has(not_a_line));
+    large.append(4 << 20, 'x');
+    const SdpReading none = read_sdp(large, video_receiver);
+    ASSERT_EQ(none.findings.shown().size(), 1U);
+    EXPECT_EQ(none.findings.shown()[0].code, too_large);
 }
 
 TEST(ReadSdp, MediaLines)
@@ -376,6 +384,10 @@ TEST(ReadSdp, DupWithoutMid)
          {},
          {{dup_pair, 5}}},
         {"one medium has a name", joined({session, group, medium_1, bare_2}), {}, {{dup_pair, 5}}},
+        {"no medium that fits",
+         joined({session, group, without_mid(audio_medium), without_mid(audio_medium)}),
+         {},
+         {{no_medium, 0}}},
     });
 }
 
@@ -443,6 +455,14 @@ TEST(ReadSdp, PortZeroIsNotSent)
          joined({session, off_1, medium_2}),
          {"11: 233.252.0.2:5006 from 203.0.113.2", off}},
         {"audio", joined({session, medium_1, {"m=audio 0 RTP/AVP 97"}}), {alone, off}},
+        {"both legs of the first of two pairs",
+         joined({session,
+                 {"a=group:DUP one two", "a=group:DUP three four"},
+                 off_1,
+                 off_2,
+                 medium_3,
+                 medium_4}),
+         {"19: 233.252.0.3:5008 from 203.0.113.3", "25: 233.252.0.4:5010 from 203.0.113.4"}},
         {"with a number of ports",
          joined({session, group, medium_1, edited(medium_2, {{1, {"m=video 0/2 RTP/AVP 96"}}})}),
          {path_1, off},
@@ -731,7 +751,7 @@ TEST(ReadSdp, FiltersInOtherForms)
             {std::string("source-filter:") + value, filtered(value), {}, {{source_filter, 7}}});
 }
 
-// RFC 7104 4.2: one group, a source on each path
+// RFC 7104 4.1: one group, a source on each path
 TEST(ReadSdp, TwoSourcesOfOneGroup)
 {
     const std::string both = "a=source-filter: incl IN IP4 233.252.0.1 203.0.113.1 203.0.113.2";
@@ -757,9 +777,25 @@ TEST(ReadSdp, TwoSourcesOfOneGroup)
          two_sources_each,
          {path_1, "12: 233.252.0.1:5006 from 203.0.113.2"},
          {{two_sources, 8}}},
-        {"one after the other from one source (RFC 7104 4.1)",
-         joined({one_path, ssrc_group, {"a=duplication-delay:50"}}),
-         {alone, off}},
+    });
+}
+
+// RFC 7104 4.3; IS-05 v1.0, "Behaviour - RTP Transport Type", Temporal Redundancy: both legs alike
+TEST(ReadSdp, OneAfterTheOtherFromOneSource)
+{
+    const Lines twice = {"a=ssrc-group:DUP 1000 1010", "a=duplication-delay:50"};
+    expect_readings({
+        {"one medium", joined({one_path, twice}), {alone, alone}, {{same_path, 5}}},
+        {"of any source",
+         joined({edited(one_path, {{7, {}}}), twice}),
+         {any_source, any_source},
+         {{same_path, 5}}},
+        {"a group of one", joined({one_path, {"a=ssrc-group:DUP 1000"}}), {alone, off}},
+        {"another group", joined({one_path, {"a=ssrc-group:FID 1000 1010"}}), {alone, off}},
+        {"to our own address",
+         joined({edited(one_path, {{6, {"c=IN IP4 192.0.2.10"}}, {7, {}}}), twice}),
+         {"5: unicast 192.0.2.10:5004", off}},
+        {"in a pair", joined({two_paths, twice}), {path_1, path_2}},
     });
 }
 

@@ -296,6 +296,17 @@ class TransportFile(InstrumentTest):
         self.assertEqual(answer.status, 200)
         self.assert_refused({"transport_file": {"data": None}}, "/transport_file")
 
+    def test_some_reasons_are_shown_however_many_there_are(self):
+        sdp = sdp_file(video_medium() + ["a=fmtp:96 TP=x"] * 1500)
+        answer = self.instrument.patch(self.video, file_patch(sdp))
+        self.assertEqual(answer.status, 400, answer)
+        first, *reasons, last = answer.json["debug"].split("\n")
+        self.assertIn("does not take the file", first)
+        self.assertEqual(len(reasons), 20)
+        self.assertTrue(reasons[0].startswith("SDP004"), reasons)
+        self.assertTrue(reasons[19].startswith("line 26: SDP053"), reasons)
+        self.assertEqual(last, "and 1481 more")
+
     def test_senders_offer_their_files_enabled_or_not(self):
         sender = self.senders[1]
         before = self.instrument.sdp(sender)
