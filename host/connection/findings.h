@@ -35,8 +35,7 @@ public:
     /// Notes something that refuses nothing. It goes to the log.
     void warn(std::string_view what)
     {
-        constexpr std::size_t most = 20;
-        if (++warning_count_ > most)
+        if (++warning_count_ > most_warnings)
             return;
         if (!warnings_.empty())
             warnings_ += " | ";
@@ -44,11 +43,17 @@ public:
     }
 
     /// One line; empty if there are none.
-    const std::string& warnings() const { return warnings_; }
+    std::string warnings() const
+    {
+        if (warning_count_ <= most_warnings)
+            return warnings_;
+        return warnings_ + " | and " + std::to_string(warning_count_ - most_warnings) + " more";
+    }
 
 private:
     std::size_t count_ = 0;
     std::string text_;
+    static constexpr std::size_t most_warnings = 20;
     std::size_t warning_count_ = 0;
     std::string warnings_;
 };

@@ -56,9 +56,11 @@ private:
             refuse(filter, "a=source-filter " + in_quotes(filter.value));
             return;
         }
+        if (same_name(words[2], "IP6"))
+            return; // about another address, whatever it is
         const std::string_view destination = words[3];
         if (destination != "*" && destination != destination_) {
-            if (!ipv4_from_dotted_quad(std::string(destination)) && words[2] != "IP6")
+            if (!ipv4_from_dotted_quad(std::string(destination)))
                 refuse(filter, "destination " + in_quotes(destination) + " of a source filter");
             else if (level_ == Level::medium)
                 findings_.add(SdpCode::other_destination, filter.line,

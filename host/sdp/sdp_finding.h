@@ -44,6 +44,7 @@ enum class SdpCode
     port_zero = 26,
     media_beside_pair = 27,
     more_than_two = 28,
+    inactive = 29,
     // how a leg is received
     address = 30,
     foreign_unicast = 31,

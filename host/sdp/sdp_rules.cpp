@@ -23,8 +23,8 @@ constexpr SdpRule rules[] = {
      "more than 64 KiB nothing else is said."},
 
     {SdpCode::not_a_line, refuses, "A line is no line of SDP",
-     "A line is one letter, \"=\" and a value, without a blank around \"=\" (RFC 4566 5). A reader "
-     "must not use a file that has a line with another letter."},
+     "A line is one letter, \"=\" and a value, without a blank in front of \"=\" (RFC 4566 5). A "
+     "reader must not use a file that has a line with another letter."},
     {SdpCode::empty_line, warns, "There is an empty line",
      "RFC 4566 has no empty lines. They are left out; only the first is named."},
     {SdpCode::no_version, warns, "The first line is not v=0",
@@ -34,9 +34,8 @@ constexpr SdpRule rules[] = {
      "It has a kind, a port, a protocol and at least one payload type, with blanks between them "
      "(RFC 4566 5.14): m=video 5004 RTP/AVP 96. Port 0 means that the medium is not sent."},
     {SdpCode::connection_line, refuses, "A c= line is malformed",
-     "It is c=IN IP4 ADDRESS/TTL (RFC 4566 5.7), once for a medium or once for the session. A "
-     "unicast "
-     "address has no TTL. The instrument has no IPv6."},
+     "It is c=IN IP4 ADDRESS/TTL (RFC 4566 5.7), once for a medium or once for the session. A TTL "
+     "that is missing, or one of a unicast address, does no harm. The instrument has no IPv6."},
     {SdpCode::no_connection, refuses, "A leg has no c= line",
      "Each medium has an address of its own or that of the session (RFC 4566 5.7)."},
     {SdpCode::group_line, refuses, "An a=group line is malformed",
@@ -79,6 +78,9 @@ constexpr SdpRule rules[] = {
      "The DUP group says which two belong together, so these are taken."},
     {SdpCode::more_than_two, warns, "A DUP group has more than two media",
      "The instrument has two interfaces. The first two names are taken."},
+    {SdpCode::inactive, warns, "A medium is inactive",
+     "a=inactive says that nothing is sent at the moment (RFC 4566 6). The leg is joined "
+     "nevertheless, for the time when it is."},
 
     {SdpCode::address, refuses, "An address cannot be used",
      "The instrument takes IPv4 addresses in decimal without leading zeros, which every reader "

@@ -181,14 +181,18 @@ private:
         return {by_name_.empty() ? unnamed_pair(chosen) : pair(chosen), true};
     }
 
-    /// Those with a medium that `is_meant`. A group of which no medium is known might be ours.
+    /// Those with a medium that `is_meant`. A group that names less than it promises is ours too,
+    /// unless its media say that they are others: what it promises is refused, not forgotten.
     template <class IsMeant>
     std::vector<const Group*> dup_groups_with(IsMeant is_meant) const
     {
+        const auto may_fit = [](const Candidate* medium) { return medium->may_fit(); };
         std::vector<const Group*> groups;
         for (const Group& group : dup_groups_) {
             const std::vector<const Candidate*> media = media_of(group);
-            if (media.empty() || std::any_of(media.begin(), media.end(), is_meant))
+            const bool broken = media.size() < group.names.size();
+            if (media.empty() || std::any_of(media.begin(), media.end(), is_meant) ||
+                (broken && std::any_of(media.begin(), media.end(), may_fit)))
                 groups.push_back(&group);
         }
         return groups;
@@ -336,8 +340,13 @@ private:
         return {media.begin(), media.end()};
     }
 
-    static std::optional<LegMedium> leg_of(const Candidate& candidate)
+    std::optional<LegMedium> leg_of(const Candidate& candidate)
     {
+        for (const SdpAttribute& attribute : candidate.medium->attributes) {
+            if (attribute.name == "inactive")
+                findings_.add(SdpCode::inactive, attribute.line, "the medium is inactive",
+                              "a medium that is sent");
+        }
         return LegMedium{candidate.medium, candidate.format};
     }
 

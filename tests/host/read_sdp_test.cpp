@@ -437,6 +437,36 @@ TEST(ReadSdp, DupThatIsNoPair)
     });
 }
 
+// What the group promises is not forgotten when another medium says better what it is.
+TEST(ReadSdp, DupThatIsNoPairAndNamesAMediumWithoutRtpmap)
+{
+    expect_readings({
+        {"a name that no medium has",
+         edited(two_paths, {{9, {}}, {17, {"a=mid:three"}}}),
+         {},
+         {{dup_pair, 5}}},
+        {"the second name is gone", edited(two_paths, {{9, {}}, {17, {}}}), {}, {{dup_pair, 5}}},
+        {"both names for one medium",
+         edited(two_paths, {{9, {"a=mid:two"}}, {17, {}}}),
+         {},
+         {{dup_pair, 5}}},
+        {"a medium of another kind is no leg of ours",
+         joined({session, {"a=group:DUP sound three"}, audio_medium, without_mid(medium_1)}),
+         {"10: 233.252.0.1:5004 from 203.0.113.1", off}},
+    });
+}
+
+// RFC 4566 6
+TEST(ReadSdp, AnInactiveMediumIsTakenWithAWarning)
+{
+    expect_readings({
+        {"inactive",
+         edited(one_path, {{7, {group_line_1, "a=inactive"}}}),
+         {alone, off},
+         {{inactive, 8}}},
+    });
+}
+
 // RFC 3264 5.1
 TEST(ReadSdp, PortZeroIsNotSent)
 {
@@ -726,6 +756,7 @@ TEST(ReadSdp, FiltersInOtherForms)
     expect_readings({
         {"no blank in front", filtered("incl IN IP4 233.252.0.1 203.0.113.1"), {alone, off}},
         {"for every group", filtered(" incl IN IP4 * 203.0.113.1"), {alone, off}},
+        {"of IPv6 addresses", filtered(" incl IN IP6 * 2001:db8::1"), {any_source, off}},
         {"for another group",
          filtered(" incl IN IP4 233.252.0.9 203.0.113.1"),
          {any_source, off},
