@@ -96,7 +96,6 @@ private:
 
     void read_file(const std::string& data, ConnectionPatch& result)
     {
-        constexpr const char* path = "/transport_file/data";
         // An interface that the patch names overrides the unicast address of the file.
         SdpReceiver receiver = facts_.sdp;
         for (std::size_t i = 0; i < leg_count; ++i) {
@@ -105,7 +104,7 @@ private:
         }
         const TransportFileReading reading = read_transport_file(data, receiver);
         if (reading.findings.refuse()) {
-            findings_.add(path,
+            findings_.add("/transport_file/data",
                           "this receiver does not take the file:" + reasons(reading.findings));
             return;
         }
