@@ -20,9 +20,10 @@ bool says_dup(const SdpMedium& medium)
 {
     return std::any_of(medium.attributes.begin(), medium.attributes.end(),
                        [](const SdpAttribute& attribute) {
+                           if (attribute.name != "ssrc-group")
+                               return false;
                            const auto words = words_of(attribute.value);
-                           return attribute.name == "ssrc-group" && words.size() > leg_count &&
-                                  same_name(words[0], "DUP");
+                           return words.size() > leg_count && same_name(words[0], "DUP");
                        });
 }
 
@@ -44,11 +45,13 @@ void tell_of_two_sources(const SdpPath& path, SdpFindings& findings)
                      " for leg 2");
 }
 
-/// To one group from one source, one packet after the other (RFC 7104 4.3). IS-05 v1.0, "Behaviour -
-/// RTP Transport Type", gives both legs the same parameters then.
-bool is_sent_twice(const std::optional<LegMedium>& medium, const std::optional<SdpPath>& path)
+/// One medium is both legs if it has a source for each (RFC 7104 4.1), or if one source sends every
+/// packet twice to one group (4.3): IS-05 v1.0, "Behaviour - RTP Transport Type", gives both legs the
+/// same parameters then.
+bool is_both_legs(const SdpMedium& medium, const SdpPath& path)
 {
-    return path && path->multicast && path->sources.size() < 2 && says_dup(*medium->medium);
+    return path.sources.size() == leg_count ||
+           (path.multicast && path.sources.size() < leg_count && says_dup(medium));
 }
 
 /// Several sources are a way to name both legs only if there are as many as legs.
@@ -104,20 +107,17 @@ SdpLegs leg_paths(const SdpSection& session, SelectedMedia& selected,
         if (media[i])
             paths[i] = read_path(session, *media[i]->medium, findings);
     }
+    const bool one_medium =
+        !selected.named_as_pair && paths[0] && is_both_legs(*media[0]->medium, *paths[0]);
+    if (one_medium) {
+        media[1] = media[0];
+        paths[1] = paths[0];
+    }
     SdpLegs legs;
-    if (!selected.named_as_pair && paths[0] && paths[0]->sources.size() == leg_count) {
-        if (!says_dup(*media[0]->medium))
+    if (name_both_legs(paths)) {
+        if (!one_medium || !says_dup(*media[0]->medium))
             tell_of_two_sources(*paths[0], findings);
-        media[1] = media[0];
-        paths[1] = paths[0];
-        legs = {leg_of(*media[0], *paths[0], 0), leg_of(*media[0], *paths[0], 1)};
-    } else if (name_both_legs(paths)) {
-        tell_of_two_sources(*paths[0], findings);
         legs = {leg_of(*media[0], *paths[0], 0), leg_of(*media[1], *paths[1], 1)};
-    } else if (!selected.named_as_pair && is_sent_twice(media[0], paths[0])) {
-        media[1] = media[0];
-        paths[1] = paths[0];
-        legs = {leg_of(*media[0], *paths[0], 0), leg_of(*media[0], *paths[0], 0)};
     } else if (one_source_each(paths, findings)) {
         for (std::size_t i = 0; i < leg_count; ++i) {
             if (paths[i])

@@ -94,8 +94,8 @@ std::string remark_about(std::string_view value)
 class LibraryAnswer
 {
 public:
-    LibraryAnswer(const SdpFormatSwitch& format_switch, SdpFindings& findings)
-        : format_switch_(format_switch), findings_(findings)
+    LibraryAnswer(const SdpReceiver& receiver, SdpFindings& findings)
+        : receiver_(receiver), findings_(findings)
     {}
 
     /// A line alone, so that every message has its line.
@@ -135,8 +135,8 @@ private:
     bool analyze(const std::string& text, std::string& messages, sdp_str& found) const
     {
         try {
-            ConnectionApi().analyze_sdp_file(text, format_switch_.capable,
-                                             format_switch_.current_format, format_switch_.allowed,
+            ConnectionApi().analyze_sdp_file(text, receiver_.switch_capable,
+                                             receiver_.current_format, receiver_.switch_allowed,
                                              &messages, &found);
             return true;
         } catch (const std::out_of_range&) {
@@ -181,7 +181,7 @@ private:
         return true;
     }
 
-    const SdpFormatSwitch& format_switch_;
+    const SdpReceiver& receiver_;
     SdpFindings& findings_;
 };
 
@@ -202,9 +202,9 @@ std::vector<NormalLine> normal_sdp(const LegMedia& media, const SdpLegs& legs)
 }
 
 void ask_library(const std::vector<NormalLine>& lines, const SdpLegs& legs,
-                 const SdpFormatSwitch& format_switch, SdpFindings& findings, sdp_str& found)
+                 const SdpReceiver& receiver, SdpFindings& findings, sdp_str& found)
 {
-    LibraryAnswer answer(format_switch, findings);
+    LibraryAnswer answer(receiver, findings);
     std::set<std::size_t> asked; // both legs may be the same medium
     for (const NormalLine& line : lines) {
         if (line.describes_format && asked.insert(line.line).second)

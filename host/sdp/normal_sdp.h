@@ -15,17 +15,10 @@
 
 #include "sdp/leg_paths.h"
 #include "sdp/sdp_finding.h"
+#include "sdp/sdp_receiver.h"
 #include "sdp/select_media.h"
 
 namespace nmos_instrument::host {
-
-/// What ConnectionApi::analyze_sdp_file needs to know.
-struct SdpFormatSwitch
-{
-    bool capable;
-    bool allowed;
-    short current_format;
-};
 
 struct NormalLine
 {
@@ -40,7 +33,7 @@ std::vector<NormalLine> normal_sdp(const LegMedia& media, const SdpLegs& legs);
 /// Asks the library about a file in that form. What it complains about becomes findings; `found` is
 /// what it found.
 void ask_library(const std::vector<NormalLine>& lines, const SdpLegs& legs,
-                 const SdpFormatSwitch& format_switch, SdpFindings& findings, sdp_str& found);
+                 const SdpReceiver& receiver, SdpFindings& findings, sdp_str& found);
 
 } // namespace nmos_instrument::host
 

@@ -69,9 +69,7 @@ void read_legs(const SdpDescription& description, const SdpReceiver& receiver, S
     const SdpLegs legs =
         leg_paths(description.session, selected, receiver.interface_addresses, reading.findings);
     check_formats(media, receiver.media_types, reading.findings);
-    ask_library(normal_sdp(media, legs), legs,
-                {receiver.switch_capable, receiver.switch_allowed, receiver.current_format},
-                reading.findings, reading.format);
+    ask_library(normal_sdp(media, legs), legs, receiver, reading.findings, reading.format);
     reading.legs = legs;
 }
 

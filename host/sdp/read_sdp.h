@@ -11,30 +11,15 @@
 #ifndef NMOS_INSTRUMENT_HOST_SDP_READ_SDP_H
 #define NMOS_INSTRUMENT_HOST_SDP_READ_SDP_H
 
-#include <array>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include <nmos_instrument/nmos_instrument.h>
 
-#include "configuration/resource_counts.h"
-#include "configuration/video_format.h"
 #include "sdp/leg_paths.h"
 #include "sdp/sdp_finding.h"
+#include "sdp/sdp_receiver.h"
 
 namespace nmos_instrument::host {
-
-/// The receiver that is offered a file.
-struct SdpReceiver
-{
-    std::vector<std::string> media_types; ///< like "video/raw"
-    /// For each leg: the only unicast address at which it can receive; nothing: any.
-    std::array<std::optional<std::string>, leg_count> interface_addresses;
-    bool switch_capable = true; ///< between 2K and 4K
-    bool switch_allowed = true;
-    short current_format = format_any; ///< as ConnectionApi::analyze_sdp_file takes it
-};
 
 struct SdpReading
 {

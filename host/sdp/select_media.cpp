@@ -123,8 +123,10 @@ private:
     {
         for (const Candidate& candidate : candidates_) {
             for (const SdpAttribute& attribute : candidate.medium->attributes) {
+                if (attribute.name != "mid")
+                    continue;
                 const std::vector<std::string_view> words = words_of(attribute.value);
-                if (attribute.name != "mid" || words.size() != 1)
+                if (words.size() != 1)
                     continue;
                 const auto [named, fresh] = by_name_.try_emplace(words[0], &candidate);
                 if (!fresh && named->second != &candidate)

@@ -17,9 +17,6 @@ namespace {
 
 using enum SdpCode;
 
-const std::string path_1 = "6: 233.252.0.1:5004 from 203.0.113.1";
-const std::string path_2 = "12: 233.252.0.2:5006 from 203.0.113.2";
-const std::string alone = "5: 233.252.0.1:5004 from 203.0.113.1";
 const std::string sound = "5: 233.252.0.1:5004";
 
 /// One path whose format parameters are those of `change`.

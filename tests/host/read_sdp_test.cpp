@@ -14,9 +14,6 @@ namespace {
 
 using enum SdpCode;
 
-const std::string path_1 = "6: 233.252.0.1:5004 from 203.0.113.1";
-const std::string path_2 = "12: 233.252.0.2:5006 from 203.0.113.2";
-const std::string alone = "5: 233.252.0.1:5004 from 203.0.113.1";
 const std::string any_source = "5: 233.252.0.1:5004";
 
 const std::string group_line_1 = "a=source-filter: incl IN IP4 233.252.0.1 203.0.113.1";

@@ -96,6 +96,11 @@ Lines legs_of(const SdpReading& reading);
 
 inline const std::string off = "off";
 
+// The legs of `two_paths`, and the one of `one_path`.
+inline const std::string path_1 = "6: 233.252.0.1:5004 from 203.0.113.1";
+inline const std::string path_2 = "12: 233.252.0.2:5006 from 203.0.113.2";
+inline const std::string alone = "5: 233.252.0.1:5004 from 203.0.113.1";
+
 /// A finding that is expected.
 struct Mark
 {
