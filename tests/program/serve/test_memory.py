@@ -136,9 +136,10 @@ class Memory(unittest.TestCase):
             chance = random.Random(4)
             while time.monotonic() < end:
                 self.memory.set(chance.choice((30, 100, 300, 1000, 3000, 10_000)))
-                time.sleep(0.05)
+                time.sleep(0.03)
+                # Long enough to save: what fails too often is not tried for seconds.
                 self.memory.set(0)
-                time.sleep(0.02)
+                time.sleep(0.06)
             for thread in changes + readers:
                 thread.join()
             self.memory.set(0)
