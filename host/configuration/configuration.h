@@ -38,6 +38,33 @@ struct ServerSettings
     bool operator==(const ServerSettings&) const = default;
 };
 
+/// How the node registers, see docs/behaviour-network.md.
+struct RegistrationSettings
+{
+    bool enabled = true;
+    std::vector<std::string> registries; ///< URLs; empty: those that are found
+    std::optional<std::string> ca_file;  ///< for https, instead of the system's certificates
+    std::optional<std::string> dns_domain;
+    bool development_registries = false;
+
+    bool operator==(const RegistrationSettings&) const = default;
+};
+
+enum class Advertise
+{
+    always,
+    peer_to_peer, ///< while there is no registry
+    never
+};
+
+struct AdvertisementSettings
+{
+    std::optional<std::string> service_file;
+    Advertise when = Advertise::peer_to_peer;
+
+    bool operator==(const AdvertisementSettings&) const = default;
+};
+
 struct MediaInterface
 {
     std::string name;
@@ -199,6 +226,8 @@ struct Configuration
     std::string serial_number = "QX0000001";
     NodeSettings node;
     ServerSettings server;
+    RegistrationSettings registration;
+    AdvertisementSettings advertisement;
     std::array<MediaInterface, interface_count> interfaces = {{
         {"media1", "00-00-5e-00-53-01", "00-00-5e-00-53-00", "192.0.2.10"},
         {"media2", "00-00-5e-00-53-02", "00-00-5e-00-53-00", "198.51.100.10"},
