@@ -19,8 +19,7 @@
 
 #include "commands/configuration_options.h"
 #include "commands/end_signals.h"
-#include "commands/network_option.h"
-#include "commands/number_option.h"
+#include "commands/serve_options.h"
 #include "commands/version_text.h"
 #include "http/manifest_fetcher.h"
 #include "http/manifest_hosts.h"
@@ -34,7 +33,6 @@
 #include "log/program_log.h"
 #include "records/addresses.h"
 #include "records/record_text.h"
-#include "routes/change_permission.h"
 #include "routes/client_log.h"
 #include "routes/router.h"
 #include "text/ipv4_address.h"
@@ -44,20 +42,6 @@
 
 namespace nmos_instrument::program {
 namespace {
-
-struct ServeOptions
-{
-    ConfigurationOptions configuration;
-    std::optional<std::string> state_file;
-    bool state_reset = false;
-    std::optional<int> port;
-    bool first_free_port = false;
-    std::vector<host::Ipv4Network> manifest_hosts;
-    unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
-    host::ChangePermission changes;
-    bool as_is = false;
-    std::string log_level = "info";
-};
 
 host::HttpServerOptions server_options(const ServeOptions& options, host::ClientLog& log)
 {
@@ -237,46 +221,7 @@ void add_serve_command(CLI::App& program, ExitStatus& status)
     const auto options = std::make_shared<ServeOptions>();
     CLI::App* const command =
         program.add_subcommand("serve", "Runs the instrument on the network as an NMOS node");
-    options->configuration.add_to(*command);
-    CLI::Option* const state =
-        command
-            ->add_option("--state", options->state_file,
-                         "file that keeps connections, versions and counters across restarts; one "
-                         "process at a time may use it")
-            ->type_name("FILE");
-    command
-        ->add_flag("--state-reset", options->state_reset,
-                   "renames the file to FILE.previous and starts afresh")
-        ->needs(state);
-    command
-        ->add_option("--port", options->port, "TCP port, instead of the one in the configuration")
-        ->check(whole_number(1, 65535, "1 to 65535"))
-        ->type_name("PORT");
-    command->add_flag("--first-free-port", options->first_free_port,
-                      "if the port is in use, serve at the next free one");
-    command->add_flag("--as-is", options->as_is,
-                      "serve the texts of the library unchanged, even where IS-04, IS-05 or the "
-                      "standards for SDP files ask for something else");
-    command->add_flag("--read-only", options->changes.read_only,
-                      "refuse every change of a connection with 403");
-    add_network_option(*command, "--allow", options->changes.clients,
-                       "network or address of clients that may change connections; without it, "
-                       "every client may");
-    add_network_option(*command, "--manifest-hosts", options->manifest_hosts,
-                       "network or address that manifests of other senders are fetched from too, "
-                       "besides the networks of the instrument's interfaces");
-    command
-        ->add_option("--connections-per-address", options->connections_per_address,
-                     "how many connections one client may have at once; 0: no limit")
-        ->check(whole_number(0, 1'000'000, "0 to 1000000"))
-        ->capture_default_str()
-        ->type_name("N");
-    command
-        ->add_option("--log-level", options->log_level,
-                     "how much is logged to standard error; debug: each request too")
-        ->check(CLI::IsMember({"debug", "info", "warning", "error", "off"}))
-        ->capture_default_str()
-        ->type_name("LEVEL");
+    options->add_to(*command);
     command->callback([options, &status] { status = serve(*options); });
 }
 
