@@ -117,7 +117,8 @@ Instrument::Instrument(const Configuration& configuration, Clock clock, ApplyToM
       steady_clock_(std::move(steady_clock)),
       records_(make_records(configuration, clock_())),
       index_(*records_),
-      conformance_(presentation, configuration_, records_->node)
+      conformance_(presentation, configuration_, records_->node),
+      shown_(host::shown_resources(*records_))
 {
     const auto add_facts = [this](Side side, std::int32_t count) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {

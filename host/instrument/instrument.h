@@ -24,6 +24,7 @@
 #include "connection/stage_patch.h"
 #include "instrument/activations.h"
 #include "instrument/change_outcome.h"
+#include "instrument/node_resource.h"
 #include "instrument/saved_state.h"
 #include "records/fill_records.h"
 #include "records/resource_index.h"
@@ -87,6 +88,17 @@ public:
     /// "receivers/<id>"
     std::string resource_name(const ConnectionKey& key) const;
 
+    /// All that the node shows, parents first: what a registry is told about. They never change, but
+    /// for what they say of themselves.
+    const std::vector<NodeResource>& shown_resources() const { return shown_; }
+
+    /// What is posted to register the node. It may advance the versions of the node, its devices and
+    /// its receivers, so it comes before their registrations.
+    std::string registration_of_node();
+
+    /// What is posted to register a resource, as it reads now; of the node too, without a new version.
+    std::string registration_of(const NodeResource& resource);
+
     /// When the next scheduled activations are due.
     NextDue next_due();
 
@@ -149,6 +161,7 @@ private:
     void follow_activation(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& active,
                            const TaiTime& now);
     void raise_sdp_version(std::size_t sender, const TaiTime& now);
+    bool stamp_versions();
 
     // The parts of a saved state, put back into the records, under the lock.
     void restore_connections(const SavedState& saved, std::vector<std::string>& messages);
@@ -171,6 +184,7 @@ private:
     const std::unique_ptr<Records> records_;
     const ResourceIndex index_;
     const Conformance conformance_;
+    const std::vector<NodeResource> shown_;
     std::map<ConnectionKey, ConnectionFacts> facts_; ///< of all that the node has; never change
     Activations activations_;
     Nmos advertisement_; ///< its counters say how often each kind of resource has changed

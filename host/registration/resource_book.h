@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_HOST_REGISTRATION_RESOURCE_BOOK_H
+#define NMOS_INSTRUMENT_HOST_REGISTRATION_RESOURCE_BOOK_H
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "instrument/node_resource.h"
+
+namespace nmos_instrument::host {
+
+/// What a registry has been told about each resource of a node, and what it took.
+class ResourceBook
+{
+public:
+    /// The text that would be posted of a resource now.
+    using TextOf = std::function<std::string(const NodeResource&)>;
+
+    /// `resources`: parents first. It must outlive the book.
+    explicit ResourceBook(const std::vector<NodeResource>& resources);
+
+    /// A registry that knows the node, and nothing else of it.
+    void begin(std::string node);
+
+    /// Everything has to be posted again; the registry may have an older text of each resource.
+    void post_everything();
+
+    /// What reads differently now than what was posted last has to be posted.
+    void note_changes(const TextOf& text_of);
+
+    /// The position of the next resource to be posted: one whose parents the registry has.
+    std::optional<std::size_t> next() const;
+
+    // What became of a post of `text`.
+    void note_taken(std::size_t position, std::string text);
+    /// It is not posted again as long as it reads the same.
+    void note_refused(std::size_t position, std::string text);
+
+    /// The position of a resource that the registry has and whose children it has not; the node is
+    /// the last one.
+    std::optional<std::size_t> next_to_delete() const;
+    void note_deleted(std::size_t position);
+    void note_all_deleted();
+
+    /// Whether the registry has a resource.
+    bool has(std::size_t position) const { return entries_[position].taken.has_value(); }
+
+    /// How many resources the registry has.
+    std::size_t size() const;
+
+    /// How many it has not, since it refused them or what they depend on.
+    std::size_t left_out() const { return entries_.size() - size(); }
+
+private:
+    struct Entry
+    {
+        std::optional<std::string> taken{};   ///< what the registry has
+        std::optional<std::string> refused{}; ///< what it would not have instead
+        bool pending = false;                 ///< to be posted
+    };
+
+    bool has_parents_of(std::size_t position) const;
+
+    const std::vector<NodeResource>& resources_;
+    std::vector<Entry> entries_; ///< one for each resource
+};
+
+} // namespace nmos_instrument::host
+
+#endif
