@@ -44,7 +44,7 @@ public:
           registration_(instrument, surroundings(std::move(options)))
     {}
 
-    void begin()
+    void start()
     {
         source_.listen([self = weak_from_this()](const std::vector<Registry>& registries) {
             const std::shared_ptr<Driver> driver = self.lock();
@@ -196,13 +196,16 @@ private:
 RegistrationClient::RegistrationClient(HttpClient& client, RegistrySource& source,
                                        Instrument& instrument, Options options)
     : driver_(std::make_shared<Driver>(client, source, instrument, std::move(options)))
-{
-    driver_->begin();
-}
+{}
 
 RegistrationClient::~RegistrationClient()
 {
     driver_->end();
+}
+
+void RegistrationClient::start()
+{
+    driver_->start();
 }
 
 void RegistrationClient::changed() noexcept

@@ -29,7 +29,7 @@ public:
         std::function<void(bool)> has_registry{};
     };
 
-    /// Begins to look for a registry. What it is given must outlive it.
+    /// What it is given must outlive it.
     RegistrationClient(HttpClient& client, RegistrySource& source, Instrument& instrument,
                        Options options);
 
@@ -38,6 +38,9 @@ public:
 
     RegistrationClient(const RegistrationClient&) = delete;
     RegistrationClient& operator=(const RegistrationClient&) = delete;
+
+    /// Begins to look for a registry. Call it once, when the instrument has its listeners.
+    void start();
 
     /// Resources may have changed. Returns at once.
     void changed() noexcept;
