@@ -195,11 +195,11 @@ void Registration::begin_again() noexcept
     if (state_ == State::stopped)
         return;
     if (state_ == State::leaving) {
-        state_ = State::stopped;
+        enter(State::stopped);
         return;
     }
     const bool was_there = state_ != State::searching && state_ != State::registering_node;
-    state_ = was_there ? State::lost : State::searching;
+    enter(was_there ? State::lost : State::searching);
     awaits_search_ = false;
     pause_until_ = now() + seconds(1);
 }
@@ -368,7 +368,7 @@ void Registration::resource_refused(std::size_t position, const std::string& tex
     book_.note_refused(position, text);
     // A registry that has lost the node refuses all that belongs to it; a heartbeat tells.
     if (!heart_beating_)
-        heartbeat();
+        happen(Event::heartbeat_due);
     happen(Event::post_answered);
 }
 
