@@ -265,6 +265,9 @@ void Registration::node_posted(const ClientAnswer& answer, const std::string& te
         happen(Event::node_refused);
     } else {
         book_.begin(text);
+        if (state_ == State::registering_node_again && result == PostAnswer::updated)
+            spdlog::warn("registry {} has this node again: does another one have the same id?",
+                         registry_.url);
         happen(result == PostAnswer::created ? Event::node_created : Event::node_existed);
     }
 }
