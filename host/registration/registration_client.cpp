@@ -69,7 +69,11 @@ public:
 
     void leave()
     {
-        run([](Registration& registration) { registration.stop(); });
+        try {
+            run([](Registration& registration) { registration.stop(); });
+        } catch (const std::bad_alloc&) {
+            return; // the registry forgets the node by itself
+        }
         std::unique_lock lock(mutex_);
         stepped_.wait_for(lock, Registration::stop_limit + std::chrono::milliseconds(100),
                           [this] { return registration_.has_ended(); });
