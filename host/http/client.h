@@ -26,10 +26,11 @@ namespace nmos_instrument::host {
 
 struct ClientRequest
 {
-    std::string method;
+    std::string method; ///< any but HEAD, whose answers have no body
     std::string url;
 
-    /// The address of the URL's host, if it is known; otherwise the system's resolver is asked.
+    /// The address of the URL's host, if it is known: an IPv4 address, or an IPv6 address without
+    /// brackets. Otherwise the system's resolver is asked.
     std::string address{};
 
     /// The body, sent as application/json. Without one there is no Content-Type (IS-04 v1.2, APIs:
@@ -44,11 +45,11 @@ struct ClientRequest
 
 struct ClientAnswer
 {
-    int status = 0;         ///< 0 if there was no complete answer
-    std::string body{};     ///< at most 64 KiB of it
-    std::string why{};      ///< if there was no complete answer
-    std::string location{}; ///< of a redirect, which is never followed
-    std::chrono::microseconds duration{};
+    int status = 0;                       ///< 0 if there was no complete answer
+    std::string body{};                   ///< at most 64 KiB of it
+    std::string why{};                    ///< if there was no complete answer
+    std::string location{};               ///< of a redirect, which is never followed
+    std::chrono::microseconds duration{}; ///< since it left the queue
 };
 
 class HttpClient
@@ -60,22 +61,28 @@ public:
 
     HttpClient();
 
-    /// Gives up the transfers that run or wait, with a reason; tasks that wait are dropped. It must
-    /// not be called on the client's own thread.
+    /// Gives up the transfers that run or wait, with a reason, and waits for no name server. Tasks
+    /// that wait are dropped. It must not be called on the client's own thread.
     ~HttpClient();
 
     HttpClient(const HttpClient&) = delete;
     HttpClient& operator=(const HttpClient&) = delete;
 
     // All of these may be called on any thread, and return at once. What they are given is called
-    // on the client's thread, where it must not wait; exceptions are logged and swallowed.
+    // on the client's thread, where it must not wait; exceptions are logged and swallowed. If one
+    // of these throws, for want of memory, nothing of what it was given is called.
 
-    /// Calls `receive` once, always.
+    /// Calls `receive` once, always. Throws also when the client ends, as seen by a callback:
+    /// otherwise one that sends again what fails would do so for ever.
     void send(ClientRequest request, Receive receive);
 
+    /// Throws likewise.
     void start(std::unique_ptr<ClientTransfer> transfer);
 
+    /// As soon as possible, after what is due already.
     void run(Task task);
+
+    /// Tasks run in the order of their times, and those of one time in the order of their arrival.
     void run_at(TimePoint time, Task task);
 
 private:
