@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "http/client.h"
 #include "http/manifest_hosts.h"
 
 namespace nmos_instrument::host {
@@ -26,9 +27,12 @@ struct FetchedManifest
     std::string why;     ///< if it was not; for the log only: it says what is where in the network
 };
 
-/// Fetches the SDP files of other senders by HTTP, all on one thread of its own. A file may have up
-/// to 1 MiB, take up to 2 seconds, and be up to two redirects away; all by http or https only, and
-/// from the given hosts only.
+/// Needs no memory if it has to.
+FetchedManifest failed_because(const char* why) noexcept;
+
+/// Fetches the SDP files of other senders by HTTP, all on the thread of the HTTP client. A file may
+/// have up to 1 MiB, take up to 2 seconds, and be up to two redirects away; all by http or https
+/// only, and from the given hosts only.
 class ManifestFetcher
 {
 public:
@@ -38,20 +42,28 @@ public:
 
     using Receive = std::function<void(FetchedManifest)>;
 
-    explicit ManifestFetcher(ManifestHosts hosts);
+    /// The client must outlive it.
+    ManifestFetcher(HttpClient& client, ManifestHosts hosts);
 
-    /// Running fetches are given up, with a reason.
+    /// Running fetches are given up, with a reason. When it returns, nobody is called any more. It
+    /// must not be called on the client's thread.
     ~ManifestFetcher();
 
     ManifestFetcher(const ManifestFetcher&) = delete;
     ManifestFetcher& operator=(const ManifestFetcher&) = delete;
 
-    /// Calls `receive` once, from the fetcher's thread or at once. `client`: who asks for it.
+    /// Calls `receive` once: on the client's thread, at once, or when the fetcher ends. `client`:
+    /// who asks for it. What `receive` throws is swallowed.
     void fetch(const std::string& url, const std::string& client, Receive receive);
 
+    /// Fetches that begin from now on are from these hosts only.
+    void allow(ManifestHosts hosts);
+
 private:
-    class Worker;
-    std::unique_ptr<Worker> worker_;
+    class Fetches;
+
+    HttpClient& client_;
+    const std::shared_ptr<Fetches> fetches_; ///< with the transfers, which may last longer
 };
 
 } // namespace nmos_instrument::host

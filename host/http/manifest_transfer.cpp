@@ -4,9 +4,7 @@
 
 #include <chrono>
 #include <cstring>
-#include <new>
 #include <optional>
-#include <stdexcept>
 #include <utility>
 
 #include <netinet/in.h>
@@ -21,26 +19,6 @@ namespace {
 constexpr std::size_t size_limit = 1024UL * 1024;
 constexpr long time_limit_ms = 2000;
 constexpr long redirect_limit = 2;
-
-template <class Value>
-void set(CURL* handle, CURLoption option, Value value)
-{
-    const CURLcode result = curl_easy_setopt(handle, option, value);
-    if (result != CURLE_OK)
-        throw std::runtime_error(curl_easy_strerror(result));
-}
-
-/// Calls what a callback of libcurl stands for. No exception may pass through libcurl, which is
-/// C: it ends the transfer instead.
-template <class Call, class Result>
-Result without_exceptions(const Call& call, Result in_case_of_one) noexcept
-{
-    try {
-        return call();
-    } catch (...) {
-        return in_case_of_one;
-    }
-}
 
 ManifestTransfer& transfer_of(void* user)
 {
@@ -63,41 +41,31 @@ bool has_host_name(const char* url)
 
 } // namespace
 
-ManifestTransfer::ManifestTransfer(const std::string& url, std::string client,
-                                   const ManifestHosts& hosts, NameLookups& lookups)
-    : client_(std::move(client)), hosts_(hosts), lookups_(lookups), handle_(curl_easy_init())
-{
-    if (handle_ == nullptr)
-        throw std::bad_alloc();
-    set_options(url);
-}
+ManifestTransfer::ManifestTransfer(std::string url, std::string client,
+                                   std::shared_ptr<const ManifestHosts> hosts,
+                                   std::shared_ptr<NameLookups> lookups, Finish finish)
+    : url_(std::move(url)),
+      client_(std::move(client)),
+      hosts_(std::move(hosts)),
+      lookups_(std::move(lookups)),
+      finish_(std::move(finish))
+{}
 
 ManifestTransfer::~ManifestTransfer()
 {
     if (looks_up_)
-        lookups_.leave_behind(std::move(client_), std::chrono::steady_clock::now());
+        lookups_->leave_behind(std::move(client_), std::chrono::steady_clock::now());
 }
 
-void ManifestTransfer::set_options(const std::string& url)
+CURL* ManifestTransfer::begin()
 {
-    CURL* const handle = handle_.get();
-    set(handle, CURLOPT_URL, url.c_str());
-    set(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    set(handle, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-    set(handle, CURLOPT_FOLLOWLOCATION, 1L);
-    set(handle, CURLOPT_MAXREDIRS, redirect_limit);
-    set(handle, CURLOPT_TIMEOUT_MS, time_limit_ms);
-    set(handle, CURLOPT_NOSIGNAL, 1L);
-#if LIBCURL_VERSION_NUM >= 0x075700
-    // Otherwise the end of a transfer waits for the thread that asks a name server, and with it all
-    // other transfers and the end of the program: https://curl.se/libcurl/c/CURLOPT_QUICK_EXIT.html
-    set(handle, CURLOPT_QUICK_EXIT, 1L);
-#endif
+    handle_ = new_easy_handle(url_);
+    set(handle_, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    set(handle_, CURLOPT_FOLLOWLOCATION, 1L);
+    set(handle_, CURLOPT_MAXREDIRS, redirect_limit);
+    set(handle_, CURLOPT_TIMEOUT_MS, time_limit_ms);
     // The instrument has no IPv6.
-    set(handle, CURLOPT_IPRESOLVE, long{CURL_IPRESOLVE_V4});
-    // Media networks are local: a proxy from the environment would not reach them.
-    set(handle, CURLOPT_PROXY, "");
-    set(handle, CURLOPT_USERAGENT, "nmos-instrument");
+    set(handle_, CURLOPT_IPRESOLVE, long{CURL_IPRESOLVE_V4});
 
     const curl_write_callback write = [](char* bytes, std::size_t size, std::size_t count,
                                          void* user) noexcept {
@@ -113,12 +81,13 @@ void ManifestTransfer::set_options(const std::string& url)
                                   curl_socket_t{CURL_SOCKET_BAD});
     };
     void* const user = this;
-    set(handle, CURLOPT_WRITEFUNCTION, write);
-    set(handle, CURLOPT_WRITEDATA, user);
-    set(handle, CURLOPT_RESOLVER_START_FUNCTION, resolve);
-    set(handle, CURLOPT_RESOLVER_START_DATA, user);
-    set(handle, CURLOPT_OPENSOCKETFUNCTION, open);
-    set(handle, CURLOPT_OPENSOCKETDATA, user);
+    set(handle_, CURLOPT_WRITEFUNCTION, write);
+    set(handle_, CURLOPT_WRITEDATA, user);
+    set(handle_, CURLOPT_RESOLVER_START_FUNCTION, resolve);
+    set(handle_, CURLOPT_RESOLVER_START_DATA, user);
+    set(handle_, CURLOPT_OPENSOCKETFUNCTION, open);
+    set(handle_, CURLOPT_OPENSOCKETDATA, user);
+    return handle_.get();
 }
 
 std::size_t ManifestTransfer::take(const char* bytes, std::size_t length)
@@ -141,7 +110,7 @@ bool ManifestTransfer::may_resolve()
         return false; // the instrument has none
     if (looks_up_ || !has_host_name(url))
         return true;
-    looks_up_ = lookups_.begin(client_, std::chrono::steady_clock::now());
+    looks_up_ = lookups_->begin(client_, std::chrono::steady_clock::now());
     too_many_lookups_ = !looks_up_;
     return looks_up_;
 }
@@ -157,7 +126,7 @@ curl_socket_t ManifestTransfer::open_socket(const curl_sockaddr& address)
     static_assert(sizeof ipv4 <= sizeof address.addr);
     std::memcpy(&ipv4, &address.addr, sizeof ipv4);
     const std::uint32_t host = ntohl(ipv4.sin_addr.s_addr);
-    if (!hosts_.allow(host)) {
+    if (!hosts_->allow(host)) {
         refused_address_ = dotted_quad(host);
         return CURL_SOCKET_BAD;
     }
@@ -167,9 +136,26 @@ curl_socket_t ManifestTransfer::open_socket(const curl_sockaddr& address)
 void ManifestTransfer::end_lookup() noexcept
 {
     if (std::exchange(looks_up_, false))
-        lookups_.end(client_);
+        lookups_->end(client_);
 }
 
+void ManifestTransfer::end(CURLcode result)
+{
+    FetchedManifest manifest;
+    manifest.why = failure(result);
+    if (too_many_lookups_)
+        manifest.result = FetchedManifest::Result::too_many;
+    else if (manifest.why.empty())
+        manifest = {FetchedManifest::Result::fetched, std::move(content_), ""};
+    finish_(std::move(manifest));
+}
+
+void ManifestTransfer::give_up(const char* why) noexcept
+{
+    finish_(failed_because(why));
+}
+
+/// Why there is no manifest, or "".
 std::string ManifestTransfer::failure(CURLcode result)
 {
     if (result == CURLE_COULDNT_RESOLVE_HOST)
@@ -179,7 +165,7 @@ std::string ManifestTransfer::failure(CURLcode result)
     if (!refused_address_.empty())
         return refused_address_ + " is in no network that manifests are fetched from";
     if (too_long_)
-        return "longer than " + std::to_string(size_limit) + " bytes";
+        return longer_than(size_limit);
     if (result != CURLE_OK)
         return curl_easy_strerror(result);
     long status = 0;

@@ -21,6 +21,7 @@
 #include "commands/end_signals.h"
 #include "commands/serve_options.h"
 #include "commands/version_text.h"
+#include "http/client.h"
 #include "http/manifest_fetcher.h"
 #include "http/manifest_hosts.h"
 #include "http/server.h"
@@ -153,7 +154,8 @@ void serve_until_signal(const ServeOptions& options, host::ListeningSocket socke
 
     const host::ManifestHosts hosts = manifest_hosts(options, instrument.configuration());
     spdlog::info("manifests of other senders are fetched from {}", hosts.text());
-    host::ManifestFetcher manifests(hosts);
+    host::HttpClient http_client;
+    host::ManifestFetcher manifests(http_client, hosts);
     const host::Router router({instrument, manifests, client_log, state_file, options.changes});
     // The server comes last, so that it stops before anything that its handlers use goes away.
     const host::HttpServer server(
