@@ -19,13 +19,10 @@
 
 #include "commands/configuration_options.h"
 #include "commands/end_signals.h"
+#include "commands/running_node.h"
 #include "commands/serve_options.h"
 #include "commands/version_text.h"
-#include "http/client.h"
-#include "http/manifest_fetcher.h"
-#include "http/manifest_hosts.h"
-#include "http/server.h"
-#include "instrument/activation_thread.h"
+#include "http/listening_socket.h"
 #include "instrument/instrument.h"
 #include "instrument/replaced_file.h"
 #include "instrument/restore_from.h"
@@ -34,30 +31,10 @@
 #include "log/program_log.h"
 #include "records/addresses.h"
 #include "records/record_text.h"
-#include "routes/client_log.h"
-#include "routes/router.h"
-#include "text/ipv4_address.h"
-#include "text/ipv4_network.h"
-#include "text/quoted_text.h"
 #include "time/tai_clock.h"
 
 namespace nmos_instrument::program {
 namespace {
-
-host::HttpServerOptions server_options(const ServeOptions& options, host::ClientLog& log)
-{
-    host::HttpServerOptions server;
-    server.connections_per_address = options.connections_per_address;
-    server.on_request = [&log](const host::HttpAccess& access) {
-        if (spdlog::should_log(spdlog::level::debug))
-            log.debug(access.peer, fmt::format("{} {} {} {} us", host::in_quotes(access.method),
-                                               host::in_quotes(access.path), access.status,
-                                               access.duration.count()));
-    };
-    server.on_failure = [&log](const std::string& failure) { log.http_failure(failure); };
-    server.on_diagnostic = [&log](const std::string& remark) { log.http_remark(remark); };
-    return server;
-}
 
 /// Listens where the configuration says; if the options allow it, at the first free port from
 /// there on.
@@ -75,19 +52,6 @@ host::ListeningSocket listen(const ServeOptions& options, const host::ServerSett
                                  "; use --port PORT for another port, or --first-free-port for "
                                  "the next free one");
     }
-}
-
-/// The networks of the instrument's addresses, and those that the options add.
-host::ManifestHosts manifest_hosts(const ServeOptions& options,
-                                   const host::Configuration& configuration)
-{
-    const auto network_of = [](const std::string& address) {
-        return host::network_of_interface(host::ipv4_from_dotted_quad(address).value_or(0));
-    };
-    std::vector<host::Ipv4Network> own;
-    for (const host::MediaInterface& interface : configuration.interfaces)
-        own.push_back(network_of(interface.address));
-    return {own, network_of(configuration.server.address), options.manifest_hosts};
 }
 
 std::string name_of(const std::optional<std::string>& file)
@@ -141,32 +105,9 @@ void serve_until_signal(const ServeOptions& options, host::ListeningSocket socke
                         host::Instrument& instrument, host::StateFile* state_file,
                         const EndSignals& end_signals)
 {
-    host::ClientLog client_log;
-    host::ActivationThread activations(instrument);
-    instrument.listen({
-        .changed =
-            [&] {
-                if (state_file)
-                    state_file->changed();
-            },
-        .scheduled = [&] { activations.look_again(); },
-    });
-
-    const host::ManifestHosts hosts = manifest_hosts(options, instrument.configuration());
-    spdlog::info("manifests of other senders are fetched from {}", hosts.text());
-    host::HttpClient http_client;
-    host::ManifestFetcher manifests(http_client, hosts);
-    const host::Router router({instrument, manifests, client_log, state_file, options.changes});
-    // The server comes last, so that it stops before anything that its handlers use goes away.
-    const host::HttpServer server(
-        std::move(socket), server_options(options, client_log),
-        [&](const host::HttpRequest& request, const host::HttpReply& reply) {
-            router.handle(request, reply);
-        });
-
-    log_start(options, instrument, server.connection_limit());
+    const RunningNode node(options, std::move(socket), instrument, state_file);
+    log_start(options, instrument, node.connection_limit());
     print_url(host::base_url(instrument.configuration().server));
-
     spdlog::info("stopping on {}", end_signals.wait());
 }
 

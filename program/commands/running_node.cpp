@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "commands/running_node.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <spdlog/fmt/fmt.h>
+#include <spdlog/spdlog.h>
+
+#include "http/manifest_hosts.h"
+#include "text/ipv4_address.h"
+#include "text/ipv4_network.h"
+#include "text/quoted_text.h"
+
+namespace nmos_instrument::program {
+namespace {
+
+host::HttpServerOptions server_options(const ServeOptions& options, host::ClientLog& log)
+{
+    host::HttpServerOptions server;
+    server.connections_per_address = options.connections_per_address;
+    server.on_request = [&log](const host::HttpAccess& access) {
+        if (spdlog::should_log(spdlog::level::debug))
+            log.debug(access.peer, fmt::format("{} {} {} {} us", host::in_quotes(access.method),
+                                               host::in_quotes(access.path), access.status,
+                                               access.duration.count()));
+    };
+    server.on_failure = [&log](const std::string& failure) { log.http_failure(failure); };
+    server.on_diagnostic = [&log](const std::string& remark) { log.http_remark(remark); };
+    return server;
+}
+
+/// The networks of the instrument's addresses, and those that the options add.
+host::ManifestHosts manifest_hosts(const ServeOptions& options,
+                                   const host::Configuration& configuration)
+{
+    const auto network_of = [](const std::string& address) {
+        return host::network_of_interface(host::ipv4_from_dotted_quad(address).value_or(0));
+    };
+    std::vector<host::Ipv4Network> own;
+    for (const host::MediaInterface& interface : configuration.interfaces)
+        own.push_back(network_of(interface.address));
+    return {own, network_of(configuration.server.address), options.manifest_hosts};
+}
+
+} // namespace
+
+RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket socket,
+                         host::Instrument& instrument, host::StateFile* state_file)
+    : instrument_(instrument),
+      state_file_(state_file),
+      options_(options),
+      activations_(instrument),
+      manifests_(http_client_, manifest_hosts(options, instrument.configuration()))
+{
+    spdlog::info("manifests of other senders are fetched from {}",
+                 manifest_hosts(options, instrument.configuration()).text());
+    listen_to_instrument();
+    router_.emplace(
+        host::Services{instrument_, manifests_, client_log_, state_file_, options.changes});
+    server_.emplace(std::move(socket), server_options(options, client_log_),
+                    [this](const host::HttpRequest& request, const host::HttpReply& reply) {
+                        router_->handle(request, reply);
+                    });
+}
+
+void RunningNode::listen_to_instrument()
+{
+    instrument_.listen({
+        .changed =
+            [this] {
+                if (state_file_)
+                    state_file_->changed();
+            },
+        .scheduled = [this] { activations_.look_again(); },
+    });
+}
+
+} // namespace nmos_instrument::program

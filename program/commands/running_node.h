@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_PROGRAM_COMMANDS_RUNNING_NODE_H
+#define NMOS_INSTRUMENT_PROGRAM_COMMANDS_RUNNING_NODE_H
+
+#include <optional>
+
+#include "commands/serve_options.h"
+#include "http/client.h"
+#include "http/listening_socket.h"
+#include "http/manifest_fetcher.h"
+#include "http/server.h"
+#include "instrument/activation_thread.h"
+#include "instrument/instrument.h"
+#include "instrument/state_file.h"
+#include "routes/client_log.h"
+#include "routes/router.h"
+
+namespace nmos_instrument::program {
+
+/// An instrument on the network: served.
+class RunningNode
+{
+public:
+    /// Everything runs when it returns. `instrument` and `state_file`, which may be null, must
+    /// outlive it.
+    RunningNode(const ServeOptions& options, host::ListeningSocket socket,
+                host::Instrument& instrument, host::StateFile* state_file);
+
+    /// When it has ended, nothing changes the instrument any more.
+    ~RunningNode() = default;
+
+    RunningNode(const RunningNode&) = delete;
+    RunningNode& operator=(const RunningNode&) = delete;
+
+    unsigned connection_limit() const { return server_->connection_limit(); }
+
+private:
+    void listen_to_instrument();
+
+    host::Instrument& instrument_;
+    host::StateFile* const state_file_;
+    const ServeOptions& options_;
+    host::ClientLog client_log_;
+    host::HttpClient http_client_;
+    host::ActivationThread activations_;
+    host::ManifestFetcher manifests_;
+    std::optional<host::Router> router_;
+    std::optional<host::HttpServer>
+        server_; ///< last, so that it stops before what it uses goes away
+};
+
+} // namespace nmos_instrument::program
+
+#endif
