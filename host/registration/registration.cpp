@@ -370,7 +370,8 @@ void Registration::resource_refused(std::size_t position, const std::string& tex
                  registry_.url, name_of(position), shown_answer(answer), printable(text));
     book_.note_refused(position, text);
     // A registry that has lost the node refuses all that belongs to it; a heartbeat tells.
-    if (!heart_beating_)
+    const std::optional<RegistrationStatus::Heartbeat>& last = status_.last_heartbeat;
+    if (!heart_beating_ && (!last || now() - last->sent > seconds(1)))
         happen(Event::heartbeat_due);
     happen(Event::post_answered);
 }
@@ -395,6 +396,7 @@ void Registration::settle()
     told_.clear();
     told_of_no_registry_ = false;
     retry_pause_.reset();
+    choice_.begin_round(registry_.url);
     surroundings_.has_registry(true);
 }
 

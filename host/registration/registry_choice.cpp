@@ -36,10 +36,10 @@ bool RegistryChoice::has(std::string_view url) const
                        [=](const Candidate& one) { return one.registry.url == url; });
 }
 
-void RegistryChoice::begin_round()
+void RegistryChoice::begin_round(std::string_view in_use)
 {
     for (Candidate& candidate : candidates_)
-        candidate.tried = false;
+        candidate.tried = candidate.registry.url == in_use;
 }
 
 std::optional<Registry> RegistryChoice::take(const std::string& node)

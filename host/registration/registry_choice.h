@@ -27,8 +27,8 @@ public:
 
     bool has(std::string_view url) const;
 
-    /// All may be tried again.
-    void begin_round();
+    /// All may be tried again, but for the one in use.
+    void begin_round(std::string_view in_use = {});
 
     /// The next one, which counts as tried from now on. `node` is the node's registration as it is
     /// now: a registry that refused it is left out as long as it reads the same. (IS-04 v1.2: the
