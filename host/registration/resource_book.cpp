@@ -40,9 +40,10 @@ void ResourceBook::note_changes(const TextOf& text_of)
 
 std::optional<std::size_t> ResourceBook::next() const
 {
-    for (std::size_t i = 0; i < entries_.size(); ++i) {
-        if (entries_[i].pending && has_parents_of(i))
-            return i;
+    for (std::size_t step = 1; step <= entries_.size(); ++step) {
+        const std::size_t position = (last_ + step) % entries_.size();
+        if (entries_[position].pending && has_parents_of(position))
+            return position;
     }
     return std::nullopt;
 }
@@ -57,12 +58,14 @@ bool ResourceBook::has_parents_of(std::size_t position) const
 void ResourceBook::note_taken(std::size_t position, std::string text)
 {
     entries_[position] = {std::move(text), std::nullopt, false};
+    last_ = position;
 }
 
 void ResourceBook::note_refused(std::size_t position, std::string text)
 {
     entries_[position].refused = std::move(text);
     entries_[position].pending = false;
+    last_ = position;
 }
 
 std::optional<std::size_t> ResourceBook::next_to_delete() const

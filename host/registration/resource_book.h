@@ -32,7 +32,8 @@ public:
     /// What reads differently now than what was posted last has to be posted.
     void note_changes(const TextOf& text_of);
 
-    /// The position of the next resource to be posted: one whose parents the registry has.
+    /// The position of the next resource to be posted: one whose parents the registry has, in turn, so
+    /// that those that change all the time do not keep the others waiting.
     std::optional<std::size_t> next() const;
 
     // What became of a post of `text`.
@@ -67,6 +68,7 @@ private:
 
     const std::vector<NodeResource>& resources_;
     std::vector<Entry> entries_; ///< one for each resource
+    std::size_t last_ = 0;       ///< the one that was posted last
 };
 
 } // namespace nmos_instrument::host

@@ -436,6 +436,22 @@ TEST_F(RegistrationTest, WhatARegistryRefusesIsNotPostedAgainUnchanged)
     EXPECT_EQ(registration_.status().state, "registered");
 }
 
+TEST_F(RegistrationTest, AResourceThatKeepsChangingDoesNotHoldUpTheOthers)
+{
+    register_everything();
+    activate(0);
+    activate(20);
+    pass(750ms);
+    const std::vector<NodeResource>& resources = instrument_.shown_resources();
+    EXPECT_EQ(next_id(), resources[14].id);
+    activate(0);
+    pass(750ms);
+    answer(200);
+    EXPECT_EQ(next_id(), resources[14 + 20].id);
+    answer(200);
+    EXPECT_EQ(next_id(), resources[14].id);
+}
+
 TEST_F(RegistrationTest, ManyRefusalsAreOneHeartbeat)
 {
     register_everything();
