@@ -30,7 +30,8 @@ public:
     using Found = std::function<void(std::vector<Registry>)>;
 
     /// Looks for the first time at once. `found` is called on a thread of the discovery, one call
-    /// at a time: at the end of each search, and whenever the list changes otherwise.
+    /// at a time: at the end of this search and of each that is asked for, and whenever the list
+    /// changes otherwise. It must not destroy the discovery.
     Discovery(DiscoveryOptions options, Found found);
 
     /// When it returns, `found` is not called any more.
