@@ -57,6 +57,13 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
 {
     spdlog::info("manifests of other senders are fetched from {}",
                  manifest_hosts(options, instrument.configuration()).text());
+    const host::RegistrationSettings& registration = instrument.configuration().registration;
+    if (registration.enabled) {
+        registries_.emplace(registration);
+        registration_.emplace(
+            http_client_, *registries_, instrument_,
+            host::RegistrationClient::Options{.ca_file = registration.ca_file.value_or("")});
+    }
     listen_to_instrument();
     router_.emplace(
         host::Services{instrument_, manifests_, client_log_, state_file_, options.changes});
@@ -64,6 +71,15 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
                     [this](const host::HttpRequest& request, const host::HttpReply& reply) {
                         router_->handle(request, reply);
                     });
+    if (registration_)
+        registration_->start();
+}
+
+RunningNode::~RunningNode()
+{
+    // While the node is still served, so that whoever hears of it until then finds it.
+    if (registration_)
+        registration_->leave();
 }
 
 void RunningNode::listen_to_instrument()
@@ -73,6 +89,8 @@ void RunningNode::listen_to_instrument()
             [this] {
                 if (state_file_)
                     state_file_->changed();
+                if (registration_)
+                    registration_->changed();
             },
         .scheduled = [this] { activations_.look_again(); },
     });

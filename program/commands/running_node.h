@@ -13,12 +13,14 @@
 #include "instrument/activation_thread.h"
 #include "instrument/instrument.h"
 #include "instrument/state_file.h"
+#include "registration/registration_client.h"
+#include "registration/registry_source.h"
 #include "routes/client_log.h"
 #include "routes/router.h"
 
 namespace nmos_instrument::program {
 
-/// An instrument on the network: served.
+/// An instrument on the network: served and registered.
 class RunningNode
 {
 public:
@@ -27,8 +29,8 @@ public:
     RunningNode(const ServeOptions& options, host::ListeningSocket socket,
                 host::Instrument& instrument, host::StateFile* state_file);
 
-    /// When it has ended, nothing changes the instrument any more.
-    ~RunningNode() = default;
+    /// When it has ended, which takes up to 2 s for the registry, nothing changes the instrument any more.
+    ~RunningNode();
 
     RunningNode(const RunningNode&) = delete;
     RunningNode& operator=(const RunningNode&) = delete;
@@ -43,6 +45,8 @@ private:
     const ServeOptions& options_;
     host::ClientLog client_log_;
     host::HttpClient http_client_;
+    std::optional<host::RegistrySource> registries_;
+    std::optional<host::RegistrationClient> registration_;
     host::ActivationThread activations_;
     host::ManifestFetcher manifests_;
     std::optional<host::Router> router_;
