@@ -335,6 +335,7 @@ void Registration::post_next()
     std::string text = *position == node_position
                            ? instrument_.registration_of_node()
                            : instrument_.registration_of(resources_[*position]);
+    book_.note_sent(*position, text);
     exchange("POST", resource_path, text,
              [this, position = *position, text](const ClientAnswer& answer) {
                  resource_posted(position, text, answer);
@@ -358,7 +359,7 @@ void Registration::resource_posted(std::size_t position, const std::string& text
         happen(Event::node_created);
         return;
     }
-    book_.note_taken(position, text);
+    book_.note_taken(position);
     happen(Event::post_answered);
 }
 
@@ -368,7 +369,7 @@ void Registration::resource_refused(std::size_t position, const std::string& tex
     ++status_.refusals;
     spdlog::warn("registry {} refuses {}, which is not posted again unchanged: {}; the body was {}",
                  registry_.url, name_of(position), shown_answer(answer), printable(text));
-    book_.note_refused(position, text);
+    book_.note_refused(position);
     // A registry that has lost the node refuses all that belongs to it; a heartbeat tells.
     const std::optional<RegistrationStatus::Heartbeat>& last = status_.last_heartbeat;
     if (!heart_beating_ && (!last || now() - last->sent > seconds(1)))
@@ -466,8 +467,7 @@ void Registration::registry_failed(const std::string& what, const ClientAnswer& 
 void Registration::leave()
 {
     // What may be there: the answer to its POST may still be on its way.
-    if (!book_.has(node_position))
-        book_.note_taken(node_position, "");
+    book_.assume_node();
     heartbeat_due_.reset();
     changes_due_.reset();
     delete_next();
@@ -498,7 +498,8 @@ void Registration::delete_next()
 void Registration::delete_node()
 {
     forget_requests();
-    book_.begin("");
+    book_.note_all_deleted();
+    book_.assume_node();
     delete_next();
 }
 
@@ -557,6 +558,7 @@ void Registration::forget_requests() noexcept
     heart_beating_ = false;
     heartbeat_due_.reset();
     heartbeat_was_due_.reset();
+    book_.forget_sent();
 }
 
 std::string Registration::path_of(std::size_t position) const

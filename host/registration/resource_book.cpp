@@ -18,8 +18,9 @@ ResourceBook::ResourceBook(const std::vector<NodeResource>& resources)
 
 void ResourceBook::begin(std::string node_text)
 {
-    std::fill(entries_.begin(), entries_.end(), Entry{{}, {}, true});
-    note_taken(node, std::move(node_text));
+    std::fill(entries_.begin(), entries_.end(), Entry{.pending = true});
+    note_sent(node, std::move(node_text));
+    note_taken(node);
 }
 
 void ResourceBook::post_everything()
@@ -32,9 +33,8 @@ void ResourceBook::note_changes(const TextOf& text_of)
 {
     for (std::size_t i = 0; i < entries_.size(); ++i) {
         Entry& entry = entries_[i];
-        const std::optional<std::string>& last = entry.refused ? entry.refused : entry.taken;
         if (!entry.pending)
-            entry.pending = last != text_of(resources_[i]);
+            entry.pending = entry.last() != text_of(resources_[i]);
     }
 }
 
@@ -55,17 +55,37 @@ bool ResourceBook::has_parents_of(std::size_t position) const
                        [this](std::size_t parent) { return entries_[parent].taken.has_value(); });
 }
 
-void ResourceBook::note_taken(std::size_t position, std::string text)
+void ResourceBook::note_sent(std::size_t position, std::string text)
 {
-    entries_[position] = {std::move(text), std::nullopt, false};
+    Entry& entry = entries_[position];
+    entry.sent = std::move(text);
+    entry.pending = false;
     last_ = position;
 }
 
-void ResourceBook::note_refused(std::size_t position, std::string text)
+void ResourceBook::note_taken(std::size_t position)
 {
-    entries_[position].refused = std::move(text);
-    entries_[position].pending = false;
-    last_ = position;
+    Entry& entry = entries_[position];
+    entry.taken = std::exchange(entry.sent, std::nullopt);
+    entry.refused.reset();
+}
+
+void ResourceBook::note_refused(std::size_t position)
+{
+    Entry& entry = entries_[position];
+    entry.refused = std::exchange(entry.sent, std::nullopt);
+}
+
+void ResourceBook::forget_sent() noexcept
+{
+    for (Entry& entry : entries_)
+        entry.sent.reset();
+}
+
+void ResourceBook::assume_node()
+{
+    if (!entries_[node].taken)
+        entries_[node].taken.emplace();
 }
 
 std::optional<std::size_t> ResourceBook::next_to_delete() const

@@ -36,10 +36,15 @@ public:
     /// that those that change all the time do not keep the others waiting.
     std::optional<std::size_t> next() const;
 
-    // What became of a post of `text`.
-    void note_taken(std::size_t position, std::string text);
+    /// A resource is being posted.
+    void note_sent(std::size_t position, std::string text);
+
+    // What became of it.
+    void note_taken(std::size_t position);
     /// It is not posted again as long as it reads the same.
-    void note_refused(std::size_t position, std::string text);
+    void note_refused(std::size_t position);
+    /// Nobody knows.
+    void forget_sent() noexcept;
 
     /// The position of a resource that the registry has and whose children it has not; the node is
     /// the last one.
@@ -47,8 +52,8 @@ public:
     void note_deleted(std::size_t position);
     void note_all_deleted();
 
-    /// Whether the registry has a resource.
-    bool has(std::size_t position) const { return entries_[position].taken.has_value(); }
+    /// The node is most likely there, whatever else is.
+    void assume_node();
 
     /// How many resources the registry has.
     std::size_t size() const;
@@ -59,9 +64,15 @@ public:
 private:
     struct Entry
     {
+        std::optional<std::string> sent{};    ///< what is being posted
         std::optional<std::string> taken{};   ///< what the registry has
         std::optional<std::string> refused{}; ///< what it would not have instead
-        bool pending = false;                 ///< to be posted
+        bool pending = false;                 ///< to be posted, or posted once more
+
+        const std::optional<std::string>& last() const
+        {
+            return sent ? sent : refused ? refused : taken;
+        }
     };
 
     bool has_parents_of(std::size_t position) const;
