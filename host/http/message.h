@@ -3,6 +3,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_HTTP_MESSAGE_H
 #define NMOS_INSTRUMENT_HOST_HTTP_MESSAGE_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
@@ -30,6 +31,9 @@ struct HttpRequest
 
     /// Address and port of the client, such as "192.168.1.20:50123".
     std::string peer;
+
+    /// Which of its routes the handler takes it for; the handler notes it here for HttpAccess.
+    std::size_t route = 0;
 };
 
 /// The address in HttpRequest::peer.

@@ -183,7 +183,7 @@ MHD_Result RequestFlow::finish(Connection& connection, MHD_Connection* mhd)
 std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const Connection& connection,
                                                         MHD_Connection* mhd)
 {
-    const HttpRequest& request = connection.exchange->request;
+    HttpRequest& request = connection.exchange->request;
     auto answer = std::make_shared<PendingAnswer>(mhd, connection.loop);
     const auto fail = [&](const char* what) {
         report(options_.on_failure, request.peer + ' ' + in_quotes(request.method) + ' ' +
@@ -243,7 +243,7 @@ void RequestFlow::end(Connection& connection, MHD_RequestTerminationCode how)
             const auto duration = std::chrono::steady_clock::now() - exchange->begin;
             report(options_.on_request,
                    HttpAccess{exchange->is_head ? MHD_HTTP_METHOD_HEAD : std::move(request.method),
-                              std::move(request.path), std::move(request.peer),
+                              std::move(request.path), std::move(request.peer), request.route,
                               how == MHD_REQUEST_TERMINATED_COMPLETED_OK ? exchange->status : 0,
                               std::chrono::duration_cast<std::chrono::microseconds>(duration)});
         }

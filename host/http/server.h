@@ -32,15 +32,16 @@ using HttpReply = std::function<void(HttpResponse)>;
 /// Called on several server threads at once. It must not wait, least of all for another HTTP
 /// request: a handler that needs time keeps the reply and returns. The request is gone then, so
 /// copy what you need from it. An exception becomes a 500 with its text.
-using HttpHandler = std::function<void(const HttpRequest&, HttpReply)>;
+using HttpHandler = std::function<void(HttpRequest&, HttpReply)>;
 
-/// One finished request, for a log.
+/// One finished request, for a log and for counting.
 struct HttpAccess
 {
     std::string method; ///< as received, so HEAD stays HEAD
     std::string path;   ///< as in HttpRequest
     std::string peer;
-    int status; ///< 0 if the client went away before its answer
+    std::size_t route; ///< as the handler noted it; 0 if it was not asked
+    int status;        ///< 0 if the client went away before its answer
     std::chrono::microseconds
         duration; ///< from the end of the headers to the last byte handed over
 };

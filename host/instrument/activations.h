@@ -4,6 +4,7 @@
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_ACTIVATIONS_H
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -61,6 +62,14 @@ struct ActivationReport
     std::chrono::nanoseconds late{}; ///< from due to done, on the clock that counts
 };
 
+struct ActivationCounts
+{
+    std::uint64_t done = 0;
+    std::uint64_t failed = 0;
+
+    bool operator==(const ActivationCounts&) const = default;
+};
+
 /// The scheduled activations, at most one for each sender or receiver, and reports on the latest
 /// ones that took place. The owner must lock.
 class Activations
@@ -82,12 +91,24 @@ public:
     std::optional<ScheduledActivation> find_due(const Instant& now) const;
 
     // They need no memory, so that what has been done is always reported.
-    void report_done(ActivationReport&& report) { remember(done_, std::move(report)); }
-    void report_failed(ActivationReport&& report) { remember(failed_, std::move(report)); }
+    void report_done(ActivationReport&& report)
+    {
+        remember(done_, std::move(report));
+        ++counts_.done;
+    }
+
+    void report_failed(ActivationReport&& report)
+    {
+        remember(failed_, std::move(report));
+        ++counts_.failed;
+    }
 
     /// The latest ones, newest first.
     const std::vector<ActivationReport>& done() const { return done_; }
     const std::vector<ActivationReport>& failed() const { return failed_; }
+
+    /// Of all that were reported.
+    const ActivationCounts& counts() const { return counts_; }
 
 private:
     static void remember(std::vector<ActivationReport>& list, ActivationReport&& report);
@@ -95,6 +116,7 @@ private:
     std::map<ConnectionKey, ScheduledActivation> scheduled_;
     std::vector<ActivationReport> done_;
     std::vector<ActivationReport> failed_;
+    ActivationCounts counts_;
 };
 
 } // namespace nmos_instrument::host

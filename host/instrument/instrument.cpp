@@ -387,6 +387,7 @@ InstrumentStatus Instrument::status()
     const std::lock_guard lock(mutex_);
     InstrumentStatus status;
     status.activations.assign(activations_.done().begin(), activations_.done().end());
+    status.counts = activations_.counts();
     status.failures.assign(activations_.failed().begin(), activations_.failed().end());
     for (const auto& [key, activation] : activations_.scheduled())
         status.pending.push_back(

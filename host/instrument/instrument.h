@@ -44,6 +44,7 @@ struct InstrumentStatus
     std::vector<ActivationReport> activations; ///< the latest ones, newest first
     std::vector<ActivationReport> failures;    ///< likewise
     std::vector<Pending> pending;
+    ActivationCounts counts; ///< since the start
 };
 
 class Instrument

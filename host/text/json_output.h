@@ -44,6 +44,7 @@ public:
         text_ += std::to_string(value);
     }
     void flag(bool value) { text_ += value ? "true" : "false"; }
+    void null() { text_ += "null"; }
 
     std::string take() { return std::move(text_); }
 

@@ -47,6 +47,21 @@ TaiTime tai_now()
     return tai_time_of(utc_now(), tai_offset());
 }
 
+TaiTime tai_time_of(std::chrono::steady_clock::time_point time)
+{
+    using std::chrono::nanoseconds;
+    using std::chrono::seconds;
+    const timespec now = utc_now();
+    const auto until = time - std::chrono::steady_clock::now();
+    const auto utc = std::chrono::round<std::chrono::milliseconds>(
+        seconds(now.tv_sec) + nanoseconds(now.tv_nsec) + until);
+    const auto whole = std::chrono::floor<seconds>(utc);
+    timespec rounded{};
+    rounded.tv_sec = static_cast<time_t>(whole.count());
+    rounded.tv_nsec = static_cast<long>(nanoseconds(utc - whole).count());
+    return tai_time_of(rounded, tai_offset());
+}
+
 std::chrono::system_clock::time_point system_time_of(const TaiTime& time)
 {
     using std::chrono::system_clock;

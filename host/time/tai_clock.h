@@ -27,6 +27,10 @@ timespec utc_now();
 /// The machine's time as TAI.
 TaiTime tai_now();
 
+/// When `time` was or will be, as the clocks show it now. To the millisecond: the two clocks are
+/// read one after the other.
+TaiTime tai_time_of(std::chrono::steady_clock::time_point time);
+
 /// `time` on the system clock, but never more than an hour away, so that a waiting thread looks at
 /// the clocks again: they may have been set, and leap seconds happen.
 std::chrono::system_clock::time_point system_time_of(const TaiTime& time);

@@ -92,6 +92,7 @@ TEST(Activations, TheLastTwentyReportsAreKeptNewestFirst)
     for (int i = 0; i < 25; ++i)
         activations.report_done({std::to_string(i), "", {}, {}, "", {}});
     activations.report_failed({"failed", "", {}, {}, "why", {}});
+    EXPECT_EQ(activations.counts(), (ActivationCounts{25, 1}));
     ASSERT_EQ(activations.done().size(), 20U);
     EXPECT_EQ(activations.done().front().resource, "24");
     EXPECT_EQ(activations.done().back().resource, "5");

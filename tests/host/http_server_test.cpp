@@ -342,7 +342,8 @@ TEST(HttpServer, TellsTheLogAboutEachRequest)
         changed.notify_all();
         throw std::runtime_error("disk full");
     };
-    HttpServer server(options, [](const HttpRequest&, const HttpReply& reply) {
+    HttpServer server(options, [](HttpRequest& request, const HttpReply& reply) {
+        request.route = request.method.size();
         std::this_thread::sleep_for(20ms);
         reply({404, "", "", {}});
     });
@@ -366,6 +367,7 @@ TEST(HttpServer, TellsTheLogAboutEachRequest)
     ASSERT_EQ(accesses.size(), 3U);
     EXPECT_EQ(accesses[0].method, "HEAD");
     EXPECT_EQ(accesses[0].path, "/a");
+    EXPECT_EQ(accesses[0].route, 3U); // for the handler it is a GET
     EXPECT_EQ(accesses[0].status, 404);
     EXPECT_THAT(accesses[0].peer, StartsWith("127.0.0.1:"));
     EXPECT_GE(accesses[0].duration, 20ms);
@@ -374,6 +376,7 @@ TEST(HttpServer, TellsTheLogAboutEachRequest)
     EXPECT_EQ(accesses[1].path, "/a");
     EXPECT_EQ(accesses[1].status, 404);
     EXPECT_EQ(accesses[2].path, "/gone");
+    EXPECT_EQ(accesses[2].route, 0U);
     EXPECT_EQ(accesses[2].status, 0);
 }
 

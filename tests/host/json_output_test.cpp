@@ -18,6 +18,7 @@ std::string example(JsonForm form)
     json.key("list").begin_array();
     json.element().number(-1);
     json.element().flag(true);
+    json.element().null();
     json.element().begin_object();
     json.end_object();
     json.end_array();
@@ -29,7 +30,7 @@ std::string example(JsonForm form)
 
 TEST(JsonOutput, Compact)
 {
-    EXPECT_EQ(example(JsonForm::compact), R"({"a":"b","list":[-1,true,{}],"none":[]})");
+    EXPECT_EQ(example(JsonForm::compact), R"({"a":"b","list":[-1,true,null,{}],"none":[]})");
 }
 
 TEST(JsonOutput, Indented)
@@ -39,6 +40,7 @@ TEST(JsonOutput, Indented)
                                            " \"list\": [\n"
                                            "  -1,\n"
                                            "  true,\n"
+                                           "  null,\n"
                                            "  {}\n"
                                            " ],\n"
                                            " \"none\": []\n"
