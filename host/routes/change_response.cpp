@@ -64,16 +64,19 @@ ChangeOutcome change(const Services& services, const std::string& peer, const Co
         findings.empty() ? instrument.change(key, patch) : invalid_parameters(findings.text());
     for (const std::string& line : outcome.log)
         services.log.info(peer, line);
-    if (outcome.is_refusal())
-        services.log.info(
-            peer, "refused a change of " + instrument.resource_name(key) + ": " +
-                      refusal_line(http_status(outcome.result), outcome.error, outcome.debug));
+    if (outcome.is_refusal()) {
+        const int status = http_status(outcome.result);
+        services.counts.refused_change(status);
+        services.log.info(peer, "refused a change of " + instrument.resource_name(key) + ": " +
+                                    refusal_line(status, outcome.error, outcome.debug));
+    }
     return outcome;
 }
 
 void refuse(const Services& services, const HttpRequest& request, const HttpReply& reply,
             int status, const std::string& error, const std::string& debug)
 {
+    services.counts.refused_change(status);
     services.log.info(request.peer, "refused " + in_quotes(request.method) + ' ' +
                                         in_quotes(request.path) + ": " +
                                         refusal_line(status, error, debug));

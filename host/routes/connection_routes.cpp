@@ -43,6 +43,7 @@ constexpr ResourceKind kind_of(Side side)
 
 ChangeOutcome unknown_id(const Services& services, const std::string& peer, const std::string& id)
 {
+    services.counts.refused_change(404);
     services.log.info(peer, "refused a change of " + in_quotes(id) +
                                 ": 404 Not found: no resource has this id");
     return {ChangeResult::unknown, "", "Not found", "no resource has this id"};

@@ -66,6 +66,13 @@ struct TargetChange
         return change(services, peer, receiver, patch, Findings());
     }
 
+    /// A refusal that apply() has not counted.
+    void refuse(const HttpResponse& response) const
+    {
+        services.counts.refused_change(response.status);
+        reply(response);
+    }
+
     void answer(const ChangeOutcome& outcome) const
     {
         if (outcome.is_refusal())
@@ -80,7 +87,7 @@ void connect_with(const TargetSender& sender, const std::string& sdp, const Targ
 {
     // Fetching took its time.
     if (const std::optional<HttpResponse> refusal = refusal_of_change(change.services)) {
-        change.reply(*refusal);
+        change.refuse(*refusal);
         return;
     }
     const ChangeOutcome outcome = change.apply(patch_to_connect(sender.id, sdp));
@@ -104,13 +111,13 @@ void answer_about(const TargetSender& sender, const FetchedManifest& manifest,
     change.services.log.info(change.peer, "the manifest " + shown_url(sender.manifest_href) +
                                               " was not fetched: " + manifest.why);
     const bool too_many = manifest.result == FetchedManifest::Result::too_many;
-    change.reply(too_many ? too_many_manifests() : manifest_refusal());
+    change.refuse(too_many ? too_many_manifests() : manifest_refusal());
 }
 
 void fetch_manifest(const TargetSender& sender, const std::shared_ptr<TargetChange>& change)
 {
     if (const auto locked = change->services.instrument.refusal_while_scheduled(change->receiver)) {
-        change->answer(*locked);
+        change->refuse(refusal_response(*locked));
         return;
     }
     change->services.manifests.fetch(sender.manifest_href, address_of(change->peer),

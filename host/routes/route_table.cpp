@@ -68,8 +68,16 @@ void RouteTable::add(const Route& route)
     auto path = std::find_if(paths_.begin(), paths_.end(),
                              [&](const Path& known) { return known.segments == segments; });
     if (path == paths_.end())
-        path = paths_.insert(path, {segments, {}});
+        path = paths_.insert(path, {route.path, paths_.size() + 1, segments, {}});
     path->routes.push_back(&route);
+}
+
+std::vector<std::string_view> RouteTable::paths() const
+{
+    std::vector<std::string_view> all;
+    for (const Path& path : paths_)
+        all.push_back(path.path);
+    return all;
 }
 
 const Route* RouteTable::Path::find(std::string_view method) const

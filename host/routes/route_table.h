@@ -25,6 +25,8 @@ public:
     /// The routes of one path, one for each method.
     struct Path
     {
+        std::string_view path; ///< as in the tables
+        std::size_t number;    ///< from 1 on
         std::vector<std::string_view> segments;
         std::vector<const Route*> routes;
 
@@ -37,6 +39,9 @@ public:
         const Path& path;
         std::size_t index; ///< position of the resource whose id is in the path, or 0
     };
+
+    /// In the order of their numbers.
+    std::vector<std::string_view> paths() const;
 
     /// Nothing if there is no such path, or no resource with the id in it.
     std::optional<Match> find(std::string_view path, const ResourceIndex& resources) const;

@@ -83,12 +83,9 @@ HttpResponse not_allowed(const std::string& method, const std::string& allowed)
 
 } // namespace
 
-Router::Router(const Services& services)
-    : services_(services),
-      routes_{root_routes(), node_routes(), connection_routes(), status_routes()}
-{}
+Router::Router(const Services& services) : services_(services), routes_(all_routes()) {}
 
-void Router::handle(const HttpRequest& request, const HttpReply& reply) const
+void Router::handle(HttpRequest& request, const HttpReply& reply) const
 {
     // "*" asks about the server as a whole (RFC 9110 9.3.7).
     if (request.method == "OPTIONS" && request.path == "*") {
@@ -105,6 +102,7 @@ void Router::handle(const HttpRequest& request, const HttpReply& reply) const
         return;
     }
     const RouteTable::Path& found = match->path;
+    request.route = found.number;
     if (request.method == "OPTIONS") {
         reply(options_response(list_of(found.routes, slash_at_end)));
         return;
@@ -147,6 +145,7 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
         return;
     }
     if (const std::optional<HttpResponse> refusal = refusal_of_change(services_)) {
+        services_.counts.refused_change(refusal->status);
         reply(*refusal);
         return;
     }

@@ -27,7 +27,7 @@ class Router
 public:
     explicit Router(const Services& services);
 
-    void handle(const HttpRequest& request, const HttpReply& reply) const;
+    void handle(HttpRequest& request, const HttpReply& reply) const;
 
 private:
     void answer(const Route& route, std::size_t index, const HttpRequest& request,

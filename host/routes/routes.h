@@ -8,6 +8,7 @@
 #include <span>
 
 #include "routes/route.h"
+#include "routes/route_table.h"
 
 namespace nmos_instrument::host {
 
@@ -22,6 +23,11 @@ std::span<const Route> connection_routes();
 
 /// "/healthz" and "/status", for the people who operate the instrument.
 std::span<const Route> status_routes();
+
+/// "/metrics", for the programs that watch it.
+std::span<const Route> metrics_routes();
+
+RouteTable all_routes();
 
 } // namespace nmos_instrument::host
 

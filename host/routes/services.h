@@ -4,14 +4,18 @@
 #define NMOS_INSTRUMENT_HOST_ROUTES_SERVICES_H
 
 #include <chrono>
+#include <functional>
 #include <optional>
 
+#include "advertisement/advertisement.h"
 #include "http/manifest_fetcher.h"
 #include "http/server.h"
 #include "instrument/instrument.h"
 #include "instrument/state_file.h"
+#include "registration/registration_status.h"
 #include "routes/change_permission.h"
 #include "routes/client_log.h"
+#include "routes/request_counts.h"
 
 namespace nmos_instrument::host {
 
@@ -21,8 +25,11 @@ struct Services
     Instrument& instrument;
     ManifestFetcher& manifests;
     ClientLog& log;
+    RequestCounts& counts;
     StateFile* state_file = nullptr; ///< null: nothing survives a restart
     ChangePermission permission;
+    std::function<RegistrationStatus()> registration{};   ///< empty: there is none
+    std::function<AdvertisementStatus()> advertisement{}; ///< likewise
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
 };
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <algorithm>
 #include <chrono>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "routes/routes.h"
@@ -41,6 +44,67 @@ void add(JsonOutput& json, const std::vector<InstrumentStatus::Pending>& activat
     json.end_array();
 }
 
+void add(JsonOutput& json, const std::optional<RegistrationStatus::Heartbeat>& heartbeat)
+{
+    if (!heartbeat) {
+        json.null();
+        return;
+    }
+    json.begin_object();
+    json.key("sent").text(to_text(tai_time_of(heartbeat->sent)));
+    json.key("round_trip_us").number(heartbeat->round_trip.count());
+    json.key("late_us").number(heartbeat->late.count());
+    json.end_object();
+}
+
+void add_text_or_null(JsonOutput& json, const std::string& text)
+{
+    if (text.empty())
+        json.null();
+    else
+        json.text(printable(text));
+}
+
+/// Rounded up; what is overdue is due now.
+void add_seconds_until(JsonOutput& json, const std::optional<RegistrationStatus::TimePoint>& time)
+{
+    if (!time) {
+        json.null();
+        return;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    json.number(std::chrono::ceil<std::chrono::seconds>(std::max(*time, now) - now).count());
+}
+
+void add(JsonOutput& json, const RegistrationStatus& status)
+{
+    json.begin_object();
+    json.key("state").text(printable(status.state));
+    json.key("registered").flag(status.registered);
+    add_text_or_null(json.key("registry"), status.registry);
+    add_text_or_null(json.key("origin"), status.origin);
+    json.key("since").text(to_text(tai_time_of(status.since)));
+    add(json.key("last_heartbeat"), status.last_heartbeat);
+    json.key("posts").number(status.posts);
+    json.key("deletions").number(status.deletions);
+    json.key("heartbeats").number(status.heartbeats);
+    json.key("refusals").number(status.refusals);
+    json.key("failures").number(status.failures);
+    json.key("fail_overs").number(status.fail_overs);
+    add_seconds_until(json.key("next_try_seconds"), status.next_try);
+    json.end_object();
+}
+
+void add(JsonOutput& json, const AdvertisementStatus& status)
+{
+    json.begin_object();
+    json.key("state").text(printable(status.state));
+    add_text_or_null(json.key("file"), status.file);
+    if (!status.trouble.empty())
+        json.key("trouble").text(printable(status.trouble));
+    json.end_object();
+}
+
 std::string status_text(const Services& services)
 {
     const InstrumentStatus status = services.instrument.status();
@@ -57,6 +121,10 @@ std::string status_text(const Services& services)
         const std::string trouble = services.state_file->trouble();
         json.key("state_file").text(trouble.empty() ? "saved" : printable(trouble));
     }
+    if (services.registration)
+        add(json.key("registration"), services.registration());
+    if (services.advertisement)
+        add(json.key("advertisement"), services.advertisement());
     json.end_object();
     return json.take() + '\n';
 }

@@ -10,6 +10,7 @@
 #include <spdlog/spdlog.h>
 
 #include "http/manifest_hosts.h"
+#include "routes/routes.h"
 #include "text/ipv4_address.h"
 #include "text/ipv4_network.h"
 #include "text/quoted_text.h"
@@ -17,11 +18,13 @@
 namespace nmos_instrument::program {
 namespace {
 
-host::HttpServerOptions server_options(const ServeOptions& options, host::ClientLog& log)
+host::HttpServerOptions server_options(const ServeOptions& options, host::ClientLog& log,
+                                       host::RequestCounts& counts)
 {
     host::HttpServerOptions server;
     server.connections_per_address = options.connections_per_address;
-    server.on_request = [&log](const host::HttpAccess& access) {
+    server.on_request = [&log, &counts](const host::HttpAccess& access) {
+        counts.answered(access);
         if (spdlog::should_log(spdlog::level::debug))
             log.debug(access.peer, fmt::format("{} {} {} {} us", host::in_quotes(access.method),
                                                host::in_quotes(access.path), access.status,
@@ -52,6 +55,7 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
     : instrument_(instrument),
       state_file_(state_file),
       options_(options),
+      request_counts_(host::all_routes().paths()),
       activations_(instrument),
       manifests_(http_client_, manifest_hosts(options, instrument.configuration()))
 {
@@ -65,10 +69,9 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
             host::RegistrationClient::Options{.ca_file = registration.ca_file.value_or("")});
     }
     listen_to_instrument();
-    router_.emplace(
-        host::Services{instrument_, manifests_, client_log_, state_file_, options.changes});
-    server_.emplace(std::move(socket), server_options(options, client_log_),
-                    [this](const host::HttpRequest& request, const host::HttpReply& reply) {
+    router_.emplace(services());
+    server_.emplace(std::move(socket), server_options(options, client_log_, request_counts_),
+                    [this](host::HttpRequest& request, const host::HttpReply& reply) {
                         router_->handle(request, reply);
                     });
     if (registration_)
@@ -94,6 +97,15 @@ void RunningNode::listen_to_instrument()
             },
         .scheduled = [this] { activations_.look_again(); },
     });
+}
+
+host::Services RunningNode::services()
+{
+    host::Services services{instrument_,     manifests_,  client_log_,
+                            request_counts_, state_file_, options_.changes};
+    if (registration_)
+        services.registration = [this] { return registration_->status(); };
+    return services;
 }
 
 } // namespace nmos_instrument::program

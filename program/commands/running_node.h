@@ -16,7 +16,9 @@
 #include "registration/registration_client.h"
 #include "registration/registry_source.h"
 #include "routes/client_log.h"
+#include "routes/request_counts.h"
 #include "routes/router.h"
+#include "routes/services.h"
 
 namespace nmos_instrument::program {
 
@@ -39,11 +41,13 @@ public:
 
 private:
     void listen_to_instrument();
+    host::Services services();
 
     host::Instrument& instrument_;
     host::StateFile* const state_file_;
     const ServeOptions& options_;
     host::ClientLog client_log_;
+    host::RequestCounts request_counts_;
     host::HttpClient http_client_;
     std::optional<host::RegistrySource> registries_;
     std::optional<host::RegistrationClient> registration_;

@@ -3,6 +3,7 @@
 #include "routes/route_table.h"
 
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -57,6 +58,14 @@ TEST_F(RouteTableTest, FindsPathAndMethod)
     EXPECT_EQ(found("GET", "/a/b"), "/a/b 0");
     EXPECT_EQ(found("PATCH", "/a/b"), "/a/b 0");
     EXPECT_EQ(found("PUT", "/a/b"), "no such method");
+}
+
+TEST_F(RouteTableTest, PathsHaveNumbers)
+{
+    EXPECT_EQ(routes_.paths(),
+              (std::vector<std::string_view>{"/", "/a/b", "/r/{receiver}", "/r/{receiver}/x"}));
+    EXPECT_EQ(routes_.find("/", resources_)->path.number, 1U);
+    EXPECT_EQ(routes_.find("/r/" + receiver_id(5), resources_)->path.number, 3U);
 }
 
 TEST_F(RouteTableTest, OtherPathsAreNotThere)

@@ -46,6 +46,7 @@ class UrlSpace(InstrumentTest):
             f"{SINGLE}/{self.sender}/transportfile": reading,
             "/healthz": reading,
             "/status": reading,
+            "/metrics": reading,
         }
         for resource in (self.sender, self.receiver):
             table |= {
@@ -81,7 +82,7 @@ class UrlSpace(InstrumentTest):
                     self.assertEqual((get.status, head.status), (expected, expected))
                     self.assertEqual(head.body, b"")
                     self.assertEqual(head.headers["content-type"], get.headers["content-type"])
-                    if path != "/status":  # whose times differ
+                    if path not in ("/status", "/metrics"):  # whose numbers differ
                         self.assertEqual(head.headers["content-length"], str(len(get.body)))
                     self.assertEqual(get.headers["access-control-allow-origin"], "*")
 
@@ -89,6 +90,7 @@ class UrlSpace(InstrumentTest):
         for path, methods in self.methods().items():
             if "GET" in methods:
                 expected = ("application/sdp" if path.endswith("/transportfile")
+                            else "text/plain; version=0.0.4; charset=utf-8" if path == "/metrics"
                             else "application/json")
                 with self.subTest(path):
                     self.assertEqual(self.instrument.get(path).headers["content-type"], expected)

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "routes/routes.h"
+
+namespace nmos_instrument::host {
+
+RouteTable all_routes()
+{
+    return {root_routes(), node_routes(), connection_routes(), status_routes(), metrics_routes()};
+}
+
+} // namespace nmos_instrument::host
