@@ -33,7 +33,8 @@ def on_cpu(number):
 class Instrument:
     def __init__(self, program):
         self.process = subprocess.Popen(
-            [*on_cpu(0), program, "serve", "--first-free-port", "--port", "25500", "--log-level", "off",
+            [*on_cpu(0), program, "serve", "--no-registration", "--first-free-port",
+             "--port", "25500", "--log-level", "off",
              "--connections-per-address", "0"], stdout=subprocess.PIPE)
         self.url = self.process.stdout.readline().decode().strip()
         self.port = int(self.url.rstrip("/").rsplit(":", 1)[1])

@@ -155,7 +155,8 @@ def run_bare(options):
 
 
 def run_program(options):
-    command = [options.program, "serve", "--port", str(free_port()), "--log-level", "error"]
+    command = [options.program, "serve", "--no-registration", "--port", str(free_port()),
+               "--log-level", "error"]
     with Server(command, stdout=subprocess.PIPE) as server:
         url = server.process.stdout.readline().strip()
         if not url:

@@ -30,10 +30,13 @@ struct NodeSettings
     bool operator==(const NodeSettings&) const = default;
 };
 
+/// Where the instrument is reached. What the names of interfaces mean, the machine decides.
 struct ServerSettings
 {
-    std::string address = "127.0.0.1";
+    std::optional<std::string> listen;  ///< an address, an interface or "any"; null: `address`
+    std::optional<std::string> address; ///< IPv4 or an interface; null: that of `listen`
     int port = 3000;
+    std::optional<int> advertised_port; ///< null: `port`
 
     bool operator==(const ServerSettings&) const = default;
 };
@@ -42,7 +45,7 @@ struct ServerSettings
 struct RegistrationSettings
 {
     bool enabled = true;
-    std::vector<std::string> registries; ///< URLs; empty: those that are found
+    std::vector<std::string> registries; ///< as registry_url() gives them; empty: those found
     std::optional<std::string> ca_file;  ///< for https, instead of the system's certificates
     std::optional<std::string> dns_domain;
     bool development_registries = false;

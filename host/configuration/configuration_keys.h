@@ -7,15 +7,23 @@
 #define NMOS_INSTRUMENT_HOST_CONFIGURATION_CONFIGURATION_KEYS_H
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 #include <nmos_instrument/nmos_instrument.h>
 
 #include "configuration/configuration.h"
+#include "configuration/network_rules.h"
 #include "configuration/value_rules.h"
 
 namespace nmos_instrument::host {
+
+inline constexpr std::array<Choice<Advertise>, 3> advertising_times = {{
+    {R"("peer to peer")", Advertise::peer_to_peer},
+    {R"("always")", Advertise::always},
+    {R"("never")", Advertise::never},
+}};
 
 inline constexpr std::array<Choice<ClockReference>, 2> clock_references = {{
     {R"("ptp")", ClockReference::ptp},
@@ -64,6 +72,7 @@ inline constexpr auto frame_rate_choices = choices_of(frame_rates, &FrameRateFac
 inline constexpr auto packet_time_choices = choices_of(packet_times, &PacketTimeFacts::time);
 
 constexpr int highest_port = 65535;
+constexpr std::size_t most_registries = 16;
 
 template <class Visitor, class DestinationType>
 void visit_destination(Visitor& visitor, std::string_view key, DestinationType& destination,
@@ -104,12 +113,45 @@ void visit_keys(Visitor& visitor, ConfigurationType& configuration)
                      host_name_for_field(sizeof NMOS_IS04_ST::hostname), "Its host name.");
     });
 
-    visitor.object("server", "Where the HTTP APIs are served.", [&] {
-        visitor.text("address", c.server.address, unicast_address(),
-                     "The address to serve at, which all bodies name too. Other machines can reach "
-                     "the instrument only if it is an address on a network that they share.");
-        visitor.number("port", c.server.port, 1, highest_port,
-                       "The TCP port to serve at, which all bodies name too.");
+    visitor.object(
+        "server", "Where the HTTP APIs are served, and where others are told that they are.", [&] {
+            visitor.text_or_null(
+                "listen", c.server.listen, listening_place(),
+                "Where to listen: at one address, at every address of an interface, "
+                "or at every address of the machine. Null: at \"address\", or else at "
+                "127.0.0.1, which no other machine reaches.");
+            visitor.text_or_null("address", c.server.address, own_address(),
+                                 "The address that all bodies name, or the interface whose address "
+                                 "they name. Null: the address at which it listens.");
+            visitor.number("port", c.server.port, 1, highest_port, "The TCP port to listen at.");
+            visitor.number_or_null(
+                "advertised_port", c.server.advertised_port, 1, highest_port,
+                "The TCP port that all bodies name. Null: that at which it listens.");
+        });
+
+    visitor.object("registration", "How the node registers with a registry (IS-04).", [&] {
+        visitor.flag("enabled", c.registration.enabled, "Whether it registers at all.");
+        visitor.texts("registries", c.registration.registries, registry_address(), most_registries,
+                      "The registries to register with: the first that answers. Empty: those that "
+                      "DNS-SD finds.");
+        visitor.text_or_null(
+            "ca_file", c.registration.ca_file, file_path(),
+            "Certificates (PEM) of the authorities that are trusted for registries "
+            "at https. Null: those of the system.");
+        visitor.text_or_null("dns_domain", c.registration.dns_domain, domain_name(),
+                             "The domain in which DNS-SD looks for registries. Null: the search "
+                             "domain of the machine.");
+        visitor.flag("development_registries", c.registration.development_registries,
+                     "Whether registries of priority 100 and more, which are there for "
+                     "development, are used too.");
+    });
+
+    visitor.object("advertisement", "How the node shows itself to its neighbours by mDNS.", [&] {
+        visitor.text_or_null("service_file", c.advertisement.service_file, service_file_path(),
+                             "The file of avahi-daemon that advertises the node, such as "
+                             "\"/etc/avahi/services/nmos-node.service\". Null: none.");
+        visitor.choice("when", c.advertisement.when, advertising_times,
+                       "When it is advertised: \"peer to peer\" is while there is no registry.");
     });
 
     visitor.array(

@@ -71,22 +71,57 @@ void ConfigurationReader::text_or_null(std::string_view key, std::optional<std::
         value = text;
 }
 
+void ConfigurationReader::texts(std::string_view key, std::vector<std::string>& values,
+                                const TextRule& rule, std::size_t most,
+                                std::string_view explanation)
+{
+    const json* const found = look_up(key);
+    if (found == nullptr)
+        return;
+    if (!found->is_array() || found->size() > most) {
+        refuse_array(key, *found, "at most " + std::to_string(most) + " entries");
+        return;
+    }
+    levels_.push_back({found, pointer_to(key), {}});
+    values.assign(found->size(), "");
+    for (std::size_t i = 0; i < values.size(); ++i)
+        text(std::to_string(i), values[i], rule, explanation);
+    levels_.pop_back();
+}
+
+std::optional<int> ConfigurationReader::number_in(const json& found, int lowest, int highest)
+{
+    // The parser makes numbers above 2^63 unsigned; they are too large for any limit.
+    if (!found.is_number_integer() ||
+        (found.is_number_unsigned() && found.get<std::uint64_t>() > std::uint64_t{INT32_MAX}))
+        return std::nullopt;
+    const auto number = found.get<std::int64_t>();
+    if (number < lowest || number > highest)
+        return std::nullopt;
+    return static_cast<int>(number);
+}
+
 void ConfigurationReader::number(std::string_view key, int& value, int lowest, int highest,
                                  std::string_view)
 {
     const json* const found = look_up(key);
     if (found == nullptr)
         return;
-    // The parser makes numbers above 2^63 unsigned; they are too large for any limit.
-    if (found->is_number_integer() &&
-        !(found->is_number_unsigned() && found->get<std::uint64_t>() > std::uint64_t{INT32_MAX})) {
-        const auto number = found->get<std::int64_t>();
-        if (number >= lowest && number <= highest) {
-            value = static_cast<int>(number);
-            return;
-        }
-    }
-    refuse(key, *found, number_range(lowest, highest));
+    if (const std::optional<int> number = number_in(*found, lowest, highest))
+        value = *number;
+    else
+        refuse(key, *found, number_range(lowest, highest));
+}
+
+void ConfigurationReader::number_or_null(std::string_view key, std::optional<int>& value,
+                                         int lowest, int highest, std::string_view)
+{
+    const json* const found = look_up(key);
+    if (found == nullptr)
+        return;
+    value = number_in(*found, lowest, highest);
+    if (!value && !found->is_null())
+        refuse(key, *found, number_range(lowest, highest) + ", or null");
 }
 
 void ConfigurationReader::flag(std::string_view key, bool& value, std::string_view)
@@ -157,6 +192,16 @@ void ConfigurationReader::refuse(std::string_view key, const json& found,
     find(file_ + ": " + pointer_to(key) + ": found " + shown(found) + ", allowed: " + allowed);
 }
 
+void ConfigurationReader::refuse_array(std::string_view key, const json& found,
+                                       const std::string& entries)
+{
+    if (found.is_array())
+        find(file_ + ": " + pointer_to(key) + ": found an array of " +
+             std::to_string(found.size()) + ", allowed: " + entries);
+    else
+        refuse(key, found, "an array of " + entries);
+}
+
 void ConfigurationReader::enter_object(std::string_view key)
 {
     const json* found = look_up(key);
@@ -192,12 +237,7 @@ void ConfigurationReader::enter_array(std::string_view key, std::size_t size)
 {
     const json* found = look_up(key);
     if (found != nullptr && !(found->is_array() && found->size() == size)) {
-        const std::string entries = std::to_string(size) + " entries";
-        if (found->is_array())
-            find(file_ + ": " + pointer_to(key) + ": found an array of " +
-                 std::to_string(found->size()) + ", allowed: " + entries);
-        else
-            refuse(key, *found, "an array of " + entries);
+        refuse_array(key, *found, std::to_string(size) + " entries");
         found = nullptr;
     }
     levels_.push_back({found, pointer_to(key), {}});

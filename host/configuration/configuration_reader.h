@@ -29,8 +29,13 @@ public:
               std::string_view explanation);
     void text_or_null(std::string_view key, std::optional<std::string>& value, const TextRule& rule,
                       std::string_view explanation);
+    /// An array of any length, up to `most`.
+    void texts(std::string_view key, std::vector<std::string>& values, const TextRule& rule,
+               std::size_t most, std::string_view explanation);
     void number(std::string_view key, int& value, int lowest, int highest,
                 std::string_view explanation);
+    void number_or_null(std::string_view key, std::optional<int>& value, int lowest, int highest,
+                        std::string_view explanation);
     void flag(std::string_view key, bool& value, std::string_view explanation);
 
     template <class Meaning, std::size_t N>
@@ -87,10 +92,13 @@ private:
     };
 
     void find(const std::string& finding);
+    static std::optional<int> number_in(const nlohmann::json& found, int lowest, int highest);
     static bool is_same(const nlohmann::json& found, std::string_view json);
     const nlohmann::json* look_up(std::string_view key);
     std::string pointer_to(std::string_view key) const;
     void refuse(std::string_view key, const nlohmann::json& found, const std::string& allowed);
+    void refuse_array(std::string_view key, const nlohmann::json& found,
+                      const std::string& entries);
     void enter_object(std::string_view key);
     void leave_object();
     void enter_array(std::string_view key, std::size_t size);

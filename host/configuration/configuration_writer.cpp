@@ -27,10 +27,33 @@ void ConfigurationWriter::text_or_null(std::string_view key,
     member(key, value ? quoted(*value) : "null", explanation, rule.allowed + ", or null");
 }
 
+void ConfigurationWriter::texts(std::string_view key, const std::vector<std::string>& values,
+                                const TextRule& rule, std::size_t most,
+                                std::string_view explanation)
+{
+    const std::string allowed =
+        "at most " + std::to_string(most) + " entries, each a " + rule.allowed;
+    if (values.empty()) {
+        member(key, "[]", explanation, allowed);
+        return;
+    }
+    open(key, std::string(explanation) + " Allowed: " + allowed + ".", '[', true);
+    for (const std::string& value : values)
+        member({}, quoted(value), {}, {});
+    close(']');
+}
+
 void ConfigurationWriter::number(std::string_view key, int value, int lowest, int highest,
                                  std::string_view explanation)
 {
     member(key, std::to_string(value), explanation, number_range(lowest, highest));
+}
+
+void ConfigurationWriter::number_or_null(std::string_view key, const std::optional<int>& value,
+                                         int lowest, int highest, std::string_view explanation)
+{
+    member(key, value ? std::to_string(*value) : "null", explanation,
+           number_range(lowest, highest) + ", or null");
 }
 
 void ConfigurationWriter::flag(std::string_view key, bool value, std::string_view explanation)

@@ -4,6 +4,7 @@
 #define NMOS_INSTRUMENT_HOST_CONFIGURATION_CONFIGURATION_WRITER_H
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,8 +22,12 @@ public:
               std::string_view explanation);
     void text_or_null(std::string_view key, const std::optional<std::string>& value,
                       const TextRule& rule, std::string_view explanation);
+    void texts(std::string_view key, const std::vector<std::string>& values, const TextRule& rule,
+               std::size_t most, std::string_view explanation);
     void number(std::string_view key, int value, int lowest, int highest,
                 std::string_view explanation);
+    void number_or_null(std::string_view key, const std::optional<int>& value, int lowest,
+                        int highest, std::string_view explanation);
     void flag(std::string_view key, bool value, std::string_view explanation);
 
     template <class Meaning, std::size_t N>

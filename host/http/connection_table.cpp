@@ -25,16 +25,16 @@ bool has_ended(int socket)
 
 } // namespace
 
-Connection& ConnectionTable::add(int socket, std::string peer, std::uint32_t address,
+Connection& ConnectionTable::add(int socket, std::string peer, const ClientKey& client,
                                  const EventLoop& loop)
 {
     const std::lock_guard lock(mutex_);
-    AddressShare& share = shares_[address];
+    ClientShare& share = shares_[client];
     ++share.connections;
     try {
-        connections_.emplace_back(socket, std::move(peer), address, share, loop);
+        connections_.emplace_back(socket, std::move(peer), client, share, loop);
     } catch (...) {
-        leave(address, share);
+        leave(client, share);
         throw;
     }
     Connection& connection = connections_.back();
@@ -53,21 +53,21 @@ void ConnectionTable::remove(Connection& connection)
         --connection.share.ending;
         --ending_;
     }
-    leave(connection.address, connection.share);
+    leave(connection.client, connection.share);
     if (connections_.empty())
         emptied_.notify_all();
 }
 
-void ConnectionTable::leave(std::uint32_t address, AddressShare& share)
+void ConnectionTable::leave(const ClientKey& client, ClientShare& share)
 {
     if (--share.connections == 0)
-        shares_.erase(address);
+        shares_.erase(client);
 }
 
-std::size_t ConnectionTable::count_of(std::uint32_t address)
+std::size_t ConnectionTable::count_of(const ClientKey& client)
 {
     const std::lock_guard lock(mutex_);
-    const auto share = shares_.find(address);
+    const auto share = shares_.find(client);
     return share == shares_.end() ? 0 : share->second.staying();
 }
 
@@ -82,7 +82,7 @@ void ConnectionTable::make_room(std::size_t most)
         });
     Connection* chosen = nullptr;
     for (Connection& connection : connections_) {
-        if (connection.address != greediest->first || connection.is_ending)
+        if (connection.client != greediest->first || connection.is_ending)
             continue;
         if (chosen == nullptr)
             chosen = &connection;

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
-#include <cstdint>
 #include <list>
 #include <map>
 #include <memory>
@@ -15,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "http/client_address.h"
 #include "http/event_loop.h"
 #include "http/exchange.h"
 #include "http/framing.h"
@@ -23,8 +23,8 @@
 
 namespace nmos_instrument::host {
 
-/// What the connections of one client address hold together.
-struct AddressShare
+/// What the connections of one client hold together.
+struct ClientShare
 {
     MemoryBudget memory; ///< of their request bodies and answers
 
@@ -40,11 +40,11 @@ struct Connection
 {
     using Clock = std::chrono::steady_clock;
 
-    Connection(int its_socket, std::string its_peer, std::uint32_t its_address,
-               AddressShare& its_share, const EventLoop& its_loop)
+    Connection(int its_socket, std::string its_peer, const ClientKey& its_client,
+               ClientShare& its_share, const EventLoop& its_loop)
         : socket(its_socket),
           peer(std::move(its_peer)),
-          address(its_address),
+          client(its_client),
           share(its_share),
           loop(its_loop)
     {}
@@ -58,8 +58,8 @@ struct Connection
 
     const int socket;
     const std::string peer; ///< "192.0.2.1:50123"
-    const std::uint32_t address;
-    AddressShare& share;
+    const ClientKey client;
+    ClientShare& share;
     const EventLoop& loop; ///< of its server thread
 
     ArrivedTarget target; ///< of the request that is being read
@@ -83,16 +83,16 @@ struct Connection
 class ConnectionTable
 {
 public:
-    /// `address` is that in `peer`.
-    Connection& add(int socket, std::string peer, std::uint32_t address, const EventLoop& loop);
+    /// `client` is that in `peer`.
+    Connection& add(int socket, std::string peer, const ClientKey& client, const EventLoop& loop);
 
     /// Call it before the socket is closed: its number may soon belong to another connection.
     void remove(Connection& connection);
 
-    /// How many connections the address has; those that are ending do not count.
-    std::size_t count_of(std::uint32_t address);
+    /// How many connections the client has; those that are ending do not count.
+    std::size_t count_of(const ClientKey& client);
 
-    /// If there are `most` connections or more, ends one of the address that has most of them: its
+    /// If there are `most` connections or more, ends one of the client that has most of them: its
     /// oldest without a request, or else its oldest. So whoever comes finds room, however many
     /// connections somebody else holds.
     void make_room(std::size_t most);
@@ -119,13 +119,13 @@ public:
     void close_watch();
 
 private:
-    void leave(std::uint32_t address, AddressShare& share);
+    void leave(const ClientKey& client, ClientShare& share);
     std::shared_ptr<PendingAnswer> take_late_answer();
 
     std::mutex mutex_;
     std::list<Connection> connections_; ///< the oldest first
     std::size_t ending_ = 0;            ///< how many of them end to make room for others
-    std::map<std::uint32_t, AddressShare> shares_;
+    std::map<ClientKey, ClientShare> shares_;
     std::condition_variable emptied_;
     std::condition_variable watch_;
     bool watch_sleeps_ = false; ///< until the next connection comes

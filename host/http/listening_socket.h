@@ -4,8 +4,9 @@
 #define NMOS_INSTRUMENT_HOST_HTTP_LISTENING_SOCKET_H
 
 #include <cstdint>
-#include <string>
 #include <utility>
+
+#include "network/listen_at.h"
 
 namespace nmos_instrument::host {
 
@@ -14,9 +15,10 @@ namespace nmos_instrument::host {
 class ListeningSocket
 {
 public:
-    /// Port 0: any free one. Throws std::system_error whose text names address and port,
-    /// std::invalid_argument for an address that is not IPv4.
-    ListeningSocket(const std::string& address, std::uint16_t port);
+    /// Port 0: any free one. Every address means IPv4 and, if the machine has it, IPv6. Throws
+    /// std::system_error whose text names place and port, std::invalid_argument for an address that
+    /// is neither IPv4 nor IPv6.
+    ListeningSocket(const ListenAt& where, std::uint16_t port);
     ~ListeningSocket();
 
     ListeningSocket(ListeningSocket&& other) noexcept
@@ -36,7 +38,7 @@ private:
 };
 
 /// Listens at the first free port from `port` on.
-ListeningSocket listen_at_first_free_port(const std::string& address, std::uint16_t port);
+ListeningSocket listen_at_first_free_port(const ListenAt& where, std::uint16_t port);
 
 } // namespace nmos_instrument::host
 

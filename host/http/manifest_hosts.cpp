@@ -3,15 +3,9 @@
 #include "http/manifest_hosts.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
 #include <iterator>
-#include <memory>
-#include <optional>
 
-#include <ifaddrs.h>
-#include <netinet/in.h>
-
+#include "network/network_interfaces.h"
 #include "text/word_list.h"
 
 namespace nmos_instrument::host {
@@ -32,21 +26,6 @@ bool is_special(const Ipv4Network& network)
     return std::any_of(std::begin(special_ranges), std::end(special_ranges),
                        [&](const Ipv4Network& range) { return range.contains(network); });
 }
-
-/// Nothing if it is not IPv4.
-std::optional<std::uint32_t> ipv4_in(const sockaddr* address)
-{
-    if (address == nullptr || address->sa_family != AF_INET)
-        return std::nullopt;
-    sockaddr_in ipv4;
-    std::memcpy(&ipv4, address, sizeof ipv4);
-    return ntohl(ipv4.sin_addr.s_addr);
-}
-
-struct FreeInterfaces
-{
-    void operator()(ifaddrs* interfaces) const { freeifaddrs(interfaces); }
-};
 
 } // namespace
 
@@ -84,16 +63,13 @@ std::string ManifestHosts::text() const
 
 Ipv4Network network_of_interface(std::uint32_t address)
 {
-    constexpr int usual_prefix = 24;
-    ifaddrs* found = nullptr;
-    if (getifaddrs(&found) != 0)
-        return network_around(address, usual_prefix);
-    const std::unique_ptr<ifaddrs, FreeInterfaces> interfaces(found);
-    for (const ifaddrs* one = found; one != nullptr; one = one->ifa_next) {
-        const auto netmask = ipv4_in(one->ifa_netmask);
-        if (netmask && ipv4_in(one->ifa_addr) == address)
-            return network_around(address, std::popcount(*netmask));
+    for (const NetworkInterface& interface : network_interfaces()) {
+        for (const NetworkInterface::Ipv4& own : interface.ipv4) {
+            if (own.address == address)
+                return network_around(address, own.prefix);
+        }
     }
+    constexpr int usual_prefix = 24;
     return network_around(address, usual_prefix);
 }
 

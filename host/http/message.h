@@ -29,18 +29,12 @@ struct HttpRequest
     /// Any bytes, including NUL.
     std::string body;
 
-    /// Address and port of the client, such as "192.168.1.20:50123".
+    /// Address and port of the client, such as "192.168.1.20:50123"; see client_address.h.
     std::string peer;
 
     /// Which of its routes the handler takes it for; the handler notes it here for HttpAccess.
     std::size_t route = 0;
 };
-
-/// The address in HttpRequest::peer.
-inline std::string address_of(const std::string& peer)
-{
-    return peer.substr(0, peer.rfind(':'));
-}
 
 /// Content-Length, Date, Connection, `Access-Control-Allow-Origin: *` and
 /// `X-Content-Type-Options: nosniff` are added by the server.

@@ -16,16 +16,15 @@
 #include <vector>
 
 #include <microhttpd.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include "http/all_signals_blocked.h"
+#include "http/client_address.h"
 #include "http/connection_table.h"
 #include "http/event_loop.h"
 #include "http/open_file_limit.h"
 #include "http/report.h"
 #include "http/request_flow.h"
-#include "text/ipv4_address.h"
 
 namespace nmos_instrument::host {
 
@@ -44,23 +43,6 @@ constexpr milliseconds farewell{250};
 unsigned reserve_of(unsigned connections)
 {
     return connections / 32;
-}
-
-sockaddr_in ipv4_name(const sockaddr* address)
-{
-    sockaddr_in name{};
-    std::memcpy(&name, address, sizeof name);
-    return name;
-}
-
-std::uint32_t ipv4_of(const sockaddr* address)
-{
-    return ntohl(ipv4_name(address).sin_addr.s_addr);
-}
-
-std::string peer_text(const sockaddr* address)
-{
-    return dotted_quad(ipv4_of(address)) + ':' + std::to_string(ntohs(ipv4_name(address).sin_port));
 }
 
 } // namespace
@@ -210,7 +192,8 @@ MHD_Result HttpServer::Daemon::on_arrival(void* self, const sockaddr* address, s
 {
     Daemon& daemon = static_cast<Worker*>(self)->server;
     const unsigned most = daemon.options_.connections_per_address;
-    if (daemon.stopping_ || (most != 0 && daemon.connections_.count_of(ipv4_of(address)) >= most))
+    if (daemon.stopping_ ||
+        (most != 0 && daemon.connections_.count_of(client_key(address)) >= most))
         return MHD_NO;
     daemon.connections_.make_room(daemon.options_.connection_limit);
     return MHD_YES;
@@ -233,7 +216,7 @@ void HttpServer::Daemon::on_connection(void* self, MHD_Connection* connection, v
     try {
         const sockaddr* peer =
             MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr;
-        Connection& added = daemon.connections_.add(socket, peer_text(peer), ipv4_of(peer),
+        Connection& added = daemon.connections_.add(socket, peer_text(peer), client_key(peer),
                                                     static_cast<Worker*>(self)->loop);
         added.set_deadline(daemon.options_.header_deadline);
         *context = &added;
@@ -312,7 +295,7 @@ void HttpServer::Daemon::on_remark(void* self, const char* format, va_list argum
 }
 
 HttpServer::HttpServer(HttpServerOptions options, HttpHandler handler)
-    : HttpServer(ListeningSocket(options.address, options.port), options, std::move(handler))
+    : HttpServer(ListeningSocket(options.listen, options.port), options, std::move(handler))
 {}
 
 HttpServer::HttpServer(ListeningSocket socket, HttpServerOptions options, HttpHandler handler)

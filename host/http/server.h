@@ -48,8 +48,8 @@ struct HttpAccess
 
 struct HttpServerOptions
 {
-    std::string address = "127.0.0.1"; ///< IPv4; "0.0.0.0" for every interface
-    std::uint16_t port = 0;            ///< 0: any free one
+    ListenAt listen{.address = "127.0.0.1"};
+    std::uint16_t port = 0; ///< 0: any free one
     unsigned threads = 2;
 
     /// The limit of open files is raised for it as far as the system allows, see
@@ -58,7 +58,8 @@ struct HttpServerOptions
     /// reserve for that: clients above it wait in the listen queue.
     unsigned connection_limit = 4096;
 
-    /// Connections above it are closed at once; 0: no limit.
+    /// Connections above it are closed at once; 0: no limit. An address is here, and in all of these
+    /// options, what ClientKey counts as one client.
     unsigned connections_per_address = 2048;
 
     std::size_t body_limit = std::size_t{1024} * 1024; ///< longer: 413
@@ -90,11 +91,11 @@ struct HttpServerOptions
 class HttpServer
 {
 public:
-    /// Accepts connections when it returns, at the address and port of the options. Throws as
+    /// Accepts connections when it returns, at the place and port of the options. Throws as
     /// ListeningSocket does.
     HttpServer(HttpServerOptions options, HttpHandler handler);
 
-    /// The same on a socket that already listens, whose address and port replace those of the
+    /// The same on a socket that already listens, whose place and port replace those of the
     /// options.
     HttpServer(ListeningSocket socket, HttpServerOptions options, HttpHandler handler);
 

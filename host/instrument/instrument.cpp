@@ -15,6 +15,7 @@
 #include "connection/validate_patch.h"
 #include "instrument/unfinished_change.h"
 #include "records/record_text.h"
+#include "records/resource_version.h"
 #include "text/quoted_text.h"
 #include "time/tai_clock.h"
 
@@ -109,13 +110,15 @@ void log_all(const std::vector<std::string>& lines)
 
 } // namespace
 
-Instrument::Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media,
-                       SteadyClock steady_clock, Presentation presentation)
+Instrument::Instrument(const Configuration& configuration, const NodeAddress& address, Clock clock,
+                       ApplyToMedia apply_to_media, SteadyClock steady_clock,
+                       Presentation presentation)
     : configuration_(configuration),
       clock_(std::move(clock)),
       apply_to_media_(std::move(apply_to_media)),
       steady_clock_(std::move(steady_clock)),
-      records_(make_records(configuration, clock_())),
+      address_(address),
+      records_(make_records(configuration, address, clock_())),
       index_(*records_),
       conformance_(presentation, configuration_, records_->node),
       shown_(host::shown_resources(*records_))
@@ -291,8 +294,7 @@ void Instrument::follow_activation(const ConnectionKey& key, const CONNECTION_HA
     node.version_seconds = now.seconds;
     node.version_nanoseconds = now.nanoseconds;
     const auto advance = [&](auto& resource) {
-        const TaiTime previous = parse_tai_time(text_of(resource.version)).value_or(TaiTime());
-        set_text(resource.version, to_text(later_than(previous, now)));
+        advance_version(resource, now);
         resource.subscription[0] = subscription_of(active, key.side);
     };
     if (key.side == Side::receiver) {

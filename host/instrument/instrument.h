@@ -26,6 +26,7 @@
 #include "instrument/change_outcome.h"
 #include "instrument/node_resource.h"
 #include "instrument/saved_state.h"
+#include "records/addresses.h"
 #include "records/fill_records.h"
 #include "records/resource_index.h"
 #include "time/tai_time.h"
@@ -59,7 +60,9 @@ public:
     using ApplyToMedia =
         std::function<void(const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active)>;
 
-    Instrument(const Configuration& configuration, Clock clock, ApplyToMedia apply_to_media = {},
+    /// `address`: where it is reached at first.
+    Instrument(const Configuration& configuration, const NodeAddress& address, Clock clock,
+               ApplyToMedia apply_to_media = {},
                SteadyClock steady_clock = std::chrono::steady_clock::now,
                Presentation presentation = Presentation::conforming);
 
@@ -75,6 +78,16 @@ public:
         const std::lock_guard lock(mutex_);
         return reader(*records_);
     }
+
+    /// Where the texts say that it is reached.
+    NodeAddress address();
+
+    /// From now on all texts name another address; the resources that do have new versions. If it
+    /// throws, for want of memory, nothing has changed.
+    void move_to(const NodeAddress& address);
+
+    /// Avahi's service file, which tells the neighbours how often each kind of resource has changed.
+    std::string service_text();
 
     /// A sender's SDP file, as everybody sees it.
     std::string sdp_file(std::size_t sender);
@@ -163,6 +176,7 @@ private:
                            const TaiTime& now);
     void raise_sdp_version(std::size_t sender, const TaiTime& now);
     bool stamp_versions();
+    void move_locked(const NodeAddress& address);
 
     // The parts of a saved state, put back into the records, under the lock.
     void restore_connections(const SavedState& saved, std::vector<std::string>& messages);
@@ -182,6 +196,7 @@ private:
     Listeners listeners_;
 
     std::mutex mutex_;
+    NodeAddress address_;
     const std::unique_ptr<Records> records_;
     const ResourceIndex index_;
     const Conformance conformance_;

@@ -73,9 +73,13 @@ std::size_t senders_present(const Configuration& configuration)
 class NodeFiller
 {
 public:
-    NodeFiller(const Configuration& configuration, const Identity& identity, const TaiTime& now,
-               NMOS_IS04_ST& node)
-        : configuration_(configuration), identity_(identity), version_(to_text(now)), node_(node)
+    NodeFiller(const Configuration& configuration, const NodeAddress& address,
+               const Identity& identity, const TaiTime& now, NMOS_IS04_ST& node)
+        : configuration_(configuration),
+          address_(address),
+          identity_(identity),
+          version_(to_text(now)),
+          node_(node)
     {}
 
     void fill()
@@ -88,6 +92,7 @@ public:
         fill_device();
         fill_senders();
         fill_receivers();
+        set_address(node_, address_);
     }
 
 private:
@@ -106,14 +111,11 @@ private:
     {
         fill_core(node_, identity_.node, configuration_.node.label,
                   configuration_.node.description);
-        set_text(node_.href, base_url(configuration_.server));
         set_text(node_.hostname, configuration_.node.hostname);
 
         node_.versions_count = 1;
         set_text(node_.versions[0], "v1.2");
         node_.endpoints_count = 1;
-        set_text(node_.endpoints[0].host, configuration_.server.address);
-        node_.endpoints[0].port = configuration_.server.port;
         set_text(node_.endpoints[0].protocol, "http");
     }
 
@@ -216,7 +218,6 @@ private:
         for (std::size_t i = 0; i < receiver_count; ++i)
             set_text(device.receivers[i], identity_.receivers[i]);
         device.controls_count = 1;
-        set_text(device.controls[0].href, connection_api_url(configuration_.server));
         set_text(device.controls[0].type, "urn:x-nmos:control:sr-ctrl/v1.0");
     }
 
@@ -248,7 +249,6 @@ private:
             set_text(sender.flow_id, identity_.flows[index_of(essence_of_sender(i))]);
             set_text(sender.transport, "urn:x-nmos:transport:rtp.mcast");
             set_text(sender.device_id, identity_.device);
-            set_text(sender.manifest_href, transport_file_url(configuration_.server, id));
             bind_interfaces(sender);
             subscribe(sender, true);
         }
@@ -273,6 +273,7 @@ private:
     }
 
     const Configuration& configuration_;
+    const NodeAddress& address_;
     const Identity& identity_;
     const std::string version_;
     NMOS_IS04_ST& node_;
@@ -280,10 +281,10 @@ private:
 
 } // namespace
 
-void fill_node(const Configuration& configuration, const Identity& identity, const TaiTime& now,
-               NMOS_IS04_ST& node)
+void fill_node(const Configuration& configuration, const NodeAddress& address,
+               const Identity& identity, const TaiTime& now, NMOS_IS04_ST& node)
 {
-    NodeFiller(configuration, identity, now, node).fill();
+    NodeFiller(configuration, address, identity, now, node).fill();
     node.version_seconds = now.seconds;
     node.version_nanoseconds = now.nanoseconds;
 }

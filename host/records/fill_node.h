@@ -6,6 +6,7 @@
 #include <nmos_instrument/nmos_instrument.h>
 
 #include "configuration/configuration.h"
+#include "records/addresses.h"
 #include "records/identity.h"
 #include "time/tai_time.h"
 
@@ -13,8 +14,8 @@ namespace nmos_instrument::host {
 
 /// The whole IS-04 state at the start: senders enabled, receivers disabled, every version `now`.
 /// `node` must be zero.
-void fill_node(const Configuration& configuration, const Identity& identity, const TaiTime& now,
-               NMOS_IS04_ST& node);
+void fill_node(const Configuration& configuration, const NodeAddress& address,
+               const Identity& identity, const TaiTime& now, NMOS_IS04_ST& node);
 
 } // namespace nmos_instrument::host
 

@@ -26,11 +26,12 @@ void expect_no_findings(const Record& record)
 
 } // namespace
 
-std::unique_ptr<Records> make_records(const Configuration& configuration, const TaiTime& now)
+std::unique_ptr<Records> make_records(const Configuration& configuration,
+                                      const NodeAddress& address, const TaiTime& now)
 {
     auto records = std::make_unique<Records>(); // value-initialised: all zeros
     const Identity identity(configuration.serial_number);
-    fill_node(configuration, identity, now, records->node);
+    fill_node(configuration, address, identity, now, records->node);
     fill_connections(configuration, records->connections);
     fill_settings(configuration, records->settings);
     records->selection = selection_of(configuration.streams);

@@ -14,6 +14,7 @@
 #include <nmos_instrument/nmos_instrument.h>
 
 #include "configuration/configuration.h"
+#include "records/addresses.h"
 #include "records/stream_selection.h"
 #include "time/tai_time.h"
 
@@ -45,7 +46,8 @@ struct Records
 /// The records at the start: senders enabled, receivers disabled, all versions `now`.
 /// `configuration` comes from parse_configuration, or is the default. Throws std::logic_error if
 /// the library finds anything wrong with the records: that is a mistake of this program.
-std::unique_ptr<Records> make_records(const Configuration& configuration, const TaiTime& now);
+std::unique_ptr<Records> make_records(const Configuration& configuration,
+                                      const NodeAddress& address, const TaiTime& now);
 
 /// Call it before ConnectionApi::make_single_senderid_sdp for `sender`.
 void set_sdp_session(Records& records, std::size_t sender);

@@ -2,7 +2,7 @@
 
 #include "routes/change_permission.h"
 
-#include "http/message.h"
+#include "http/client_address.h"
 #include "text/ipv4_address.h"
 
 namespace nmos_instrument::host {

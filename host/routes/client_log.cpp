@@ -6,7 +6,7 @@
 
 #include <spdlog/spdlog.h>
 
-#include "http/message.h"
+#include "http/client_address.h"
 
 namespace nmos_instrument::host {
 
@@ -79,7 +79,7 @@ bool ClientLog::Level::allows(const std::string& peer)
             last_look_ = now;
             left_out = limit_.take_left_out(now);
         }
-        allowed = limit_.allows(address_of(peer), now);
+        allowed = limit_.allows(client_of(peer), now);
     }
     say_left_out(left_out);
     return allowed;

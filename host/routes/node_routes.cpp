@@ -7,6 +7,7 @@
 #include <nmos_instrument/nmos_instrument.h>
 
 #include "connection/target_request.h"
+#include "http/client_address.h"
 #include "http/error_response.h"
 #include "http/manifest_fetcher.h"
 #include "http/url.h"
@@ -20,10 +21,9 @@ namespace nmos_instrument::host {
 namespace {
 
 /// The sender of this instrument whose SDP file is at `url`.
-std::optional<std::size_t> own_sender(const Instrument& instrument, const std::string& url)
+std::optional<std::size_t> own_sender(Instrument& instrument, const std::string& url)
 {
-    const std::string before =
-        connection_api_url(instrument.configuration().server) + "single/senders/";
+    const std::string before = connection_api_url(instrument.address()) + "single/senders/";
     constexpr std::string_view after = "/transportfile";
     std::string_view id = url;
     if (id.ends_with('/'))
@@ -120,7 +120,7 @@ void fetch_manifest(const TargetSender& sender, const std::shared_ptr<TargetChan
         change->refuse(refusal_response(*locked));
         return;
     }
-    change->services.manifests.fetch(sender.manifest_href, address_of(change->peer),
+    change->services.manifests.fetch(sender.manifest_href, client_of(change->peer),
                                      [sender, change](const FetchedManifest& manifest) {
                                          answer_about(sender, manifest, *change);
                                      });

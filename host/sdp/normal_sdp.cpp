@@ -2,7 +2,6 @@
 
 #include "sdp/normal_sdp.h"
 
-#include <algorithm>
 #include <set>
 #include <stdexcept>
 #include <string_view>
@@ -14,17 +13,11 @@
 namespace nmos_instrument::host {
 namespace {
 
-std::string lower_case(std::string_view text)
-{
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), to_lower);
-    return lower;
-}
-
 void add_path(const LegMedium& medium, const SdpLeg& leg, std::vector<NormalLine>& lines)
 {
-    lines.push_back({"m=" + lower_case(medium.medium->kind) + ' ' + std::to_string(leg.port) +
-                         " RTP/AVP " + std::string(medium.format.payload_type),
+    lines.push_back({"m=" + lower_case(std::string(medium.medium->kind)) + ' ' +
+                         std::to_string(leg.port) + " RTP/AVP " +
+                         std::string(medium.format.payload_type),
                      leg.line, false});
     lines.push_back({"c=IN IP4 " + leg.address, leg.line, false});
     if (!leg.source.empty())

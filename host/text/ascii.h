@@ -54,6 +54,12 @@ constexpr bool same_name(std::string_view a, std::string_view b)
                       [](char x, char y) { return to_lower(x) == to_lower(y); });
 }
 
+inline std::string lower_case(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), to_lower);
+    return text;
+}
+
 inline std::string upper_case(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(), to_upper);

@@ -27,6 +27,18 @@ constexpr bool is_unicast(std::uint32_t address)
     return address >> 24 != 0 && address >> 28 < 0xe;
 }
 
+/// 127.0.0.0/8
+constexpr bool is_loopback(std::uint32_t address)
+{
+    return address >> 24 == 0x7f;
+}
+
+/// 169.254.0.0/16
+constexpr bool is_link_local(std::uint32_t address)
+{
+    return address >> 16 == 0xa9fe;
+}
+
 /// 224.0.0.0/4
 constexpr bool is_multicast(std::uint32_t address)
 {

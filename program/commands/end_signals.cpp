@@ -2,8 +2,10 @@
 
 #include "commands/end_signals.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
-#include <set>
+#include <ctime>
 
 #include <spdlog/spdlog.h>
 
@@ -39,21 +41,40 @@ EndSignals::EndSignals()
         static_cast<void>(std::signal(signal, SIG_IGN));
 }
 
-std::string EndSignals::wait() const
+std::string EndSignals::wait()
 {
-    std::set<int> seen;
     for (;;) {
-        int signal = 0;
-        if (sigwait(&signals_, &signal) != 0)
-            continue;
+        if (const std::optional<std::string> name = wait_for(std::chrono::hours(1)))
+            return *name;
+    }
+}
+
+std::optional<std::string> EndSignals::wait_for(std::chrono::milliseconds time)
+{
+    using std::chrono::duration_cast;
+    const auto end = std::chrono::steady_clock::now() + time;
+    for (;;) {
+        const auto rest = std::max(end - std::chrono::steady_clock::now(),
+                                   std::chrono::steady_clock::duration::zero());
+        const auto seconds = duration_cast<std::chrono::seconds>(rest);
+        const timespec limit = {seconds.count(), (rest - seconds).count()};
+        const int signal = sigtimedwait(&signals_, nullptr, &limit);
         if (signal == SIGTERM || signal == SIGINT)
             return name_of(signal);
-        // Operators send this one after they have moved a log file, and look for an answer.
-        if (signal == SIGHUP)
-            spdlog::info("SIGHUP: nothing to reopen, the log goes to standard error");
-        else if (seen.insert(signal).second)
-            spdlog::info("{} is ignored", name_of(signal));
+        if (signal > 0)
+            note_ignored(signal);
+        else if (errno == EAGAIN)
+            return std::nullopt;
     }
+}
+
+void EndSignals::note_ignored(int signal)
+{
+    // Operators send this one after they have moved a log file, and look for an answer.
+    if (signal == SIGHUP)
+        spdlog::info("SIGHUP: nothing to reopen, the log goes to standard error");
+    else if (seen_.insert(signal).second)
+        spdlog::info("{} is ignored", name_of(signal));
 }
 
 } // namespace nmos_instrument::program

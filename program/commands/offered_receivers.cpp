@@ -71,7 +71,8 @@ const char* name_of(Essence essence)
 OfferedReceivers::OfferedReceivers(const host::Configuration& configuration)
 {
     // What a receiver takes does not depend on the clock.
-    const std::unique_ptr<host::Records> records = host::make_records(configuration, {});
+    const std::unique_ptr<host::Records> records =
+        host::make_records(configuration, host::NodeAddress(), {});
     for (const Essence kind : receiver_kinds) {
         const std::size_t index = first_receiver_of(kind);
         if (records->selection.shows_receiver(index))

@@ -14,6 +14,7 @@
 #include "commands/indent_json.h"
 #include "commands/number_option.h"
 #include "commands/texts.h"
+#include "records/addresses.h"
 #include "records/fill_records.h"
 
 namespace nmos_instrument::program {
@@ -120,8 +121,8 @@ ExitStatus print(const PrintOptions& options)
         return done;
     }
 
-    const std::unique_ptr<host::Records> records =
-        host::make_records(*configuration, fixed_instant);
+    const std::unique_ptr<host::Records> records = host::make_records(
+        *configuration, host::configured_address(configuration->server), fixed_instant);
     host::StreamSelection& selection = records->selection;
     selection.receiver_filter = options.receiver_filter.value_or(selection.receiver_filter);
     selection.audio_group_filter =

@@ -37,7 +37,8 @@ host::HttpServerOptions server_options(const ServeOptions& options, host::Client
 
 /// The networks of the instrument's addresses, and those that the options add.
 host::ManifestHosts manifest_hosts(const ServeOptions& options,
-                                   const host::Configuration& configuration)
+                                   const host::Configuration& configuration,
+                                   const std::string& own_address)
 {
     const auto network_of = [](const std::string& address) {
         return host::network_of_interface(host::ipv4_from_dotted_quad(address).value_or(0));
@@ -45,7 +46,9 @@ host::ManifestHosts manifest_hosts(const ServeOptions& options,
     std::vector<host::Ipv4Network> own;
     for (const host::MediaInterface& interface : configuration.interfaces)
         own.push_back(network_of(interface.address));
-    return {own, network_of(configuration.server.address), options.manifest_hosts};
+    host::ManifestHosts hosts(own, network_of(own_address), options.manifest_hosts);
+    spdlog::info("manifests of other senders are fetched from {}", hosts.text());
+    return hosts;
 }
 
 } // namespace
@@ -57,10 +60,9 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
       options_(options),
       request_counts_(host::all_routes().paths()),
       activations_(instrument),
-      manifests_(http_client_, manifest_hosts(options, instrument.configuration()))
+      manifests_(http_client_,
+                 manifest_hosts(options, instrument.configuration(), instrument.address().host))
 {
-    spdlog::info("manifests of other senders are fetched from {}",
-                 manifest_hosts(options, instrument.configuration()).text());
     const host::RegistrationSettings& registration = instrument.configuration().registration;
     if (registration.enabled) {
         registries_.emplace(registration);
@@ -83,6 +85,12 @@ RunningNode::~RunningNode()
     // While the node is still served, so that whoever hears of it until then finds it.
     if (registration_)
         registration_->leave();
+}
+
+void RunningNode::move_to(const std::string& address)
+{
+    manifests_.allow(manifest_hosts(options_, instrument_.configuration(), address));
+    instrument_.move_to({address, instrument_.address().port});
 }
 
 void RunningNode::listen_to_instrument()

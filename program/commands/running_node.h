@@ -4,6 +4,7 @@
 #define NMOS_INSTRUMENT_PROGRAM_COMMANDS_RUNNING_NODE_H
 
 #include <optional>
+#include <string>
 
 #include "commands/serve_options.h"
 #include "http/client.h"
@@ -36,6 +37,9 @@ public:
 
     RunningNode(const RunningNode&) = delete;
     RunningNode& operator=(const RunningNode&) = delete;
+
+    /// The machine has another address.
+    void move_to(const std::string& address);
 
     unsigned connection_limit() const { return server_->connection_limit(); }
 

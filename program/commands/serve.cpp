@@ -21,6 +21,7 @@
 #include "commands/end_signals.h"
 #include "commands/running_node.h"
 #include "commands/serve_options.h"
+#include "commands/serve_reach.h"
 #include "commands/version_text.h"
 #include "http/listening_socket.h"
 #include "instrument/instrument.h"
@@ -29,6 +30,7 @@
 #include "instrument/state_file.h"
 #include "log/patient_output.h"
 #include "log/program_log.h"
+#include "network/reach.h"
 #include "records/addresses.h"
 #include "records/record_text.h"
 #include "time/tai_clock.h"
@@ -36,47 +38,26 @@
 namespace nmos_instrument::program {
 namespace {
 
-/// Listens where the configuration says; if the options allow it, at the first free port from
-/// there on.
-host::ListeningSocket listen(const ServeOptions& options, const host::ServerSettings& settings)
-{
-    const auto port = static_cast<std::uint16_t>(settings.port);
-    if (options.first_free_port)
-        return host::listen_at_first_free_port(settings.address, port);
-    try {
-        return {settings.address, port};
-    } catch (const std::system_error& error) {
-        if (error.code() != std::errc::address_in_use)
-            throw;
-        throw std::runtime_error(std::string(error.what()) +
-                                 "; use --port PORT for another port, or --first-free-port for "
-                                 "the next free one");
-    }
-}
-
 std::string name_of(const std::optional<std::string>& file)
 {
     return file ? *file : "none";
 }
 
 /// What somebody who only has the log wants to know first.
-void log_start(const ServeOptions& options, host::Instrument& instrument, unsigned connection_limit)
+void log_start(const ServeOptions& options, const std::string& place, host::Instrument& instrument,
+               unsigned connection_limit)
 {
-    const host::Configuration& configuration = instrument.configuration();
-    const auto& interfaces = configuration.interfaces;
+    const auto& interfaces = instrument.configuration().interfaces;
     const std::string node_id = instrument.read(
         [](const host::Records& records) { return std::string(host::text_of(records.node.id)); });
-    spdlog::info("{}: node {}, configuration {}, state {}, interfaces {} and {}, serving {} (at "
-                 "most {} connections)",
+    spdlog::info("{}: node {}, configuration {}, state {}, interfaces {} and {}, serving {} "
+                 "(listening at {}, at most {} connections)",
                  version_text(), node_id, name_of(options.configuration.file),
                  name_of(options.state_file), interfaces[0].address, interfaces[1].address,
-                 host::base_url(configuration.server), connection_limit);
+                 host::base_url(instrument.address()), place, connection_limit);
     const std::string clock_warning = host::clock_warning(host::utc_now());
     if (!clock_warning.empty())
         spdlog::warn("{}", clock_warning);
-    if (configuration.server.address.starts_with("127."))
-        spdlog::info("only this machine can reach {}: set server.address in the configuration",
-                     configuration.server.address);
 }
 
 /// A script that started us waits for it. Nobody else may ever read it: that must not stop us.
@@ -100,37 +81,64 @@ std::optional<host::ReplacedFile> open_state_file(const ServeOptions& options)
     }
 }
 
-/// Serves until a signal ends it. When it returns, nothing changes the instrument any more.
-void serve_until_signal(const ServeOptions& options, host::ListeningSocket socket,
-                        host::Instrument& instrument, host::StateFile* state_file,
-                        const EndSignals& end_signals)
+/// How the program is reached while it serves.
+struct Reached
 {
-    const RunningNode node(options, std::move(socket), instrument, state_file);
-    log_start(options, instrument, node.connection_limit());
-    print_url(host::base_url(instrument.configuration().server));
-    spdlog::info("stopping on {}", end_signals.wait());
+    host::ListenAt listen;
+    host::ListeningSocket socket;
+    host::FollowedAddress address;
+};
+
+Reached listen(const ServeOptions& options, const host::Reach& reach, int port)
+{
+    return {
+        reach.listen,
+        listen(reach.listen, static_cast<std::uint16_t>(port),
+               options.first_free_port ? IfPortInUse::take_next_free_one : IfPortInUse::give_up),
+        host::FollowedAddress(reach.address)};
 }
 
-ExitStatus run(const ServeOptions& options, host::Configuration configuration)
+/// Serves until a signal ends it. When it returns, nothing changes the instrument any more.
+void serve_until_signal(const ServeOptions& options, Reached reached, host::Instrument& instrument,
+                        host::StateFile* state_file, EndSignals& end_signals)
 {
-    const EndSignals end_signals;
+    const std::string place = host::text_of(reached.listen, reached.socket.port());
+    RunningNode node(options, std::move(reached.socket), instrument, state_file);
+    log_start(options, place, instrument, node.connection_limit());
+    log_reach(reached.listen, instrument.address(), instrument.configuration());
+    print_url(host::base_url(instrument.address()));
+
+    const auto move_to = [&](const std::string& address) { node.move_to(address); };
+    spdlog::info("stopping on {}", follow_until_signal(reached.address, move_to, end_signals));
+}
+
+ExitStatus run(const ServeOptions& options, const host::Configuration& configuration)
+{
+    EndSignals end_signals;
+    const host::ServerSettings& server = configuration.server;
+    const host::Reach reach = host::reach_of(server.listen, server.address);
+    host::expect_interfaces(reach, host::network_interfaces());
 
     // Before the port: a state file in use is the better reason to give up.
     const std::optional<host::ReplacedFile> file = open_state_file(options);
     // Before the instrument, because its records name the port.
-    host::ListeningSocket socket = listen(options, configuration.server);
-    configuration.server.port = socket.port();
+    Reached reached = listen(options, reach, server.port);
+    const std::optional<std::string> address =
+        first_address(reach.address, reached.address, end_signals);
+    if (!address)
+        return done;
 
-    host::Instrument instrument(configuration, host::tai_now, {}, std::chrono::steady_clock::now,
-                                options.as_is ? host::Presentation::as_is
-                                              : host::Presentation::conforming);
+    host::Instrument instrument(
+        configuration, {*address, server.advertised_port.value_or(reached.socket.port())},
+        host::tai_now, {}, std::chrono::steady_clock::now,
+        options.as_is ? host::Presentation::as_is : host::Presentation::conforming);
     std::optional<host::StateFile> state_file;
     if (file) {
         host::restore_from(*file, instrument,
                            options.state_reset ? host::StateReset::yes : host::StateReset::no);
         state_file.emplace(*file, instrument);
     }
-    serve_until_signal(options, std::move(socket), instrument, state_file ? &*state_file : nullptr,
+    serve_until_signal(options, std::move(reached), instrument, state_file ? &*state_file : nullptr,
                        end_signals);
     return state_file && !state_file->finish() ? unreadable : done;
 }
@@ -142,8 +150,7 @@ ExitStatus serve(const ServeOptions& options)
         load(options.configuration, std::cerr, status);
     if (!configuration)
         return status;
-    if (options.port)
-        configuration->server.port = *options.port;
+    options.replace_in(*configuration);
     if (options.configuration.asks_about_configuration()) {
         answer_about(*configuration, options.configuration, std::cout);
         return done;

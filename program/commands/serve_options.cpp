@@ -2,10 +2,40 @@
 
 #include "commands/serve_options.h"
 
+#include <array>
+#include <string_view>
+
 #include "commands/network_option.h"
 #include "commands/number_option.h"
+#include "commands/rule_option.h"
+#include "commands/word_option.h"
+#include "configuration/configuration_keys.h"
+#include "configuration/network_rules.h"
 
 namespace nmos_instrument::program {
+namespace {
+
+struct AdvertiseWord
+{
+    const char* word;
+    host::Advertise meaning;
+};
+
+constexpr std::array<AdvertiseWord, 3> advertise_words = {{
+    {"always", host::Advertise::always},
+    {"peer-to-peer", host::Advertise::peer_to_peer},
+    {"never", host::Advertise::never},
+}};
+
+std::vector<std::string> words_of_advertise()
+{
+    std::vector<std::string> words;
+    for (const AdvertiseWord& one : advertise_words)
+        words.emplace_back(one.word);
+    return words;
+}
+
+} // namespace
 
 void ServeOptions::add_to(CLI::App& command)
 {
@@ -20,11 +50,9 @@ void ServeOptions::add_to(CLI::App& command)
         .add_flag("--state-reset", state_reset,
                   "renames the file to FILE.previous and starts afresh")
         ->needs(state);
-    command.add_option("--port", port, "TCP port, instead of the one in the configuration")
-        ->check(whole_number(1, 65535, "1 to 65535"))
-        ->type_name("PORT");
-    command.add_flag("--first-free-port", first_free_port,
-                     "if the port is in use, serve at the next free one");
+    add_reach_to(command);
+    add_registration_to(command);
+    add_advertisement_to(command);
     command.add_flag("--as-is", as_is,
                      "serve the texts of the library unchanged, even where IS-04, IS-05 or the "
                      "standards for SDP files ask for something else");
@@ -48,6 +76,116 @@ void ServeOptions::add_to(CLI::App& command)
         ->check(CLI::IsMember({"debug", "info", "warning", "error", "off"}))
         ->capture_default_str()
         ->type_name("LEVEL");
+}
+
+void ServeOptions::add_reach_to(CLI::App& command)
+{
+    command
+        .add_option("--listen", listen,
+                    "where to listen: an IPv4 or IPv6 address, an interface like eth0, or any for "
+                    "every address; 127.0.0.1 unless the configuration says otherwise")
+        ->transform(obeys(host::listening_place()))
+        ->type_name("ADDR|IFACE|any");
+    command
+        .add_option("--address", address,
+                    "IPv4 address that controllers are told, or the interface that has it; without "
+                    "it that of where it listens")
+        ->transform(obeys(host::own_address()))
+        ->type_name("ADDR|IFACE");
+    command.add_option("--port", port, "TCP port, instead of the one in the configuration")
+        ->check(whole_number(1, 65535, "1 to 65535"))
+        ->type_name("PORT");
+    command.add_flag("--first-free-port", first_free_port,
+                     "if the port is in use, serve at the next free one");
+    command
+        .add_option("--advertised-port", advertised_port,
+                    "TCP port that controllers are told, if it is not the one to listen at")
+        ->check(whole_number(1, 65535, "1 to 65535"))
+        ->type_name("PORT");
+}
+
+void ServeOptions::add_registration_to(CLI::App& command)
+{
+    const auto refuse_another = [this](const std::string& word) -> std::string {
+        return registries.size() < host::most_registries
+                   ? ""
+                   : refusal_of(word,
+                                "at most " + std::to_string(host::most_registries) + " of them");
+    };
+    CLI::Option* const registry =
+        command
+            .add_option_function<std::string>(
+                "--registry", [this](const std::string& url) { registries.push_back(url); },
+                "registry to register with, like http://registry.example:8080, instead of those "
+                "that DNS-SD finds; may be repeated, the first that answers is used")
+            ->transform(obeys(host::registry_address()))
+            ->check(CLI::Validator(refuse_another, ""))
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->trigger_on_parse()
+            ->type_name("URL");
+    command
+        .add_option("--registry-ca", registry_ca,
+                    "certificates (PEM) that are trusted for registries at https, instead of those "
+                    "of the system")
+        ->transform(obeys(host::file_path()))
+        ->type_name("FILE");
+    command.add_flag("--no-registration", no_registration, "do not register with any registry")
+        ->excludes(registry);
+    command
+        .add_option("--dns-domain", dns_domain,
+                    "domain in which DNS-SD looks for registries, instead of the search domain of "
+                    "the machine")
+        ->transform(obeys(host::domain_name()))
+        ->type_name("DOMAIN");
+    command.add_flag("--development-registries", development_registries,
+                     "use registries of priority 100 and more too");
+}
+
+void ServeOptions::add_advertisement_to(CLI::App& command)
+{
+    command
+        .add_option("--service-file", service_file,
+                    "file of avahi-daemon by which the node is advertised to its neighbours, like "
+                    "/etc/avahi/services/nmos-node.service")
+        ->transform(obeys(host::service_file_path()))
+        ->type_name("PATH");
+    command
+        .add_option("--advertise", advertise,
+                    "when it is advertised: always, peer-to-peer (while there is no registry) or "
+                    "never")
+        ->check(one_of(words_of_advertise()))
+        ->type_name("always|peer-to-peer|never");
+}
+
+void ServeOptions::replace_in(host::Configuration& settings) const
+{
+    const auto replace = [](const auto& option, auto& value) {
+        if (option)
+            value = *option;
+    };
+    host::ServerSettings& server = settings.server;
+    replace(listen, server.listen);
+    replace(address, server.address);
+    replace(port, server.port);
+    replace(advertised_port, server.advertised_port);
+
+    host::RegistrationSettings& registration = settings.registration;
+    if (!registries.empty()) {
+        registration.enabled = true;
+        registration.registries = registries;
+    }
+    replace(registry_ca, registration.ca_file);
+    if (no_registration)
+        registration.enabled = false;
+    replace(dns_domain, registration.dns_domain);
+    if (development_registries)
+        registration.development_registries = true;
+
+    replace(service_file, settings.advertisement.service_file);
+    for (const AdvertiseWord& one : advertise_words) {
+        if (advertise == one.word)
+            settings.advertisement.when = one.meaning;
+    }
 }
 
 } // namespace nmos_instrument::program

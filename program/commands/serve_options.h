@@ -10,19 +10,34 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/configuration_options.h"
+#include "configuration/configuration.h"
 #include "http/server.h"
 #include "routes/change_permission.h"
 #include "text/ipv4_network.h"
 
 namespace nmos_instrument::program {
 
+/// Those that take the place of a key of the configuration are empty where it counts.
 struct ServeOptions
 {
     ConfigurationOptions configuration;
     std::optional<std::string> state_file;
     bool state_reset = false;
+
+    std::optional<std::string> listen;
+    std::optional<std::string> address;
     std::optional<int> port;
+    std::optional<int> advertised_port;
     bool first_free_port = false;
+
+    std::vector<std::string> registries;
+    std::optional<std::string> registry_ca;
+    bool no_registration = false;
+    std::optional<std::string> dns_domain;
+    bool development_registries = false;
+    std::optional<std::string> service_file;
+    std::optional<std::string> advertise;
+
     std::vector<host::Ipv4Network> manifest_hosts;
     unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
     host::ChangePermission changes;
@@ -31,6 +46,14 @@ struct ServeOptions
 
     /// `command` keeps references to this object.
     void add_to(CLI::App& command);
+
+    /// What the options say takes the place of what the configuration says.
+    void replace_in(host::Configuration& settings) const;
+
+private:
+    void add_reach_to(CLI::App& command);
+    void add_registration_to(CLI::App& command);
+    void add_advertisement_to(CLI::App& command);
 };
 
 } // namespace nmos_instrument::program

@@ -4,6 +4,8 @@
 
 #include <nmos_instrument/nmos_instrument.h>
 
+#include "records/addresses.h"
+
 namespace nmos_instrument::program {
 namespace {
 
@@ -60,7 +62,7 @@ std::string sdp(Input in, int index)
 std::string service(Input in, int)
 {
     Nmos nmos;
-    nmos.update_txt_port_number(in.configuration.server.port);
+    nmos.update_txt_port_number(host::configured_address(in.configuration.server).port);
     return nmos.make_node_service_text(1);
 }
 

@@ -39,7 +39,7 @@ TEST(ActivationThread, GoesOnAfterAnyException)
 {
     spdlog::set_level(spdlog::level::off);
     std::atomic<int> applied{0};
-    Instrument instrument(Configuration(), tai_now, [&](const auto&, const auto&) {
+    Instrument instrument(Configuration(), NodeAddress(), tai_now, [&](const auto&, const auto&) {
         if (++applied == 1)
             throw 42; // not even a std::exception
     });
@@ -56,7 +56,7 @@ TEST(ActivationThread, DoesNotTryAgainAndAgain)
 {
     spdlog::set_level(spdlog::level::off);
     std::atomic<int> readings{0};
-    Instrument instrument(Configuration(), tai_now, {}, [&]() -> SteadyTime {
+    Instrument instrument(Configuration(), NodeAddress(), tai_now, {}, [&]() -> SteadyTime {
         if (readings++ > 0)
             throw std::bad_alloc();
         return std::chrono::steady_clock::now();

@@ -32,7 +32,7 @@ TEST(DefaultExample, ExplainsEveryKeyAndChangesNothing)
 
 TEST(SingleStreamVideoExample, ShowsOneSenderAndFourReceivers)
 {
-    const auto records = make_records(example("single-stream-video.json"), {});
+    const auto records = make_records(example("single-stream-video.json"), NodeAddress(), {});
     EXPECT_EQ(records->selection, (StreamSelection{1, 0, 0}));
     EXPECT_EQ(records->node.senders_count, 4);
     EXPECT_EQ(records->node.flows_count, 1);
@@ -49,7 +49,7 @@ TEST(St2022_6Example, IsInterlacedVideoOfPayloadType98)
 
 TEST(VideoSendersOnlyExample, HasFourSendersAndAllReceivers)
 {
-    const auto records = make_records(example("video-senders-only.json"), {});
+    const auto records = make_records(example("video-senders-only.json"), NodeAddress(), {});
     EXPECT_EQ(records->selection, (StreamSelection{0, 1, 1}));
     EXPECT_EQ(records->node.senders_count, 4);
     EXPECT_EQ(records->node.receivers_count, 24);

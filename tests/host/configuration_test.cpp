@@ -44,7 +44,16 @@ TEST(Configuration, ChangesWhatIsNamedAndNothingElse)
     Configuration expected;
     expected.serial_number = "7";
     expected.node.label = "Studio 2";
-    expected.server = {"192.0.2.7", 8080};
+    expected.server = {"eth0", "192.0.2.7", 8080, 80};
+    expected.registration = {
+        false,
+        {"http://registry.example:8080/x-nmos/registration/v1.2",
+         "https://[2001:db8::1]/x-nmos/registration/v1.2"},
+        "/etc/ca.pem",
+        "example.com",
+        true,
+    };
+    expected.advertisement = {"/etc/avahi/services/nmos-node.service", Advertise::always};
     expected.interfaces[1] = {"eth1", "00-00-5e-00-53-77", std::nullopt, "203.0.113.9"};
     expected.clock.reference = ClockReference::internal;
     expected.clock.name = "clk7";
@@ -62,7 +71,16 @@ TEST(Configuration, ChangesWhatIsNamedAndNothingElse)
     EXPECT_EQ(parsed(R"({
         "serial_number": "7",
         "node": { "label": "Studio 2" },
-        "server": { "address": "192.0.2.7", "port": 8080 },
+        "server": { "listen": "eth0", "address": "192.0.2.7", "port": 8080,
+                    "advertised_port": 80 },
+        "registration": {
+            "enabled": false,
+            "registries": [ "http://registry.example:8080", "HTTPS://[2001:db8::1]/" ],
+            "ca_file": "/etc/ca.pem", "dns_domain": "example.com.",
+            "development_registries": true
+        },
+        "advertisement": { "service_file": "/etc/avahi/services/nmos-node.service",
+                           "when": "always" },
         "interfaces": [
             {},
             { "name": "eth1", "mac": "00:00:5E:00:53:77", "chassis_id": null,
@@ -102,9 +120,9 @@ const Refusal refusals[] = {
     {R"({"node": {"label": "a", "label": "b"}})", "file: /node/label: this key is given twice"},
     // Unknown keys.
     {R"({"nodes": {}})",
-     "file: found the unknown key \"nodes\", allowed: serial_number, node, server, interfaces, "
-     "clock, streams, carriage, video, audio, payload_types, format_switching, destinations, "
-     "labels"},
+     "file: found the unknown key \"nodes\", allowed: serial_number, node, server, registration, "
+     "advertisement, interfaces, clock, streams, carriage, video, audio, payload_types, "
+     "format_switching, destinations, labels"},
     {R"({"node": {"lable": "a"}})",
      "file: /node: found the unknown key \"lable\", allowed: label, description, hostname"},
     {R"({"destinations": [{}, {}, {}, {"primary": {"ip": 1}}, {}, {}]})",
@@ -144,7 +162,20 @@ const Refusal refusals[] = {
     // Addresses and ports.
     {R"({"server": {"address": "0.0.0.0"}})",
      "file: /server/address: found \"0.0.0.0\", allowed: unicast IPv4 address like "
-     "\"192.0.2.10\""},
+     "\"192.0.2.10\", or the name of an interface like \"eth0\", or null"},
+    {R"({"server": {"address": "2001:db8::1"}})",
+     "file: /server/address: found \"2001:db8::1\", allowed: unicast IPv4 address like "
+     "\"192.0.2.10\", or the name of an interface like \"eth0\", or null"},
+    {R"({"server": {"listen": "192.0.2.10:3000"}})",
+     "file: /server/listen: found \"192.0.2.10:3000\", allowed: \"any\", an address like "
+     "\"192.0.2.10\" or \"::1\", or the name of an interface like \"eth0\", or null"},
+    {R"({"server": {"listen": 3000}})",
+     "file: /server/listen: found 3000, allowed: \"any\", an address like \"192.0.2.10\" or "
+     "\"::1\", or the name of an interface like \"eth0\", or null"},
+    {R"({"server": {"advertised_port": 0}})",
+     "file: /server/advertised_port: found 0, allowed: 1 to 65535, or null"},
+    {R"({"server": {"advertised_port": "80"}})",
+     "file: /server/advertised_port: found \"80\", allowed: 1 to 65535, or null"},
     {R"({"interfaces": [{"address": "233.252.0.1"}, {}]})",
      "file: /interfaces/0/address: found \"233.252.0.1\", allowed: unicast IPv4 address like "
      "\"192.0.2.10\""},
@@ -160,6 +191,28 @@ const Refusal refusals[] = {
      "file: /server/port: found 18446744073709551615, allowed: 1 to 65535"},
     {R"({"server": {"port": 4294967376}})",
      "file: /server/port: found 4294967376, allowed: 1 to 65535"},
+    // Registries and files.
+    {R"({"registration": {"registries": "http://registry.example"}})",
+     "file: /registration/registries: found \"http://registry.example\" (23 bytes), allowed: an "
+     "array of at most 16 entries"},
+    {R"({"registration": {"registries": ["a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k",
+                                         "l", "m", "n", "o", "p", "q"]}})",
+     "file: /registration/registries: found an array of 17, allowed: at most 16 entries"},
+    {R"({"registration": {"registries": ["http://a.example", "b.example"]}})",
+     "file: /registration/registries/1: found \"b.example\", allowed: URL like "
+     "\"http://registry.example:8080\", http or https, without a path or with "
+     "\"/x-nmos/registration/v1.2\""},
+    {R"({"registration": {"dns_domain": "a b"}})",
+     "file: /registration/dns_domain: found \"a b\", allowed: domain name like \"example.com\", "
+     "or null"},
+    {R"({"registration": {"ca_file": ""}})",
+     "file: /registration/ca_file: found \"\", allowed: path of a file, or null"},
+    {R"({"advertisement": {"service_file": "/etc/avahi/services/.service"}})",
+     "file: /advertisement/service_file: found \"/etc/avahi/services/.service\" (28 bytes), "
+     "allowed: path of a file whose name ends in \".service\", or null"},
+    {R"({"advertisement": {"when": "sometimes"}})",
+     "file: /advertisement/when: found \"sometimes\", allowed: \"peer to peer\", \"always\", "
+     "\"never\""},
     // What an SDP file cannot say.
     {R"({"clock": {"domain": 0}})", "file: /clock/domain: found 0, allowed: 127"},
     {R"({"video": {"lines": 1081}})", "file: /video/lines: found 1081, allowed: 2160, 1080, 720"},
@@ -255,6 +308,13 @@ TEST(ExplainConfiguration, ParsesAgainToItself)
     EXPECT_EQ(parsed(explain_configuration(Configuration())), Configuration());
 
     Configuration other;
+    other.server = {"any", "eth0", 1, 65535};
+    other.registration.enabled = false;
+    other.registration.registries = {"http://a.example/x-nmos/registration/v1.2",
+                                     "https://b.example:443/x-nmos/registration/v1.2"};
+    other.registration.ca_file = "ca \"1\".pem";
+    other.registration.dns_domain = "example.com";
+    other.advertisement = {"nmos.service", Advertise::never};
     other.serial_number = "with \"quotes\", \\ and \xc3\xa9";
     other.node.label = "// no comment";
     other.interfaces[0].chassis_id = std::nullopt;
@@ -274,12 +334,24 @@ TEST(ExplainConfiguration, ParsesAgainToItself)
 TEST(ExplainConfiguration, SaysWhatIsAllowedBesideTheValue)
 {
     const std::string text = explain_configuration(Configuration());
-    EXPECT_THAT(text, HasSubstr("        // The TCP port to serve at, which all bodies name too. "
-                                "Allowed: 1 to 65535.\n"
-                                "        \"port\": 3000\n"));
+    EXPECT_THAT(text, HasSubstr("        // The TCP port to listen at. Allowed: 1 to 65535.\n"
+                                "        \"port\": 3000,\n"));
     EXPECT_THAT(text, HasSubstr("    // How video is sent: SMPTE ST 2110, or SMPTE ST 2022-6. "
                                 "Allowed: \"ST 2110\", \"ST 2022-6\".\n"
                                 "    \"carriage\": \"ST 2110\",\n"));
+}
+
+TEST(ExplainConfiguration, WritesAListOfAnyLength)
+{
+    Configuration configuration;
+    EXPECT_THAT(explain_configuration(configuration), HasSubstr("\"registries\": [],\n"));
+    configuration.registration.registries = {"http://a.example/x-nmos/registration/v1.2",
+                                             "http://b.example/x-nmos/registration/v1.2"};
+    EXPECT_THAT(explain_configuration(configuration),
+                HasSubstr("\"registries\": [\n"
+                          "            \"http://a.example/x-nmos/registration/v1.2\",\n"
+                          "            \"http://b.example/x-nmos/registration/v1.2\"\n"
+                          "        ],\n"));
 }
 
 TEST(ExplainConfiguration, ExplainsEveryKeyOnce)
@@ -297,18 +369,20 @@ TEST(ExplainConfiguration, ExplainsEveryKeyOnce)
         previous = line;
         ASSERT_LE(rest.find('\n'), 100U) << line;
     }
-    EXPECT_THAT(keys,
-                ElementsAre("serial_number", "node", "label", "description", "hostname", "server",
-                            "address", "port", "interfaces", "name", "mac", "chassis_id", "address",
-                            "clock", "name", "reference", "grandmaster", "domain", "traceable",
-                            "locked", "streams", "senders", "sender_essences", "receiver_essences",
-                            "audio_groups", "carriage", "video", "lines", "scan", "frame_rate",
-                            "sampling", "bit_depth", "colorimetry", "transfer_characteristic",
-                            "audio", "encoding", "sample_rate", "channels", "packet_time",
-                            "payload_types", "video", "audio", "ancillary", "format_switching",
-                            "capable", "allowed", "destinations", "primary", "address", "port",
-                            "secondary", "address", "port", "labels", "device", "sources", "flows",
-                            "senders", "receivers"));
+    EXPECT_THAT(
+        keys,
+        ElementsAre("serial_number", "node", "label", "description", "hostname", "server", "listen",
+                    "address", "port", "advertised_port", "registration", "enabled", "registries",
+                    "ca_file", "dns_domain", "development_registries", "advertisement",
+                    "service_file", "when", "interfaces", "name", "mac", "chassis_id", "address",
+                    "clock", "name", "reference", "grandmaster", "domain", "traceable", "locked",
+                    "streams", "senders", "sender_essences", "receiver_essences", "audio_groups",
+                    "carriage", "video", "lines", "scan", "frame_rate", "sampling", "bit_depth",
+                    "colorimetry", "transfer_characteristic", "audio", "encoding", "sample_rate",
+                    "channels", "packet_time", "payload_types", "video", "audio", "ancillary",
+                    "format_switching", "capable", "allowed", "destinations", "primary", "address",
+                    "port", "secondary", "address", "port", "labels", "device", "sources", "flows",
+                    "senders", "receivers"));
 }
 
 TEST(Configuration, ManyFindingsAreCounted)

@@ -34,7 +34,7 @@ struct Shown
 {
     explicit Shown(const Configuration& its, Presentation presentation = Presentation::conforming)
         : configuration(its),
-          records(make_records(its, {1000, 0})),
+          records(make_records(its, NodeAddress(), {1000, 0})),
           conformance(presentation, its, records->node)
     {}
 

@@ -38,7 +38,7 @@ protected:
         return patch;
     }
 
-    const std::unique_ptr<Records> records_ = make_records(Configuration(), {1, 0});
+    const std::unique_ptr<Records> records_ = make_records(Configuration(), NodeAddress(), {1, 0});
 };
 
 TEST_F(ConnectionSteps, ParseNamesOnlyWhatIsThere)

@@ -79,6 +79,7 @@ protected:
             text += ConnectionApi().make_single_senderid_staged(&records.connections, 0);
             text += ConnectionApi().make_single_receiverid_staged(&records.connections, 0);
         });
+        text += base_url(instrument_.address());
         const InstrumentStatus status = instrument_.status();
         for (const InstrumentStatus::Pending& pending : status.pending)
             text += pending.resource + ' ' + to_text(pending.due) + '\n';
@@ -125,10 +126,18 @@ protected:
 
     TaiTime now_{1'234'567'890, 123'456'789};
     int changes_ = 0;
-    Instrument instrument_{Configuration(), [this] { return now_; }};
+    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_; }};
     const ConnectionKey sender_{Side::sender, 0};
     const ConnectionKey receiver_{Side::receiver, 0};
 };
+
+TEST_F(FailingChangeTest, Moved)
+{
+    fail_each_allocation([&] {
+        instrument_.move_to({"203.203.203.203", 65535});
+        return true;
+    });
+}
 
 TEST_F(FailingChangeTest, Staged)
 {

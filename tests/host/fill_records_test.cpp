@@ -20,9 +20,10 @@ using testing::IsEmpty;
 
 constexpr TaiTime now = {1735689637, 25};
 
-std::unique_ptr<Records> records_of(const Configuration& configuration)
+std::unique_ptr<Records> records_of(const Configuration& configuration,
+                                    const NodeAddress& address = {})
 {
-    return make_records(configuration, now);
+    return make_records(configuration, address, now);
 }
 
 std::string sdp_of(Records& records, int sender)
@@ -115,7 +116,6 @@ std::vector<Configuration> many_configurations()
     Configuration longest;
     longest.serial_number = std::string(63, 's');
     longest.node = {std::string(63, 'l'), std::string(127, 'd'), std::string(31, 'h')};
-    longest.server = {"203.203.203.203", 65535};
     for (MediaInterface& interface : longest.interfaces) {
         interface.name = std::string(46, 'n') + (&interface == &longest.interfaces[0] ? "1" : "2");
         interface.chassis_id = std::string(47, 'c');
@@ -136,7 +136,7 @@ std::vector<Configuration> many_configurations()
 TEST(MakeRecords, LeavesNothingForTheLibraryToFind)
 {
     for (const Configuration& configuration : many_configurations()) {
-        const auto records = records_of(configuration);
+        const auto records = records_of(configuration, {"203.203.203.203", 65535});
         EXPECT_THAT(nmos_instrument::check_record(records->node), IsEmpty());
         EXPECT_THAT(nmos_instrument::check_record(records->connections), IsEmpty());
         EXPECT_THAT(nmos_instrument::check_record(records->settings), IsEmpty());
@@ -155,9 +155,7 @@ TEST(MakeRecords, GivesTheSameTextsForTheSameConfiguration)
 
 TEST(MakeRecords, SpellsTheServedAddressAlikeEverywhere)
 {
-    Configuration configuration;
-    configuration.server = {"192.0.2.7", 8080};
-    const auto records = records_of(configuration);
+    const auto records = records_of(Configuration(), {"192.0.2.7", 8080});
     const NMOS_IS04_ST& node = records->node;
     EXPECT_STREQ(node.href, "http://192.0.2.7:8080/");
     EXPECT_EQ(node.endpoints_count, 1);

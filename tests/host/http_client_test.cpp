@@ -209,7 +209,7 @@ TEST(HttpClientRequest, TheAddressCountsForItsRequestOnly)
 {
     HttpServer first({}, with_text("first"));
     HttpServerOptions options;
-    options.address = "127.0.0.2";
+    options.listen.address = "127.0.0.2";
     options.port = first.port();
     HttpServer second(options, with_text("second"));
     HttpClient client;

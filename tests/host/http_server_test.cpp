@@ -231,6 +231,27 @@ TEST(HttpServer, TellsThePeer)
     EXPECT_THAT(response->body, MatchesRegex("127\\.0\\.0\\.7:[0-9]+"));
 }
 
+TEST(HttpServer, ServesIpv4AndIpv6AtOnce)
+{
+    HttpServerOptions options;
+    options.listen = {};
+    HttpServer server(options, [](const HttpRequest& request, const HttpReply& reply) {
+        reply({200, "text/plain", request.peer, {}});
+    });
+    const auto peer_of_client_at = [&](const char* address) {
+        TestClient client(server.port(), address);
+        client.send(get("/"));
+        const auto response = client.receive();
+        return response ? response->body : "no answer";
+    };
+    EXPECT_THAT(peer_of_client_at("127.0.0.7"), MatchesRegex("127\\.0\\.0\\.7:[0-9]+"));
+    try {
+        EXPECT_THAT(peer_of_client_at("::1"), MatchesRegex("\\[::1\\]:[0-9]+"));
+    } catch (const std::system_error& error) {
+        GTEST_SKIP() << "this machine has no IPv6: " << error.what();
+    }
+}
+
 TEST(HttpServer, SurvivesExceptionsOfTheHandler)
 {
     std::mutex mutex;
@@ -449,10 +470,10 @@ TEST(HttpServer, SaysWhyItCannotStart)
         EXPECT_THAT(error.what(), StartsWith("127.0.0.1:" + std::to_string(first.port()) + ": "));
     }
     options = {};
-    options.address = "192.0.2.1"; // TEST-NET-1, nobody's
+    options.listen.address = "192.0.2.1"; // TEST-NET-1, nobody's
     EXPECT_THROW(HttpServer(options, &describe), std::system_error);
-    for (const char* address : {"", "localhost", "::1", "10.1", "127.0.0.1 "}) {
-        options.address = address;
+    for (const char* address : {"localhost", "[::1]", "10.1", "127.0.0.1 "}) {
+        options.listen.address = address;
         EXPECT_THROW(HttpServer(options, &describe), std::invalid_argument) << address;
     }
 }

@@ -7,10 +7,12 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
-#include <arpa/inet.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -21,13 +23,32 @@ namespace nmos_instrument::host {
 
 namespace {
 
-sockaddr_in ipv4(const char* address, std::uint16_t port)
+struct SocketName
 {
-    sockaddr_in name{};
-    name.sin_family = AF_INET;
-    name.sin_port = htons(port);
-    inet_pton(AF_INET, address, &name.sin_addr);
+    sockaddr_storage storage{};
+    socklen_t length = 0;
+
+    const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&storage); }
+};
+
+SocketName name_of(const char* address, std::uint16_t port)
+{
+    addrinfo numeric{};
+    numeric.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
+    numeric.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    if (getaddrinfo(address, std::to_string(port).c_str(), &numeric, &found) != 0)
+        throw std::runtime_error(std::string("test client: no address: ") + address);
+    SocketName name;
+    name.length = found->ai_addrlen;
+    std::memcpy(&name.storage, found->ai_addr, found->ai_addrlen);
+    freeaddrinfo(found);
     return name;
+}
+
+bool is_ipv6(const char* address)
+{
+    return std::strchr(address, ':') != nullptr;
 }
 
 std::string lower(std::string text)
@@ -46,17 +67,17 @@ std::string TestResponse::header(const std::string& name) const
 }
 
 TestClient::TestClient(std::uint16_t port, const char* own_address)
-    : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    : socket_(socket(is_ipv6(own_address) ? AF_INET6 : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
-    const sockaddr_in own = ipv4(own_address, 0);
-    const sockaddr_in server = ipv4("127.0.0.1", port);
+    const SocketName own = name_of(own_address, 0);
+    const SocketName server = name_of(is_ipv6(own_address) ? "::1" : "127.0.0.1", port);
     const int yes = 1;
     setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
     // The port is chosen when it connects: bind() alone would not find a free one quickly among
     // thousands that have just been used.
     setsockopt(socket_, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &yes, sizeof yes);
-    if (bind(socket_, reinterpret_cast<const sockaddr*>(&own), sizeof own) != 0 ||
-        connect(socket_, reinterpret_cast<const sockaddr*>(&server), sizeof server) != 0) {
+    if (bind(socket_, own.get(), own.length) != 0 ||
+        connect(socket_, server.get(), server.length) != 0) {
         const int reason = errno;
         close(socket_);
         throw std::system_error(reason, std::generic_category(), "test client");

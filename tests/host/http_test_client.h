@@ -24,7 +24,8 @@ struct TestResponse
     std::string header(const std::string& name) const;
 };
 
-/// Throws std::system_error when it cannot connect. Every wait ends after `patience`.
+/// Throws std::system_error when it cannot connect. Every wait ends after `patience`. It connects to
+/// 127.0.0.1, from ::1 to ::1.
 class TestClient
 {
 public:

@@ -29,7 +29,7 @@ bool ends_with_comma(const std::string& listing)
 class IdListing : public testing::Test
 {
 protected:
-    const std::unique_ptr<Records> records_ = make_records(Configuration(), {1, 0});
+    const std::unique_ptr<Records> records_ = make_records(Configuration(), NodeAddress(), {1, 0});
 };
 
 TEST_F(IdListing, SendersForEverySelectorAndCount)

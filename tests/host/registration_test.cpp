@@ -124,7 +124,7 @@ protected:
     std::deque<Sent> sent_;
     int searches_ = 0;
     std::vector<bool> has_registry_;
-    Instrument instrument_{Configuration(), [this] { return now_tai_; }};
+    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_tai_; }};
     Registration registration_{instrument_,
                                {.now = [this] { return now_; },
                                 .random = [] { return 0.5; },
@@ -185,7 +185,7 @@ TEST_F(RegistrationTest, HiddenResourcesAreNotRegistered)
     Configuration configuration;
     configuration.streams.senders = SenderStreams::stream_1;
     configuration.streams.receiver_essences = Essences::video_only;
-    const Instrument instrument(configuration, [] { return TaiTime{1000, 0}; });
+    const Instrument instrument(configuration, NodeAddress(), [] { return TaiTime{1000, 0}; });
     std::vector<std::string_view> types;
     for (const NodeResource& resource : instrument.shown_resources())
         types.push_back(plural_of(resource.type));

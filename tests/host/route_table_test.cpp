@@ -47,7 +47,8 @@ protected:
         return std::string(text_of(records_->node.receivers[index].id));
     }
 
-    const std::unique_ptr<Records> records_ = make_records(Configuration(), {1000, 0});
+    const std::unique_ptr<Records> records_ =
+        make_records(Configuration(), NodeAddress(), {1000, 0});
     const ResourceIndex resources_{*records_};
     const RouteTable routes_{first, second};
 };

@@ -64,7 +64,7 @@ protected:
     const std::filesystem::path present_ = folder_.path() / "present";
     const std::filesystem::path away_ = folder_.path() / "away";
     const std::string file_ = present_ / "state";
-    Instrument instrument_{Configuration(), [] { return TaiTime{1000, 0}; }};
+    Instrument instrument_{Configuration(), NodeAddress(), [] { return TaiTime{1000, 0}; }};
 };
 
 TEST_F(StateFileTest, TriesAgainUntilTheChangeIsSaved)

@@ -81,7 +81,7 @@ protected:
         return all;
     }
 
-    Instrument instrument_{Configuration(), tai_now};
+    Instrument instrument_{Configuration(), NodeAddress(), tai_now};
     HttpClient client_;
     ManifestFetcher manifests_{client_, ManifestHosts({}, {0x7f000000, 8}, {})};
     ClientLog log_;

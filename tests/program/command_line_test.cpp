@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include "run_program.h"
 
@@ -77,6 +78,32 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
         {{"print", "--print-config", "--check-config"}, "--print-config"},
         {{"serve", "--port", "0"}, "--port: found \"0\", allowed: 1 to 65535"},
         {{"serve", "--state-reset"}, "--state-reset requires --state"},
+        {{"serve", "--listen", "192.0.2.10:80"},
+         "--listen: found \"192.0.2.10:80\", allowed: \"any\", an address like \"192.0.2.10\" or "
+         "\"::1\", or the name of an interface like \"eth0\"\n"},
+        {{"serve", "--listen", "300.0.2.10"}, "--listen: found \"300.0.2.10\""},
+        {{"serve", "--listen", "233.252.0.1"}, "--listen: found \"233.252.0.1\""},
+        {{"serve", "--address", "2001:db8::1"},
+         "--address: found \"2001:db8::1\", allowed: unicast IPv4 address like \"192.0.2.10\", or "
+         "the name of an interface like \"eth0\"\n"},
+        {{"serve", "--address", "0.0.0.0"}, "--address: found \"0.0.0.0\""},
+        {{"serve", "--advertised-port", "65536"},
+         "--advertised-port: found \"65536\", allowed: 1 to 65535"},
+        {{"serve", "--registry", "registry.example:8080"},
+         "--registry: found \"registry.example:8080\", allowed: URL like "
+         "\"http://registry.example:8080\", http or https, without a path or with "
+         "\"/x-nmos/registration/v1.2\"\n"},
+        {{"serve", "--registry", "http://a.example", "http://b.example"}, "http://b.example"},
+        {{"serve", "--registry", "http://a.example", "--no-registration"},
+         "--registry excludes --no-registration"},
+        {{"serve", "--dns-domain", "a b"},
+         "--dns-domain: found \"a b\", allowed: domain name like \"example.com\"\n"},
+        {{"serve", "--registry-ca", ""}, "--registry-ca: found \"\", allowed: path of a file"},
+        {{"serve", "--service-file", "/etc/avahi/services/nmos"},
+         "--service-file: found \"/etc/avahi/services/nmos\", allowed: path of a file whose name "
+         "ends in \".service\"\n"},
+        {{"serve", "--advertise", "sometimes"},
+         "--advertise: found \"sometimes\", allowed: always, peer-to-peer, never\n"},
         {{"serve", "--manifest-hosts", "192.0.2.7/24"},
          "--manifest-hosts: found \"192.0.2.7/24\", allowed: an IPv4 network like 192.0.2.0/24 "
          "with no bits set behind the prefix, or an IPv4 address like 192.0.2.7"},
@@ -111,6 +138,63 @@ TEST(CommandLine, WrongUseIsStatus3AndSaysWhatIsAllowed)
         EXPECT_THAT(run.errors, HasSubstr(wrong.said));
         EXPECT_THAT(run.out, IsEmpty()) << wrong.said;
     }
+}
+
+/// What serve would do with these options, as --print-config shows it.
+nlohmann::json configuration_with(std::vector<std::string> options)
+{
+    options.insert(options.begin(), {"serve", "--print-config"});
+    const ProgramRun run = run_program(options);
+    EXPECT_EQ(run.status, 0) << run.errors;
+    return nlohmann::json::parse(run.out, nullptr, true, true);
+}
+
+TEST(CommandLine, OptionsTakeThePlaceOfKeys)
+{
+    const nlohmann::json before = configuration_with({});
+    EXPECT_EQ(before["server"], nlohmann::json::parse(R"({"listen": null, "address": null,
+                                    "port": 3000, "advertised_port": null})"));
+    EXPECT_EQ(configuration_with({"--listen", "[::1]", "--address", "eth0", "--port", "80",
+                                  "--advertised-port", "8080"})["server"],
+              nlohmann::json::parse(R"({"listen": "::1", "address": "eth0", "port": 80,
+                                        "advertised_port": 8080})"));
+    EXPECT_EQ(
+        configuration_with({"--registry", "http://a.example", "--registry",
+                            "HTTPS://B.example:8443/", "--registry-ca", "ca.pem", "--dns-domain",
+                            "example.com.", "--development-registries"})["registration"],
+        nlohmann::json::parse(R"({"enabled": true,
+                  "registries": ["http://a.example/x-nmos/registration/v1.2",
+                                 "https://b.example:8443/x-nmos/registration/v1.2"],
+                  "ca_file": "ca.pem", "dns_domain": "example.com",
+                  "development_registries": true})"));
+    EXPECT_EQ(configuration_with({"--no-registration"})["registration"]["enabled"], false);
+    EXPECT_EQ(configuration_with(
+                  {"--service-file", "nmos.service", "--advertise", "always"})["advertisement"],
+              nlohmann::json::parse(R"({"service_file": "nmos.service", "when": "always"})"));
+    EXPECT_EQ(configuration_with({"--advertise", "peer-to-peer"}), before);
+}
+
+TEST(CommandLine, ARegistryIsUsedThoughTheConfigurationWantsNone)
+{
+    const TemporaryFile file(R"({"registration": {"enabled": false,
+                                                  "registries": ["http://b.example"]}})");
+    EXPECT_EQ(configuration_with({"--config", file.name(), "--registry",
+                                  "http://a.example"})["registration"]["registries"],
+              nlohmann::json::parse(R"(["http://a.example/x-nmos/registration/v1.2"])"));
+    EXPECT_EQ(configuration_with({"--config", file.name(), "--registry",
+                                  "http://a.example"})["registration"]["enabled"],
+              true);
+}
+
+TEST(CommandLine, SixteenRegistriesAreEnough)
+{
+    std::vector<std::string> options = {"serve", "--print-config"};
+    for (int i = 0; i < 17; ++i)
+        options.insert(options.end(), {"--registry", "http://a" + std::to_string(i) + ".example"});
+    const ProgramRun run = run_program(options);
+    EXPECT_EQ(run.status, 3);
+    EXPECT_THAT(run.errors, HasSubstr("--registry: found \"http://a16.example/x-nmos/registration/"
+                                      "v1.2\", allowed: at most 16 of them"));
 }
 
 TEST(CommandLine, AConfigurationCannotMoveTheCursor)

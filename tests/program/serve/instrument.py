@@ -13,6 +13,8 @@ import unittest
 
 PROGRAM = os.environ.get("NMOS_INSTRUMENT", "nmos-instrument")
 PORT = os.environ.get("NMOS_PORT", "23000")
+# Whoever runs the tests may have a registry in the network: it must not hear of them.
+SERVE = [PROGRAM, "serve", "--no-registration"]
 EXAMPLES = pathlib.Path(os.environ.get("NMOS_EXAMPLES", "docs/examples"))
 FAULTS = pathlib.Path(os.environ.get("NMOS_FAULTS", "build/release/tests/program/faults"))
 
@@ -54,12 +56,14 @@ class Instrument:
     """The program at work; `with` ends it."""
 
     def __init__(self, *options, configuration=None, environment=None, stderr=None, stdout=None,
-                 log_level="debug"):
+                 log_level="debug", registration=False):
         """`stderr` and `stdout` take the place of the file that `log` reads and of the pipe that
-        the URL is read from; without that pipe the port is not known."""
+        the URL is read from; without that pipe the port is not known. It does not look for
+        registries, unless the options name one or `registration` asks for it."""
         self.folder = tempfile.TemporaryDirectory()
-        arguments = [PROGRAM, "serve", "--first-free-port", "--port", PORT,
-                     "--log-level", log_level, *options]
+        registers = registration or "--registry" in options
+        arguments = [*([PROGRAM, "serve"] if registers else SERVE), "--first-free-port",
+                     "--port", PORT, "--log-level", log_level, *options]
         if configuration is not None:
             path = pathlib.Path(self.folder.name) / "configuration.json"
             path.write_text(json.dumps(configuration), encoding="utf-8")

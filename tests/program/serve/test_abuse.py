@@ -11,7 +11,7 @@ import threading
 import time
 import unittest
 
-from instrument import (CONNECTION, IMMEDIATE, NODE, PROGRAM, SINGLE, Answer, Instrument, InstrumentTest,
+from instrument import (CONNECTION, IMMEDIATE, NODE, SERVE, SINGLE, Answer, Instrument, InstrumentTest,
                         file_patch, sdp_file, video_medium)
 
 
@@ -243,7 +243,7 @@ class TheEnd(unittest.TestCase):
         with Instrument() as first, Instrument() as second:
             self.assertNotEqual(first.port, second.port)
             self.assertEqual(second.node("self")["api"]["endpoints"][0]["port"], second.port)
-            run = subprocess.run([PROGRAM, "serve", "--port", str(first.port)],
+            run = subprocess.run([*SERVE, "--port", str(first.port)],
                                  stderr=subprocess.PIPE, timeout=30)
             self.assertEqual(run.returncode, 2)
             self.assertIn(str(first.port), run.stderr.decode())

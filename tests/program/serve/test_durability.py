@@ -11,7 +11,7 @@ import subprocess
 import tempfile
 import threading
 
-from instrument import IMMEDIATE, PORT, PROGRAM, Instrument, StateTest, file_patch, sdp_file, seconds, \
+from instrument import IMMEDIATE, PORT, SERVE, Instrument, StateTest, file_patch, sdp_file, seconds, \
     video_medium
 
 UUID = "5709255c-c0ae-4e1e-99a0-e872e83e48e0"
@@ -30,7 +30,7 @@ class Durability(StateTest):
             self.addCleanup(path.unlink)
             path.write_text(json.dumps(configuration), encoding="utf-8")
             options = ["--config", str(path)]
-        run = subprocess.run([PROGRAM, "serve", "--first-free-port", "--port", PORT, *options,
+        run = subprocess.run([*SERVE, "--first-free-port", "--port", PORT, *options,
                               "--state", file],
                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=20)
         self.assertEqual(run.returncode, 2, run.stderr)

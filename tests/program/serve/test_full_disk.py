@@ -8,7 +8,7 @@ import subprocess
 import time
 import unittest
 
-from instrument import IMMEDIATE, PORT, PROGRAM, Instrument, StateTest, with_fault
+from instrument import IMMEDIATE, PORT, SERVE, Instrument, StateTest, with_fault
 
 MADE = "The change was made but is not saved yet: a restart might lose it. Saving is tried again"
 NOT_MADE = "The change was not made: the state cannot be saved"
@@ -153,7 +153,7 @@ class SlowDisk(DiskTest):
 
     def test_a_start_does_not_wait_for_a_disk_that_hangs(self):
         self.sign.touch()
-        run = subprocess.run([PROGRAM, "serve", "--first-free-port", "--port", PORT,
+        run = subprocess.run([*SERVE, "--first-free-port", "--port", PORT,
                               "--state", str(self.file)],
                              env=with_fault("slow_disk", NMOS_SLOW_DISK=str(self.sign)),
                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=20)

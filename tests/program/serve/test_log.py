@@ -15,7 +15,7 @@ import tempfile
 import time
 import unittest
 
-from instrument import IMMEDIATE, PORT, PROGRAM, SINGLE, Instrument, file_patch, sdp_file, with_fault
+from instrument import IMMEDIATE, PORT, SERVE, SINGLE, Instrument, file_patch, sdp_file, with_fault
 
 ABSENT = "5709255c-c0ae-4e1e-99a0-e872e83e48e0"
 LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z (debug|info|warning|error|critical): .+")
@@ -250,7 +250,7 @@ class Strangers(unittest.TestCase):
             with Instrument("--state", os.fsdecode(name)) as instrument:
                 instrument.wait_for_log(f"--state {folder}{shown} is damaged")
                 self.assert_clean(instrument)
-            run = subprocess.run([PROGRAM, "serve", "--first-free-port", "--port", PORT, "--state",
+            run = subprocess.run([*SERVE, "--first-free-port", "--port", PORT, "--state",
                                   os.fsdecode(name) + "/below"],
                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=30)
             self.assertEqual(run.returncode, 2)
@@ -464,7 +464,7 @@ class StandardDescriptors(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             state = pathlib.Path(folder) / "state"
             process = subprocess.Popen(
-                [PROGRAM, "serve", "--first-free-port", "--port", PORT, "--state", str(state)],
+                [*SERVE, "--first-free-port", "--port", PORT, "--state", str(state)],
                 preexec_fn=lambda: [os.close(descriptor) for descriptor in (0, 1, 2)])
             try:
                 end = time.monotonic() + 20

@@ -6,13 +6,13 @@ import subprocess
 import tempfile
 import unittest
 
-from instrument import EXAMPLES, INTERFACES, PROGRAM, Instrument, seconds, with_fault
+from instrument import EXAMPLES, INTERFACES, PROGRAM, SERVE, Instrument, seconds, with_fault
 
 
 class Messages(unittest.TestCase):
     def test_a_port_in_use_names_the_options_that_help(self):
         with Instrument() as instrument:
-            run = subprocess.run([PROGRAM, "serve", "--port", str(instrument.port)],
+            run = subprocess.run([*SERVE, "--port", str(instrument.port)],
                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=30)
             self.assertEqual(run.returncode, 2)
             said = run.stderr.decode()
@@ -21,7 +21,7 @@ class Messages(unittest.TestCase):
 
     def test_on_loopback_only_this_machine_can_reach_it(self):
         with Instrument() as instrument:
-            instrument.wait_for_log("only this machine can reach 127.0.0.1: set server.address")
+            instrument.wait_for_log("only this machine can reach 127.0.0.1: serve --listen eth0")
 
     def test_first_start_and_restored_state(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -48,7 +48,8 @@ class Messages(unittest.TestCase):
             state = str(pathlib.Path(folder) / "s.json")
             configuration = str(EXAMPLES / "default.json")
             with Instrument("--state", state, "--config", configuration) as instrument:
-                log = instrument.wait_for_log(f"serving {instrument.url} (at most")
+                log = instrument.wait_for_log(f"serving {instrument.url} (listening at "
+                                              f"127.0.0.1:{instrument.port}, at most ")
                 line = next(line for line in log.splitlines() if "serving" in line)
                 version = subprocess.run([PROGRAM, "--version"], stdout=subprocess.PIPE,
                                          check=True).stdout.decode().strip()

@@ -4,7 +4,7 @@
 import subprocess
 import unittest
 
-from instrument import CONNECTION, IMMEDIATE, NODE, PROGRAM, SINGLE, Instrument, InstrumentTest
+from instrument import CONNECTION, IMMEDIATE, NODE, SERVE, SINGLE, Instrument, InstrumentTest
 
 
 class Permission(InstrumentTest):
@@ -78,7 +78,7 @@ class Options(unittest.TestCase):
 
     def test_what_is_no_network_is_refused(self):
         for word in ("", "x", "127.0.0.1/33", "127.0.0.1/8", "::1", "127.1", "127.0.0.1 "):
-            run = subprocess.run([PROGRAM, "serve", "--allow", word], stdout=subprocess.PIPE,
+            run = subprocess.run([*SERVE, "--allow", word], stdout=subprocess.PIPE,
                                  stderr=subprocess.PIPE, timeout=30)
             self.assertEqual(run.returncode, 3)
             self.assertIn("--allow", run.stderr.decode())

@@ -8,7 +8,7 @@ import stat
 import subprocess
 import unittest
 
-from instrument import IMMEDIATE, PORT, PROGRAM, Instrument, StateTest
+from instrument import IMMEDIATE, PORT, SERVE, Instrument, StateTest
 
 ALLOWED = "allowed: a regular file, a link to one, or the name of a new file"
 LAST_VERSION = "281474976710654:999999999"
@@ -28,7 +28,7 @@ class StateFile(StateTest):
 
     def refused(self, file):
         """What a start says that ends at once with status 2."""
-        run = subprocess.run([PROGRAM, "serve", "--first-free-port", "--port", PORT,
+        run = subprocess.run([*SERVE, "--first-free-port", "--port", PORT,
                               "--state", str(file)], stdin=subprocess.PIPE, cwd=self.folder,
                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=20)
         self.assertEqual(run.returncode, 2, run.stderr)
