@@ -440,6 +440,7 @@ TEST(HttpClientConnections, ServeManyThreads)
     HttpClient client;
     std::atomic<int> right{0};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&, i] {
             for (int j = 0; j < 100; ++j) {
@@ -646,6 +647,7 @@ TEST(HttpClientTasks, OfSeveralThreads)
     std::promise<void> all;
     HttpClient client;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&] {
             for (int j = 0; j < 1000; ++j)

@@ -59,6 +59,7 @@ TEST(RequestCounts, OfAllThreads)
 {
     RequestCounts counts({"/a"});
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&] {
             for (int j = 0; j < 10'000; ++j)
