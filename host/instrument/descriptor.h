@@ -3,6 +3,9 @@
 #ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_DESCRIPTOR_H
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_DESCRIPTOR_H
 
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include <unistd.h>
@@ -24,6 +27,19 @@ public:
 
     int number() const { return number_; }
     bool is_open() const { return number_ >= 0; }
+
+    /// False, with errno, if not all of it could be written.
+    bool write_all(std::string_view text) const
+    {
+        while (!text.empty()) {
+            const ssize_t count = ::write(number_, text.data(), text.size());
+            if (count >= 0)
+                text.remove_prefix(static_cast<std::size_t>(count));
+            else if (errno != EINTR)
+                return false;
+        }
+        return true;
+    }
 
 private:
     int number_;

@@ -162,13 +162,8 @@ public:
 
     void write_all(std::string_view text) const
     {
-        while (!text.empty()) {
-            const ssize_t count = ::write(descriptor_.number(), text.data(), text.size());
-            if (count >= 0)
-                text.remove_prefix(static_cast<std::size_t>(count));
-            else if (errno != EINTR)
-                throw_errno(path_);
-        }
+        if (!descriptor_.write_all(text))
+            throw_errno(path_);
     }
 
     void install(const std::string& target)
