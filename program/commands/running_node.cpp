@@ -59,6 +59,7 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
       state_file_(state_file),
       options_(options),
       request_counts_(host::all_routes().paths()),
+      advertisement_(instrument, instrument.configuration().advertisement),
       activations_(instrument),
       manifests_(http_client_,
                  manifest_hosts(options, instrument.configuration(), instrument.address().host))
@@ -68,7 +69,11 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
         registries_.emplace(registration);
         registration_.emplace(
             http_client_, *registries_, instrument_,
-            host::RegistrationClient::Options{.ca_file = registration.ca_file.value_or("")});
+            host::RegistrationClient::Options{
+                .ca_file = registration.ca_file.value_or(""),
+                .has_registry = [this](bool yes) { advertisement_.has_registry(yes); }});
+    } else {
+        advertisement_.has_registry(false);
     }
     listen_to_instrument();
     router_.emplace(services());
@@ -102,6 +107,7 @@ void RunningNode::listen_to_instrument()
                     state_file_->changed();
                 if (registration_)
                     registration_->changed();
+                advertisement_.changed();
             },
         .scheduled = [this] { activations_.look_again(); },
     });
@@ -113,6 +119,7 @@ host::Services RunningNode::services()
                             request_counts_, state_file_, options_.changes};
     if (registration_)
         services.registration = [this] { return registration_->status(); };
+    services.advertisement = [this] { return advertisement_.status(); };
     return services;
 }
 

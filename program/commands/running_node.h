@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "advertisement/advertisement.h"
 #include "commands/serve_options.h"
 #include "http/client.h"
 #include "http/listening_socket.h"
@@ -23,7 +24,7 @@
 
 namespace nmos_instrument::program {
 
-/// An instrument on the network: served and registered.
+/// An instrument on the network: served, registered and advertised.
 class RunningNode
 {
 public:
@@ -53,6 +54,7 @@ private:
     host::ClientLog client_log_;
     host::RequestCounts request_counts_;
     host::HttpClient http_client_;
+    host::Advertisement advertisement_;
     std::optional<host::RegistrySource> registries_;
     std::optional<host::RegistrationClient> registration_;
     host::ActivationThread activations_;
