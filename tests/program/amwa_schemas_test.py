@@ -4,21 +4,21 @@
 
 Usage: amwa_schemas_test.py PROGRAM EXAMPLES_DIRECTORY
 
-NMOS_AMWA_DIR names a folder that holds is-04-v1.2/APIs/schemas and is-05-v1.0/APIs/schemas of the
-two specifications. Without it, or without python3-jsonschema, the test is skipped (status 77).
+Without the schemas, or without python3-jsonschema, the test is skipped (status 77).
 """
 
 import json
-import os
 import pathlib
 import subprocess
 import sys
-import warnings
+
+sys.dont_write_bytecode = True  # the tests may lie where nothing is to be written
+
+from amwa_schemas import IS04, IS05, Schemas, why_missing
 
 SKIPPED = 77
 
 # Text, and the schema that it keeps to.
-IS04, IS05 = "is-04-v1.2", "is-05-v1.0"
 WITHOUT_INDEX = [
     (["self"], IS04, "node.json"),
     (["sources"], IS04, "sources.json"),
@@ -58,40 +58,12 @@ WITH_INDEX = [
 ]
 
 
-class Schemas:
-    """The schema files of one folder, which refer to one another by name."""
-
-    def __init__(self, folder, jsonschema):
-        self.jsonschema = jsonschema
-        self.by_name = {path.name: json.loads(path.read_text(encoding="utf-8"))
-                        for path in sorted(folder.glob("*.json"))}
-        if not self.by_name:
-            sys.exit(f"{folder}: no schemas")
-
-    def errors(self, name, instance):
-        schema = self.by_name[name]
-        resolver = self.jsonschema.RefResolver("", schema, store=self.by_name)
-        validator = self.jsonschema.Draft4Validator(
-            schema, resolver=resolver, format_checker=self.jsonschema.draft4_format_checker)
-        return [f"{'/'.join(map(str, error.absolute_path))}: {error.message}"
-                for error in validator.iter_errors(instance)]
-
-
 def main():
     program, examples = sys.argv[1], pathlib.Path(sys.argv[2])
-    amwa = os.environ.get("NMOS_AMWA_DIR")
-    if not amwa:
-        print("skipped: NMOS_AMWA_DIR is not set")
+    if why_missing():
+        print("skipped:", why_missing())
         return SKIPPED
-    try:
-        import jsonschema
-    except ImportError:
-        print("skipped: there is no python3-jsonschema")
-        return SKIPPED
-    # Debian 12 has no other way to resolve references.
-    warnings.filterwarnings("ignore", category=DeprecationWarning)
-    schemas = {name: Schemas(pathlib.Path(amwa) / name / "APIs" / "schemas", jsonschema)
-               for name in (IS04, IS05)}
+    schemas = {name: Schemas(name) for name in (IS04, IS05)}
 
     def printed(text, options):
         run = subprocess.run([program, "print", *text, *options], check=True,

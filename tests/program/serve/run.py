@@ -14,6 +14,8 @@ import unittest
 
 SKIPPED = 77
 sys.dont_write_bytecode = True  # the tests may lie where nothing is to be written
+PROGRAM_TESTS = pathlib.Path(__file__).resolve().parent.parent
+sys.path += [str(PROGRAM_TESTS), str(PROGRAM_TESTS / "registry")]
 
 
 def main():

@@ -1,46 +1,18 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What is served against the JSON schemas of IS-04 v1.2 and IS-05 v1.0.
-
-NMOS_AMWA_DIR names a folder that holds is-04-v1.2/APIs/schemas and is-05-v1.0/APIs/schemas.
-"""
+"""What is served against the JSON schemas of IS-04 v1.2 and IS-05 v1.0."""
 
 import json
-import os
 import pathlib
 import unittest
 
+from amwa_schemas import AMWA, IS04, IS05, Schemas, why_missing
 from instrument import (CONNECTION, EXAMPLES, IMMEDIATE, INTERFACES, NODE, SINGLE, Instrument,
                         file_patch)
 
-try:
-    import jsonschema
-except ImportError:
-    jsonschema = None
-
-AMWA = os.environ.get("NMOS_AMWA_DIR")
-IS04, IS05 = "is-04-v1.2", "is-05-v1.0"
 UUID = "5709255c-c0ae-4e1e-99a0-e872e83e48e0"
 
 
-class Schemas:
-    """The schema files of one folder, which refer to one another by name."""
-
-    def __init__(self, api):
-        folder = pathlib.Path(AMWA) / api / "APIs" / "schemas"
-        self.by_name = {path.name: json.loads(path.read_text(encoding="utf-8"))
-                        for path in folder.glob("*.json")}
-
-    def errors(self, name, instance):
-        schema = self.by_name[name]
-        resolver = jsonschema.RefResolver("", schema, store=self.by_name)
-        validator = jsonschema.Draft4Validator(
-            schema, resolver=resolver, format_checker=jsonschema.draft4_format_checker)
-        return [f"{list(error.absolute_path)}: {error.message}"
-                for error in validator.iter_errors(instance)]
-
-
-@unittest.skipUnless(AMWA, "NMOS_AMWA_DIR is not set")
-@unittest.skipUnless(jsonschema, "there is no python3-jsonschema")
+@unittest.skipIf(why_missing(), why_missing())
 class ServedBodies(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
