@@ -67,7 +67,8 @@ class Registry:
         if method == "POST" and path == "/front":
             order = json.loads(body)
             if order["state"] not in FrontEnd.STATES:
-                raise ValueError(f"state {order['state']!r} is none of {', '.join(FrontEnd.STATES)}")
+                raise ValueError(
+                    f"state {order['state']!r} is none of {', '.join(FrontEnd.STATES)}")
             return self.fronts[order["front"]].set(order["state"])
         raise ValueError(f"{method} {path} is not known")
 
@@ -103,7 +104,8 @@ def main():
                         help="of the Registration API; several are front ends of one registry")
     parser.add_argument("--expiry", type=float, default=12.0,
                         help="seconds after which a node without a heartbeat is removed")
-    parser.add_argument("--certificate", help="a PEM file with a certificate and its key, for https")
+    parser.add_argument("--certificate",
+                        help="a PEM file with a certificate and its key, for https")
     control = http.server.ThreadingHTTPServer(("127.0.0.1", 0), ControlHandler)
     control.daemon_threads = True
     control.registry = Registry(parser.parse_args())

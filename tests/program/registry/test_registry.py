@@ -30,7 +30,8 @@ def uuid(number):
 
 
 def core(number, **more):
-    return {"id": uuid(number), "version": "10:5", "label": "", "description": "", "tags": {}, **more}
+    return {"id": uuid(number), "version": "10:5", "label": "", "description": "", "tags": {},
+            **more}
 
 
 NODE = core(1, href="http://192.0.2.1/", caps={}, services=[], clocks=[], interfaces=[],

@@ -64,6 +64,18 @@ class Instrument:
         registers = registration or "--registry" in options
         arguments = [*([PROGRAM, "serve"] if registers else SERVE), "--first-free-port",
                      "--port", PORT, "--log-level", log_level, *options]
+                 log_level="debug", registries=None):
+        """`stderr` and `stdout` take the place of the file that `log` reads and of the pipe that
+        the URL is read from; without that pipe the port is not known.
+        `registries`: URLs. None: it does not register; an empty list: as the configuration
+        says."""
+        self.folder = tempfile.TemporaryDirectory()
+        arguments = [PROGRAM, "serve", "--first-free-port", "--port", PORT,
+                     "--log-level", log_level, *options]
+        if registries is None:
+            arguments.append("--no-registration")
+        for url in registries or ():
+            arguments += ["--registry", url]
         if configuration is not None:
             path = pathlib.Path(self.folder.name) / "configuration.json"
             path.write_text(json.dumps(configuration), encoding="utf-8")

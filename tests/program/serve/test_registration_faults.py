@@ -1,0 +1,339 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Registries that forget, die, are silent or talk nonsense."""
+
+import http.client
+import signal
+import time
+import unittest
+
+from registrations import (BASE, EXPIRY, RESOURCES, TO_NOTICE, TO_NOTICE_SILENCE,
+                           RegistrationTest, figure, gaps, same_as_node_api)
+from stand_in import wait_until
+
+
+class Forgotten(RegistrationTest):
+    def gap_of_the_node(self, registry):
+        """How long the registry had no node between its last two creations."""
+        created = [each["time"] for each in registry.history()
+                   if each["kind"] == "node" and each["event"] == "created"]
+        gone = [each["time"] for each in registry.history()
+                if each["kind"] == "node" and each["event"] == "deleted"]
+        return created[-1] - gone[-1]
+
+    def test_what_an_earlier_run_left(self):
+        """IS-04 v1.2, Behaviour: Registration, Node Encounters HTTP 200 On First Registration."""
+        registry = self.registry()
+        instrument = self.started(registry)
+        self.activate(instrument, instrument.resources("receivers")[0], 5020)
+        same_as_node_api(registry, instrument)
+        instrument.end(signal.SIGKILL)
+        known = len(registry.requests())
+        begin = time.monotonic()
+        instrument = self.started(registry)
+        node = instrument.node("self")["id"]
+        self.assertEqual(
+            [(each["method"], each["target"], each["status"])
+             for each in registry.requests(since=known)[:3]],
+            [("POST", f"nodes/{node}", 200), ("DELETE", f"nodes/{node}", 204),
+             ("POST", f"nodes/{node}", 201)])
+        figure(f"after a kill: registered {time.monotonic() - begin:.2f} s after the next start; "
+               f"the registry has no node for {1000 * self.gap_of_the_node(registry):.0f} ms")
+        self.assertEqual(len(registry.posts(since=known)), RESOURCES + 1)
+        self.all_is_well(registry, instrument)
+
+    def test_its_deletion_fails(self):
+        registry = self.registry()
+        self.started(registry).end(signal.SIGKILL)
+        registry.behave(request="DELETE .*", status=500, count=1)
+        instrument = self.start(registry)
+        self.all_is_well(registry, instrument)
+
+    def test_its_deletion_is_refused(self):
+        """A registry that cannot delete is still one to register at."""
+        registry = self.registry()
+        self.started(registry).end(signal.SIGKILL)
+        registry.behave(request="DELETE .*", status=403)
+        instrument = self.start(registry)
+        self.all_is_well(registry, instrument)
+        self.assertEqual(len(registry.requests("DELETE")), 1)
+
+    def test_a_registry_that_starts_again_empty(self):
+        registry = self.registry()
+        instrument = self.started(registry)
+        wait_until(registry.heartbeats, "a heartbeat")
+        registry.restart()
+        begin = time.monotonic()
+        wait_until(lambda: registry.count() == RESOURCES, "everything is registered again",
+                   TO_NOTICE + 2, step=0.02)
+        took = time.monotonic() - begin
+        figure(f"a registry that starts again empty has everything after {took:.2f} s")
+        self.assertLess(took, TO_NOTICE)
+        first = registry.requests()[0]
+        self.assertEqual((first["target"].split("/")[0], first["status"]), ("health", 404))
+        self.all_is_well(registry, instrument)
+
+    def test_a_node_that_was_removed(self):
+        """By somebody else, at the registry."""
+        registry = self.registry()
+        instrument = self.started(registry)
+        node = instrument.node("self")["id"]
+        self.delete_at(registry, f"nodes/{node}")
+        known = len(registry.requests())
+        wait_until(lambda: registry.count() == RESOURCES, "everything is registered again",
+                   TO_NOTICE + 2, step=0.02)
+        self.assertEqual([(each["target"], each["status"])
+                          for each in registry.requests(since=known)[:2]],
+                         [(f"health/{node}", 404), (f"nodes/{node}", 201)])
+        self.all_is_well(registry, instrument)
+
+    def delete_at(self, registry, target):
+        """As somebody else."""
+        connection = http.client.HTTPConnection("127.0.0.1", registry.ports[0], timeout=10)
+        connection.request("DELETE", f"{BASE}/resource/{target}")
+        self.assertEqual(connection.getresponse().status, 204)
+        connection.close()
+
+    def test_a_404_although_it_is_there(self):
+        """Then the POST of the node is a 200, and what is there is deleted first."""
+        registry = self.registry()
+        instrument = self.started(registry)
+        registry.behave(request="POST health/.*", status=404, count=1)
+        known = len(registry.requests())
+        wait_until(lambda: len(registry.posts(since=known)) == RESOURCES + 1,
+                   "everything is registered again", TO_NOTICE + 2)
+        self.assertEqual([(each["method"], each["status"])
+                          for each in registry.requests(since=known)[:4]],
+                         [("POST", 404), ("POST", 200), ("DELETE", 204), ("POST", 201)])
+        figure("after a wrong 404 the registry has no node for "
+               f"{1000 * self.gap_of_the_node(registry):.0f} ms")
+        self.all_is_well(registry, instrument)
+
+    def test_stopped_for_longer_than_the_registry_waits(self):
+        """The program, or the machine, slept."""
+        registry = self.registry()
+        instrument = self.started(registry)
+        instrument.process.send_signal(signal.SIGSTOP)
+        time.sleep(EXPIRY + 1)
+        self.assertEqual(registry.count(), 0)
+        instrument.process.send_signal(signal.SIGCONT)
+        begin = time.monotonic()
+        wait_until(lambda: registry.count() == RESOURCES, "everything is registered again",
+                   step=0.02)
+        figure(f"after {EXPIRY + 1:.0f} s asleep everything is registered again "
+               f"{time.monotonic() - begin:.2f} s later")
+        self.all_is_well(registry, instrument)
+
+    def test_stopped_for_a_while(self):
+        registry = self.registry()
+        instrument = self.started(registry)
+        known = len(registry.requests())
+        instrument.process.send_signal(signal.SIGSTOP)
+        time.sleep(8)
+        instrument.process.send_signal(signal.SIGCONT)
+        time.sleep(6)
+        self.assertEqual(registry.posts(since=known), [])
+        # What was missed is not made up for.
+        self.assertLessEqual(len(registry.heartbeats()), 3)
+        self.all_is_well(registry, instrument)
+
+
+class FailOver(RegistrationTest):
+    def test_another_registry(self):
+        """It knows nothing, so it gets everything."""
+        first, second = self.registry(), self.registry()
+        instrument = self.started(first, second)
+        self.assertEqual(second.requests(), [])
+        wait_until(first.heartbeats, "a heartbeat")
+        first.kill()
+        begin = time.monotonic()
+        wait_until(lambda: second.count() == RESOURCES, "everything is there", TO_NOTICE + 2,
+                   step=0.02)
+        took = time.monotonic() - begin
+        figure(f"after a kill the other registry has everything {took:.2f} s later")
+        self.assertLess(took, TO_NOTICE)
+        node = instrument.node("self")["id"]
+        self.assertEqual([(each["target"], each["status"]) for each in second.requests()[:2]],
+                         [(f"health/{node}", 404), (f"nodes/{node}", 201)])
+        self.all_is_well(second, instrument)
+        status = self.status(instrument)
+        self.assertEqual((status["registry"], status["fail_overs"]), (second.url + BASE, 1))
+        self.assertGreaterEqual(status["failures"], 1)
+        # It stays there when the first one is back.
+        first.start()
+        time.sleep(6)
+        self.assertEqual(first.requests(), [])
+        self.all_is_well(second, instrument)
+
+    def test_a_change_finds_out_earlier(self):
+        first, second = self.registry(), self.registry()
+        instrument = self.started(first, second)
+        first.kill()
+        begin = time.monotonic()
+        self.activate(instrument, instrument.resources("receivers")[0], 5020)
+        wait_until(lambda: second.count() == RESOURCES, "everything is there", TO_NOTICE, step=0.02)
+        figure(f"with a change the other registry has everything {time.monotonic() - begin:.2f} s "
+               "later")
+        self.all_is_well(second, instrument)
+
+    def carries_on(self, fault, limit):
+        """With two front ends of one registry, of which the first has a fault: all goes on at the
+        second without another POST."""
+        registry = self.registry(fronts=2)
+        instrument = self.started(*registry.urls)
+        wait_until(registry.heartbeats, "a heartbeat")
+        known = len(registry.requests())
+        fault(registry)
+        first = wait_until(lambda: next((each for each in registry.requests(since=known)
+                                         if each["front"] == 1), None),
+                           "a request to the other front end", limit)
+        self.assertEqual((first["target"].split("/")[0], first["status"]), ("health", 200))
+        time.sleep(0.5)
+        self.assertEqual(registry.posts(since=known), [])
+        longest = max(gaps(registry.heartbeats()))
+        figure(f"{self.id().split('.')[-1]}: {longest:.2f} s between heartbeats, and no POST")
+        self.assertLess(longest, EXPIRY)
+        self.all_is_well(registry, instrument)
+        # A change is posted there.
+        self.activate(instrument, instrument.resources("receivers")[0], 5020)
+        same_as_node_api(registry, instrument)
+        self.assertEqual({each["front"] for each in registry.posts(since=known)}, {1})
+        status = self.status(instrument)
+        self.assertEqual((status["registry"], status["fail_overs"]), (registry.urls[1] + BASE, 1))
+        self.all_is_well(registry, instrument)
+
+    def test_another_front_end(self):
+        self.carries_on(lambda registry: registry.front(0, "closed"), TO_NOTICE)
+
+    def test_a_front_end_that_is_silent(self):
+        self.carries_on(lambda registry: registry.behave(front=0, mode="stall"), TO_NOTICE_SILENCE)
+
+    def test_a_front_end_that_accepts_nobody(self):
+        self.carries_on(lambda registry: registry.front(0, "deaf"), TO_NOTICE_SILENCE)
+
+    def test_a_front_end_that_never_ends(self):
+        self.carries_on(lambda registry: registry.behave(front=0, mode="trickle"),
+                        TO_NOTICE_SILENCE)
+
+    def test_front_ends_with_faults_in_turn(self):
+        """Back and forth between two front ends, always with a heartbeat and without a POST."""
+        registry = self.registry(fronts=2)
+        instrument = self.started(*registry.urls)
+        known = len(registry.requests())
+        faults = ({"status": 500}, {"status": 503}, {"mode": "garbage"}, {"mode": "half"},
+                  {"mode": "drop"}, {"mode": "flood"}, {"status": 405}, {"status": 302},
+                  {"status": 307, "headers": {"Location": registry.urls[1] + BASE + "/health"}})
+        for turn, fault in enumerate(faults):
+            front = turn % 2
+            with self.subTest(fault):
+                registry.behave_well()
+                registry.behave(front=front, **fault)
+                wait_until(lambda: self.status(instrument)["registered"]
+                           and self.status(instrument)["registry"]
+                           == registry.urls[1 - front] + BASE,
+                           "the other front end", TO_NOTICE + 3)
+        registry.behave_well()
+        self.assertEqual(registry.posts(since=known), [])
+        self.assertEqual(self.status(instrument)["fail_overs"], len(faults))
+        figure(f"{max(gaps(registry.heartbeats())):.2f} s at most between heartbeats, over "
+               f"{len(faults)} fail-overs")
+        self.all_is_well(registry, instrument)
+
+
+class Nonsense(RegistrationTest):
+    """One registry alone: after a pause it is asked again, and goes on where it was."""
+
+    def test_a_post_that_fails_while_registering(self):
+        for fault in ({"status": 500}, {"status": 503}, {"status": 404}, {"status": 408},
+                      {"status": 429}, {"mode": "garbage"}, {"mode": "half"}, {"mode": "drop"},
+                      {"status": 500, "processed": True}, {"mode": "drop", "processed": True},
+                      {"status": 307, "headers": {"Location": "http://192.0.2.1/"}}):
+            with self.subTest(fault):
+                registry = self.registry()
+                registry.behave(request="POST flows/.*", count=1, **fault)
+                instrument = self.start(registry)
+                self.all_is_well(registry, instrument)
+                # Carried on: nothing that was taken is posted again.
+                posts = [each["target"] for each in registry.posts()]
+                self.assertEqual(len(posts), RESOURCES + 1)
+                self.assertEqual(len(set(posts)), RESOURCES)
+                self.assertEqual([each["status"] for each in registry.requests("POST health/")],
+                                 [200])
+                instrument.end()
+
+    def test_the_first_post_of_the_node_fails(self):
+        for fault in ({"status": 500}, {"status": 404}, {"mode": "garbage"}, {"mode": "half"},
+                      {"mode": "drop"}, {"status": 500, "processed": True}):
+            with self.subTest(fault):
+                registry = self.registry()
+                registry.behave(request="POST nodes/.*", count=1, **fault)
+                instrument = self.start(registry)
+                self.all_is_well(registry, instrument)
+                instrument.end()
+
+    def test_an_answer_that_comes_too_late(self):
+        """The registry has the resource, and the node does not know."""
+        registry = self.registry()
+        registry.behave(request="POST sources/.*", delay=5.5, count=1)
+        instrument = self.start(registry)
+        self.all_is_well(registry, instrument, limit=15)
+        self.assertEqual(len(registry.posts()), RESOURCES + 1)
+
+    def test_a_registry_that_never_answers(self):
+        """The next one is used."""
+        for state in ("stall", "deaf"):
+            with self.subTest(state):
+                silent, other = self.registry(), self.registry()
+                if state == "deaf":
+                    silent.front(0, "deaf")
+                else:
+                    silent.behave(mode="stall")
+                begin = time.monotonic()
+                instrument = self.started(silent, other)
+                figure(f"a registry ({state}) is given up for the next one after "
+                       f"{time.monotonic() - begin:.2f} s")
+                self.assertEqual(self.status(instrument)["registry"], other.url + BASE)
+                self.all_is_well(other, instrument)
+                instrument.end()
+
+    def test_registries_that_are_none(self):
+        """Each is tried once, at once, and the one that is left is used."""
+        faults = ({"status": 500}, {"status": 404}, {"status": 405}, {"status": 301},
+                  {"mode": "garbage"}, {"mode": "half"}, {"mode": "drop"}, {"mode": "flood"})
+        others = [self.registry() for _ in faults]
+        for other, fault in zip(others, faults):
+            other.behave(**fault)
+        registry = self.registry()
+        begin = time.monotonic()
+        instrument = self.started(*others, registry)
+        figure(f"{len(others)} registries that are none are passed within "
+               f"{time.monotonic() - begin:.2f} s")
+        for other, fault in zip(others, faults):
+            self.assertEqual(len(other.requests()), 1, fault)
+            self.assertEqual(instrument.log.count(f"warning: registry {other.url}{BASE} "), 1)
+        self.all_is_well(registry, instrument)
+
+    def test_redirects_are_not_followed(self):
+        registry, there = self.registry(), self.registry()
+        for status in (301, 302, 303, 307, 308):
+            registry.behave(status=status, count=1,
+                            headers={"Location": f"{there.url}{BASE}/resource"})
+        instrument = self.start(registry)
+        instrument.wait_for_log(f"{there.url}{BASE}/resource")
+        registry.behave_well()
+        self.all_is_well(registry, instrument)
+        self.assertEqual(there.requests(), [])
+
+    def test_a_long_answer(self):
+        """What the answer says beyond its status does not matter."""
+        registry = self.registry()
+        registry.behave(request="POST (devices|health)/.*", status=200, processed=True,
+                        body="x" * 500_000)
+        instrument = self.started(registry)
+        wait_until(registry.heartbeats, "a heartbeat")
+        time.sleep(0.5)
+        self.assertEqual(self.status(instrument)["failures"], 0)
+        self.all_is_well(registry, instrument)
+
+
+if __name__ == "__main__":
+    unittest.main()
