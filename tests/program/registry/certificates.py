@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""An authority of our own, and a certificate of it for 127.0.0.1."""
+"""An authority of our own, and a certificate of it for an address."""
 
 import pathlib
 import shutil
@@ -8,7 +8,7 @@ import unittest
 
 
 class Certificates:
-    def __init__(self, folder):
+    def __init__(self, folder, address):
         """Skips the test where there is no openssl."""
         if not shutil.which("openssl"):
             raise unittest.SkipTest("there is no openssl to make certificates")
@@ -16,7 +16,7 @@ class Certificates:
         self.authority = self.folder / "authority.pem"
         self.registry = self.folder / "registry.pem"  # with its key
         self.make("authority", "/CN=Test authority", "basicConstraints=critical,CA:TRUE")
-        self.make("registry", "/CN=Test registry", "subjectAltName=IP:127.0.0.1",
+        self.make("registry", "/CN=Test registry", f"subjectAltName=IP:{address}",
                   "-addext", "basicConstraints=critical,CA:FALSE", "-CA", str(self.authority),
                   "-CAkey", str(self.folder / "authority.key"))
         key = (self.folder / "registry.key").read_bytes()

@@ -54,8 +54,10 @@ class Contents:
     """Any thread may call it. A node without a heartbeat for `expiry` seconds goes, and all that
     belongs to it."""
 
-    def __init__(self, expiry=12.0, schemas=None, now=time.monotonic):
+    def __init__(self, expiry=12.0, restarted=False, schemas=None, now=time.monotonic):
+        """`restarted`: it may have held more before."""
         self.expiry = expiry
+        self.restarted = restarted
         self.schemas = schemas
         self.now = now
         self.lock = threading.RLock()
@@ -123,8 +125,9 @@ class Contents:
             if parent in self.resources and self.resources[parent].kind == kind:
                 continue
             missing = f"{resource.kind} {resource.id}: there is no {kind} {parent}"
-            # A node cannot know what the registry has just removed.
-            return refusal(400, missing) if parent in self.gone else self.refuse_violation(missing)
+            # A node cannot know what the registry has lost.
+            lost = parent in self.gone or (self.restarted and parent not in self.latest)
+            return refusal(400, missing) if lost else self.refuse_violation(missing)
         latest = self.latest.get(resource.id)
         if latest and resource.version < latest.version:
             return self.refuse_violation(

@@ -8,6 +8,8 @@ import time
 MODES = {
     "garbage": "answers with bytes that are not HTTP",
     "half": "ends the connection in the middle of the body",
+    "chunked": "sends the right body in chunks",
+    "close": "answers rightly, and then ends the connection",
     "drop": "ends the connection without an answer",
     "stall": "never answers",
     "trickle": "sends a byte of the body now and then, for ever",
@@ -24,8 +26,8 @@ class Fault:
         error of IS-04.
         `delay`: seconds before the answer. With a delay alone the answer is the right one.
         `mode`: one of MODES, in place of an answer.
-        `processed`: whether the registry does what it was asked for nevertheless. Without a status
-        and a mode it does.
+        `processed`: whether the registry does what it was asked for nevertheless. It does if the
+        answer is to be the right one.
         `seconds`, `count`: when the fault ends; None is never."""
         if mode is not None and mode not in MODES:
             raise ValueError(f"mode {mode!r} is none of {', '.join(MODES)}")
@@ -36,7 +38,8 @@ class Fault:
         self.headers = headers or {}
         self.delay = delay
         self.mode = mode
-        self.processed = processed if processed is not None else status is None and mode is None
+        self.processed = processed if processed is not None else (
+            status is None and mode in (None, "chunked", "close"))
         self.until = None if seconds is None else time.monotonic() + seconds
         self.left = count
 

@@ -64,17 +64,17 @@ class Handler(http.server.BaseHTTPRequestHandler):
         answer = self.process(body) if not fault or fault.processed else None
         if fault:
             time.sleep(fault.delay)
-            if fault.mode:
-                self.misbehave(fault.mode)
-                return
             if fault.status:
                 answer = Answer(fault.status, fault.body, fault.headers)
                 if fault.body is None and fault.status >= 300:
                     answer.body = refusal(fault.status, "as a test asked for").body
+            if fault.mode in ANSWERS:
+                ANSWERS[fault.mode](self)
+                return
         # Before it is sent: a test that knows of the answer also finds it in the record.
         record["status"] = answer.status
         record["answered"] = time.monotonic()
-        self.send(answer)
+        self.send(answer, fault.mode if fault else None)
 
     do_GET = do_POST = do_PUT = do_PATCH = do_DELETE = do_HEAD = do_OPTIONS = answer_request
 
@@ -116,37 +116,57 @@ class Handler(http.server.BaseHTTPRequestHandler):
         contents.violation(f"{self.command} {self.path} is not in the Registration API")
         return refusal(404, "there is no such path or method")
 
-    def send(self, answer):
-        """`answer.body` is JSON, or bytes as they are."""
-        body = answer.body
-        if not isinstance(body, bytes):
-            body = b"" if body is None else json.dumps(body).encode()
+    def send(self, answer, mode):
+        body = b"" if answer.body is None else json.dumps(answer.body).encode()
         self.send_response_only(answer.status)
         if body:
             self.send_header("Content-Type", "application/json")
-        if answer.status != 204:
+        if mode == "chunked" and body:
+            self.send_header("Transfer-Encoding", "chunked")
+            half = len(body) // 2
+            body = b"".join(b"%x\r\n%s\r\n" % (len(each), each)
+                            for each in (body[:half], body[half:], b""))
+        elif answer.status != 204:
             self.send_header("Content-Length", str(len(body)))
         for name, value in answer.headers.items():
             self.send_header(name, value)
+        if mode == "close":
+            self.send_header("Connection", "close")
         self.end_headers()
         self.wfile.write(body)
 
-    def misbehave(self, mode):
+    # What is no answer.
+
+    def send_garbage(self):
+        self.wfile.write(b"220 mail.example ESMTP\r\n\0\xff\r\n\r\n")
         self.close_connection = True
-        if mode == "garbage":
-            self.wfile.write(b"220 mail.example ESMTP\r\n\0\xff\r\n\r\n")
-        elif mode == "half":
-            self.begin_body(100)
-            self.wfile.write(b'{"half": ')
-        elif mode == "stall":
-            while self.rfile.read1(1000):
-                pass
-        elif mode in ("trickle", "flood"):
-            self.begin_body(10 ** 12)
-            while True:
-                self.wfile.write(b" " if mode == "trickle" else b" " * 10000)
-                self.wfile.flush()
-                time.sleep(0.2 if mode == "trickle" else 0)
+
+    def send_half(self):
+        self.begin_body(100)
+        self.wfile.write(b'{"half": ')
+        self.close_connection = True
+
+    def drop(self):
+        self.close_connection = True
+
+    def stall(self):
+        while self.rfile.read1(1000):
+            pass
+        self.close_connection = True
+
+    def trickle(self):
+        self.send_for_ever(b" ", 0.2)
+
+    def flood(self):
+        self.send_for_ever(b" " * 10_000, 0)
+
+    def send_for_ever(self, piece, pause):
+        """Until the client has enough."""
+        self.begin_body(10 ** 12)
+        while True:
+            self.wfile.write(piece)
+            self.wfile.flush()
+            time.sleep(pause)
 
     def begin_body(self, length):
         self.send_response_only(200)
@@ -159,11 +179,16 @@ class Handler(http.server.BaseHTTPRequestHandler):
         pass
 
 
+ANSWERS = {"garbage": Handler.send_garbage, "half": Handler.send_half, "drop": Handler.drop,
+           "stall": Handler.stall, "trickle": Handler.trickle, "flood": Handler.flood}
+
+
 class Server(http.server.ThreadingHTTPServer):
     daemon_threads = True
 
-    def __init__(self, port, index, contents, faults, records, tls):
-        super().__init__(("127.0.0.1", port), Handler)
+    def __init__(self, place, index, contents, faults, records, tls):
+        self.address_family = socket.AF_INET6 if ":" in place[0] else socket.AF_INET
+        super().__init__(place, Handler)
         self.index = index
         self.contents = contents
         self.faults = faults

@@ -41,14 +41,15 @@ from front_end import FrontEnd
 class Registry:
     def __init__(self, options):
         schemas = None if amwa_schemas.why_missing() else amwa_schemas.Schemas(amwa_schemas.IS04)
-        self.contents = Contents(options.expiry, schemas)
+        self.contents = Contents(options.expiry, options.restarted, schemas)
         self.faults = Faults()
         self.records = []
         tls = None
         if options.certificate:
             tls = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
             tls.load_cert_chain(options.certificate)
-        self.fronts = [FrontEnd(port, index, self.contents, self.faults, self.records, tls)
+        self.fronts = [FrontEnd((options.address, port), index, self.contents, self.faults,
+                                self.records, tls)
                        for index, port in enumerate(options.port)]
 
     def answer(self, method, path, query, body):
@@ -100,10 +101,13 @@ class ControlHandler(http.server.BaseHTTPRequestHandler):
 
 def main():
     parser = argparse.ArgumentParser(description="A registry for tests.")
+    parser.add_argument("--address", default="127.0.0.1", help="of the Registration API")
     parser.add_argument("--port", type=int, action="append", required=True,
-                        help="of the Registration API; several are front ends of one registry")
+                        help="likewise; several are front ends of one registry")
     parser.add_argument("--expiry", type=float, default=12.0,
                         help="seconds after which a node without a heartbeat is removed")
+    parser.add_argument("--restarted", action="store_true",
+                        help="it is empty now, but it may have held something before")
     parser.add_argument("--certificate",
                         help="a PEM file with a certificate and its key, for https")
     control = http.server.ThreadingHTTPServer(("127.0.0.1", 0), ControlHandler)

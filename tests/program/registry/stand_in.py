@@ -6,48 +6,59 @@ import itertools
 import json
 import os
 import pathlib
+import socket
 import subprocess
 import sys
 import time
 
 PROGRAM = pathlib.Path(__file__).resolve().parent / "registry.py"
 
-# Away from the ports that the system gives to clients, so that nobody has taken the port of a
-# registry that was killed and starts again.
-FIRST_PORT = int(os.environ.get("NMOS_PORT", "23000")) + 4000
-ports = itertools.count(FIRST_PORT)
+# Tests that run side by side have an address each, all of them this machine's own. The ports are
+# none of those that the system gives to clients: nobody has taken the port of a registry that was
+# killed and starts again.
+ADDRESS = os.environ.get("NMOS_REGISTRY_ADDRESS", "127.0.0.2")
+ports = itertools.count(8200)
 
 
 class Registry:
     """`with` ends it."""
 
-    def __init__(self, fronts=1, expiry=12.0, certificate=None, started=True):
+    def __init__(self, fronts=1, expiry=12.0, certificate=None, started=True, address=ADDRESS,
+                 host=None):
         """`fronts`: how many ports it has. `certificate`: for https, from certificates.py.
-        `started`: false for one that is to appear later; its URL is known nevertheless."""
+        `started`: false for one that is to appear later; its URL is known nevertheless.
+        `host`: what the URL has for the address."""
+        self.address = address
+        self.host = host or address
         self.ports = [next(ports) for _ in range(fronts)]
         self.expiry = expiry
         self.certificate = certificate
         self.process = None
         self.connection = None
+        self.starts = 0
         if started:
             self.start()
 
     @property
     def urls(self):
         scheme = "https" if self.certificate else "http"
-        return [f"{scheme}://127.0.0.1:{port}" for port in self.ports]
+        return [f"{scheme}://{self.host}:{port}" for port in self.ports]
 
     @property
     def url(self):
         return self.urls[0]
 
     def start(self):
-        """Empty."""
-        arguments = [sys.executable, str(PROGRAM), "--expiry", str(self.expiry)]
+        """It is empty then."""
+        arguments = [sys.executable, str(PROGRAM), "--address", self.address,
+                     "--expiry", str(self.expiry)]
         for port in self.ports:
             arguments += ["--port", str(port)]
         if self.certificate:
             arguments += ["--certificate", str(self.certificate)]
+        if self.starts:
+            arguments.append("--restarted")
+        self.starts += 1
         self.process = subprocess.Popen(arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         said = self.process.stdout.readline()
         if not said:
@@ -124,6 +135,15 @@ class Registry:
 
     def violations(self):
         return [each["what"] for each in self.ask("GET", "/violations")]
+
+
+def has_ipv6():
+    """Whether this machine can talk to itself by IPv6."""
+    try:
+        with socket.create_server(("::1", 0), family=socket.AF_INET6):
+            return True
+    except OSError:
+        return False
 
 
 def wait_until(condition, what, limit=10.0, step=0.05):

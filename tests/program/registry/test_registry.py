@@ -19,7 +19,7 @@ import amwa_schemas
 from certificates import Certificates
 from contents import Contents
 from faults import Fault, Faults
-from stand_in import Registry, wait_until
+from stand_in import ADDRESS, Registry, has_ipv6, wait_until
 
 RESOURCE = "/x-nmos/registration/v1.2/resource"
 HEALTH = "/x-nmos/registration/v1.2/health/nodes"
@@ -178,6 +178,16 @@ class Rules(unittest.TestCase):
         self.assertEqual(self.violations(), [])
         self.assertEqual(self.contents.heartbeats, {uuid(1): [1012.0, 1024.0]})
 
+    def test_a_registry_that_was_restarted(self):
+        """A node cannot know what it held before; but it knows what it deleted itself."""
+        self.contents.restarted = True
+        self.assertEqual(post(self.contents, "receiver", RECEIVER).status, 400)
+        self.assertEqual(self.violations(), [])
+        self.fill()
+        self.contents.delete("device", uuid(2))
+        self.assertEqual(post(self.contents, "receiver", RECEIVER).status, 400)
+        self.assertEqual(self.violations(), [f"receiver {uuid(6)}: there is no device {uuid(2)}"])
+
     def test_an_update_is_not_a_heartbeat(self):
         self.fill()
         self.time += 11.0
@@ -234,7 +244,7 @@ class OverHttp(unittest.TestCase):
         self.addCleanup(self.registry.kill)
 
     def connect(self, front=0, timeout=5):
-        connection = http.client.HTTPConnection("127.0.0.1", self.registry.ports[front],
+        connection = http.client.HTTPConnection(ADDRESS, self.registry.ports[front],
                                                 timeout=timeout)
         self.addCleanup(connection.close)
         return connection
@@ -349,6 +359,28 @@ class OverHttp(unittest.TestCase):
                     connection.request("POST", f"{HEALTH}/{uuid(1)}")
                     connection.getresponse().read()
 
+    def test_right_answers_in_other_forms(self):
+        self.registry.behave(mode="chunked", count=1)
+        status, headers, body = self.post("node", NODE)
+        self.assertEqual((status, headers["Transfer-Encoding"], json.loads(body)),
+                         (201, "chunked", NODE))
+        self.registry.behave(mode="chunked", count=1)
+        self.assertEqual(self.ask("DELETE", f"{RESOURCE}/nodes/{uuid(1)}"), (204, {}, b""))
+        self.registry.behave(mode="close", count=1)
+        status, headers, _ = self.post("node", NODE)
+        self.assertEqual((status, headers["Connection"]), (201, "close"))
+        self.assertEqual(len(self.registry.posts()), 2)
+
+    def test_other_addresses(self):
+        for address, host in (("127.0.0.1", "localhost"), ("::1", "[::1]")):
+            with self.subTest(host):
+                if ":" in address and not has_ipv6():
+                    continue
+                with Registry(address=address, host=host) as registry:
+                    self.assertEqual(registry.url, f"http://{host}:{registry.ports[0]}")
+                    with socket.create_connection((address, registry.ports[0]), timeout=5):
+                        pass
+
     def test_answers_that_never_end(self):
         for mode, length in (("trickle", 3), ("flood", 1_000_000)):
             with self.subTest(mode):
@@ -406,13 +438,13 @@ class OverHttp(unittest.TestCase):
 
     def test_https(self):
         with tempfile.TemporaryDirectory() as folder:
-            certificates = Certificates(folder)
+            certificates = Certificates(folder, ADDRESS)
             with Registry(certificate=certificates.registry) as registry:
-                self.assertRegex(registry.url, "^https://127.0.0.1:[0-9]+$")
+                self.assertRegex(registry.url, f"^https://{ADDRESS}:[0-9]+$")
                 trusting = ssl.create_default_context(cafile=certificates.authority)
                 for context, known in ((ssl.create_default_context(), False), (trusting, True)):
-                    connection = http.client.HTTPSConnection("127.0.0.1", registry.ports[0],
-                                                             timeout=5, context=context)
+                    connection = http.client.HTTPSConnection(ADDRESS, registry.ports[0], timeout=5,
+                                                             context=context)
                     if known:
                         connection.request("POST", f"{HEALTH}/{uuid(1)}")
                         self.assertEqual(connection.getresponse().status, 404)

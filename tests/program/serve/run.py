@@ -26,11 +26,13 @@ PROGRAM_TESTS = pathlib.Path(__file__).resolve().parent.parent
 sys.path += [str(PROGRAM_TESTS), str(PROGRAM_TESTS / "registry")]
 
 
-def first_port(module):
-    """Modules run side by side. Each has ports of its own: after a kill another module's instrument
-    must not answer in its place."""
+def place(module, number=None):
+    """Modules run side by side, and so may the tests of one. Each has ports of its own, and its
+    registries an address: after a kill nobody else must answer in its place."""
     modules = sorted(path.stem for path in pathlib.Path(__file__).parent.glob("test_*.py"))
-    return 23000 + PORTS_OF_A_MODULE * modules.index(module)
+    index = modules.index(module)
+    return {"NMOS_PORT": str(23000 + PORTS_OF_A_MODULE * index + PORTS_OF_A_TEST * (number or 0)),
+            "NMOS_REGISTRY_ADDRESS": f"127.1.{index}.{1 if number is None else 2 + number}"}
 
 
 def names_of(tests):
@@ -55,11 +57,10 @@ def run_side_by_side(module, tests):
 
     def run(number):
         test = names[number].removeprefix(module + ".")
-        port = first_port(module) + PORTS_OF_A_TEST * number
         return subprocess.run(
             [sys.executable, __file__, os.environ["NMOS_INSTRUMENT"], os.environ["NMOS_EXAMPLES"],
              module, test],
-            env={**os.environ, "NMOS_PORT": str(port)}, text=True, errors="replace",
+            env={**os.environ, **place(module, number)}, text=True, errors="replace",
             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
 
     if len(names) * PORTS_OF_A_TEST > PORTS_OF_A_MODULE:
@@ -82,7 +83,8 @@ def main():
     program, examples, module, *names = arguments
     os.environ["NMOS_INSTRUMENT"] = os.path.abspath(program)
     os.environ["NMOS_EXAMPLES"] = os.path.abspath(examples)
-    os.environ.setdefault("NMOS_PORT", str(first_port(module)))
+    for name, value in place(module).items():
+        os.environ.setdefault(name, value)
     tests = unittest.defaultTestLoader.loadTestsFromNames(
         [f"{module}.{name}" for name in names] or [module])
     return run_side_by_side(module, tests) if side_by_side else run_here(tests)

@@ -13,7 +13,7 @@ from certificates import Certificates
 from instrument import EXAMPLES, IMMEDIATE, Instrument, file_patch, sdp_file, seconds, video_medium
 from registrations import (BASE, KINDS, REGISTERED, RESOURCES, RegistrationTest, figure, node_api,
                            same_as_node_api)
-from stand_in import wait_until
+from stand_in import ADDRESS, has_ipv6, wait_until
 
 
 class First(RegistrationTest):
@@ -86,6 +86,16 @@ class First(RegistrationTest):
                 self.all_is_well(registry, instrument)
                 instrument.end()
 
+    def test_a_name_and_ipv6(self):
+        for address, host in (("127.0.0.1", "localhost"), ("::1", "[::1]")):
+            with self.subTest(host):
+                if ":" in address and not has_ipv6():
+                    self.skipTest("there is no IPv6 on this machine")
+                registry = self.registry(address=address, host=host)
+                instrument = self.started(registry)
+                self.assertEqual(self.status(instrument)["registry"], registry.url + BASE)
+                self.all_is_well(registry, instrument)
+
     def test_the_configuration_names_it(self):
         registry = self.registry()
         instrument = self.started(configuration={"registration": {"registries": [registry.url]}})
@@ -124,7 +134,8 @@ class First(RegistrationTest):
         status = self.status(instrument)
 
         def value(name):
-            found = re.search(rf"^nmos_instrument_registration_{name} (\S+)$", metrics, re.MULTILINE)
+            found = re.search(rf"^nmos_instrument_registration_{name} (\S+)$", metrics,
+                              re.MULTILINE)
             self.assertIsNotNone(found, f"{name}\n{metrics}")
             return float(found.group(1))
 
@@ -163,6 +174,7 @@ class Changes(RegistrationTest):
         known = len(registry.requests())
         begin = time.monotonic()
         for number in range(100):
+            time.sleep(max(0.0, begin + number / 200 - time.monotonic()))
             self.activate(instrument, receiver, 6000 + number)
         took = time.monotonic() - begin
         self.all_is_well(registry, instrument)
@@ -210,9 +222,11 @@ class Changes(RegistrationTest):
 
         thread = threading.Thread(target=change)
         thread.start()
-        wait_until(lambda: registry.posts(receivers[-1]), "the last receiver's POST", limit=30)
-        stop.set()
-        thread.join()
+        try:
+            wait_until(lambda: registry.posts(receivers[-1]), "the last receiver's POST", limit=20)
+        finally:
+            stop.set()
+            thread.join()
         registry.behave_well()
         self.all_is_well(registry, instrument)
 
@@ -312,7 +326,7 @@ class Https(RegistrationTest):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
-        self.certificates = Certificates(folder.name)
+        self.certificates = Certificates(folder.name, ADDRESS)
 
     def test_an_authority_that_is_named(self):
         registry = self.registry(certificate=self.certificates.registry)
@@ -352,6 +366,17 @@ class Others(RegistrationTest):
         self.assertEqual(instruments.pop().end(), 0)
         self.all_is_well(registry, *instruments)
         self.assertEqual(registry.count(), 3 * RESOURCES)
+
+    def test_two_with_the_same_id_do_not_fight(self):
+        """Two that nobody has configured. None of them is registered again and again."""
+        registry = self.registry()
+        first = self.started(registry)
+        second = self.started(registry)
+        self.assertEqual(first.node("self")["id"], second.node("self")["id"])
+        time.sleep(11)
+        self.assertEqual(len(registry.posts()), 2 * RESOURCES + 1)
+        self.assertEqual(len(registry.requests("DELETE")), 1)
+        self.assertEqual(len(registry.heartbeats()), 4)
 
 
 if __name__ == "__main__":

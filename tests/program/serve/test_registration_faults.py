@@ -8,7 +8,7 @@ import unittest
 
 from registrations import (BASE, EXPIRY, RESOURCES, TO_NOTICE, TO_NOTICE_SILENCE,
                            RegistrationTest, figure, gaps, same_as_node_api)
-from stand_in import wait_until
+from stand_in import ADDRESS, wait_until
 
 
 class Forgotten(RegistrationTest):
@@ -88,7 +88,7 @@ class Forgotten(RegistrationTest):
 
     def delete_at(self, registry, target):
         """As somebody else."""
-        connection = http.client.HTTPConnection("127.0.0.1", registry.ports[0], timeout=10)
+        connection = http.client.HTTPConnection(ADDRESS, registry.ports[0], timeout=10)
         connection.request("DELETE", f"{BASE}/resource/{target}")
         self.assertEqual(connection.getresponse().status, 204)
         connection.close()
@@ -215,7 +215,8 @@ class FailOver(RegistrationTest):
                         TO_NOTICE_SILENCE)
 
     def test_front_ends_with_faults_in_turn(self):
-        """Back and forth between two front ends, always with a heartbeat and without a POST."""
+        """Back and forth between two front ends, always with a heartbeat. A registry that was left
+        earlier may have an older state, so everything is posted there again."""
         registry = self.registry(fronts=2)
         instrument = self.started(*registry.urls)
         known = len(registry.requests())
@@ -232,7 +233,8 @@ class FailOver(RegistrationTest):
                            == registry.urls[1 - front] + BASE,
                            "the other front end", TO_NOTICE + 3)
         registry.behave_well()
-        self.assertEqual(registry.posts(since=known), [])
+        self.assertEqual({each["status"] for each in registry.posts(since=known)}, {200})
+        self.assertEqual(registry.requests("DELETE"), [])
         self.assertEqual(self.status(instrument)["fail_overs"], len(faults))
         figure(f"{max(gaps(registry.heartbeats())):.2f} s at most between heartbeats, over "
                f"{len(faults)} fail-overs")
@@ -256,8 +258,10 @@ class Nonsense(RegistrationTest):
                 posts = [each["target"] for each in registry.posts()]
                 self.assertEqual(len(posts), RESOURCES + 1)
                 self.assertEqual(len(set(posts)), RESOURCES)
+                # A connection that ends may just have been idle for too long: libcurl tries once
+                # more by itself. Otherwise a heartbeat comes first.
                 self.assertEqual([each["status"] for each in registry.requests("POST health/")],
-                                 [200])
+                                 [] if fault.get("mode") == "drop" else [200])
                 instrument.end()
 
     def test_the_first_post_of_the_node_fails(self):
@@ -322,6 +326,21 @@ class Nonsense(RegistrationTest):
         registry.behave_well()
         self.all_is_well(registry, instrument)
         self.assertEqual(there.requests(), [])
+
+    def test_right_answers_in_other_forms(self):
+        for mode in ("chunked", "close"):
+            with self.subTest(mode):
+                registry = self.registry()
+                registry.behave(mode=mode)
+                instrument = self.started(registry)
+                wait_until(registry.heartbeats, "a heartbeat")
+                self.all_is_well(registry, instrument)
+                self.assertEqual(len(registry.posts()), RESOURCES)
+                if mode == "close":
+                    connections = {each["connection"] for each in registry.requests()}
+                    self.assertEqual(len(connections), len(registry.requests()))
+                self.assertEqual(instrument.end(), 0)
+                self.assertEqual(registry.count(), 0)
 
     def test_a_long_answer(self):
         """What the answer says beyond its status does not matter."""

@@ -12,10 +12,9 @@ SHORTEST, LONGEST = 4.5, 5.5
 
 class Heartbeats(RegistrationTest):
     def check(self, registry, what):
-        """Since the node was created."""
-        created = next(each["time"] for each in registry.history() if each["kind"] == "node")
+        """Since the node knows that it was created."""
         times = registry.heartbeats()
-        between = gaps([created, *times])
+        between = gaps([registry.posts("nodes/")[0]["answered"], *times])
         figure(f"{what}: {len(times)} heartbeats, {min(between):.3f} to {max(between):.3f} s apart")
         self.assertGreater(min(between), SHORTEST)
         self.assertLess(max(between), LONGEST)
@@ -65,30 +64,23 @@ class Heartbeats(RegistrationTest):
         registry.behave_well()
         self.all_is_well(registry, instrument)
 
-    def test_while_clients_keep_the_instrument_busy(self):
+    def test_while_a_client_keeps_the_instrument_busy(self):
         registry = self.registry()
         instrument = self.started(registry)
         stop = threading.Event()
-        counts = []
-
         def read():
             connection = instrument.connect()
-            count = 0
             while not stop.is_set():
                 connection.request("GET", "/x-nmos/node/v1.2/receivers")
                 connection.getresponse().read()
-                count += 1
             connection.close()
-            counts.append(count)
 
-        threads = [threading.Thread(target=read) for _ in range(2)]
-        for each in threads:
-            each.start()
-        time.sleep(12)
+        thread = threading.Thread(target=read)
+        thread.start()
+        time.sleep(11)
         stop.set()
-        for each in threads:
-            each.join()
-        self.check(registry, f"{sum(counts)} requests of clients")
+        thread.join()
+        self.check(registry, "a client asks without a pause")
         self.all_is_well(registry, instrument)
 
 

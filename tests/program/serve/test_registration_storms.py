@@ -78,6 +78,9 @@ class Storms(RegistrationTest):
             self.assertGreater(pause, 0.8 * longest - 0.1)
             self.assertLess(pause, longest + 1)
         self.all_is_well(registry, instrument, limit=25)
+        about = [line for line in instrument.log.splitlines() if registry.url in line]
+        figure(f"{len(about)} lines of the log name the registry")
+        self.assertLess(len(about), 8, "\n".join(about))
         figure(f"registered again {time.monotonic() - begin - 30:.1f} s after the errors")
 
     def test_errors_when_it_is_registered(self):
