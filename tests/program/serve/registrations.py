@@ -2,6 +2,7 @@
 """What the tests of the registration have in common."""
 
 import itertools
+import os
 import time
 import unittest
 
@@ -118,6 +119,9 @@ class RegistrationTest(unittest.TestCase):
             "transport_params": [{"destination_port": port}, {}], **IMMEDIATE, **more})
         self.assertEqual(answer.status, 200, answer)
         return time.monotonic()
+
+    def open_files(self, instrument):
+        return len(os.listdir(f"/proc/{instrument.process.pid}/fd"))
 
     def kinds(self, requests):
         """Of requests, without repetitions that follow one another."""

@@ -214,6 +214,37 @@ class FailOver(RegistrationTest):
         self.carries_on(lambda registry: registry.behave(front=0, mode="trickle"),
                         TO_NOTICE_SILENCE)
 
+    def test_another_front_end_while_the_resources_are_posted(self):
+        """Only what is missing is posted there."""
+        registry = self.registry(fronts=2)
+        registry.behave(request="POST (?!health).*", delay=0.05)
+        instrument = self.start(*registry.urls)
+        wait_until(lambda: registry.count() > 10, "some resources")
+        registry.front(0, "closed")
+        self.all_is_well(registry, instrument)
+        self.assertLessEqual(len(registry.posts()), RESOURCES + 1)
+        elsewhere = [each for each in registry.requests() if each["front"] == 1]
+        self.assertEqual((elsewhere[0]["target"].split("/")[0], elsewhere[0]["status"]),
+                         ("health", 200))
+
+    def test_a_registry_with_an_older_state(self):
+        """Two registries that know nothing of each other: the first one still has the node when it
+        is needed again."""
+        first, second = self.registry(expiry=60), self.registry()
+        instrument = self.started(first, second)
+        receivers = instrument.resources("receivers")
+        first.front(0, "closed")
+        self.activate(instrument, receivers[0], 5020)
+        self.all_is_well(second, instrument)
+        self.activate(instrument, receivers[1], 5020)
+        same_as_node_api(second, instrument)
+        known = len(first.requests())
+        first.front(0, "open")
+        second.kill()
+        self.activate(instrument, receivers[2], 5020)
+        self.all_is_well(first, instrument)
+        self.assertEqual({each["status"] for each in first.requests(since=known)}, {200})
+
     def test_front_ends_with_faults_in_turn(self):
         """Back and forth between two front ends, always with a heartbeat. A registry that was left
         earlier may have an older state, so everything is posted there again."""
@@ -263,6 +294,23 @@ class Nonsense(RegistrationTest):
                 self.assertEqual([each["status"] for each in registry.requests("POST health/")],
                                  [] if fault.get("mode") == "drop" else [200])
                 instrument.end()
+
+    def test_killed_while_the_resources_are_posted(self):
+        registry = self.registry()
+        registry.behave(request="POST (?!health).*", delay=0.05)
+        instrument = self.start(registry)
+        wait_until(lambda: registry.count() > 10, "some resources")
+        registry.restart()
+        self.all_is_well(registry, instrument)
+
+    def test_a_node_that_always_exists(self):
+        """It is deleted once, and not for ever."""
+        registry = self.registry()
+        registry.behave(request="POST nodes/.*", status=200, processed=True)
+        instrument = self.start(registry)
+        self.all_is_well(registry, instrument)
+        self.assertEqual([each["status"] for each in registry.posts("nodes/")], [200, 200])
+        self.assertEqual(len(registry.requests("DELETE")), 1)
 
     def test_the_first_post_of_the_node_fails(self):
         for fault in ({"status": 500}, {"status": 404}, {"mode": "garbage"}, {"mode": "half"},

@@ -124,6 +124,7 @@ class Storms(RegistrationTest):
     def test_registries_that_die_in_turn(self):
         registries = [self.registry() for _ in range(3)]
         instrument = self.started(*registries)
+        files = self.open_files(instrument)
         for turn in range(6):
             used = registries[turn % 3]
             other = registries[(turn + 1) % 3]
@@ -137,6 +138,7 @@ class Storms(RegistrationTest):
             self.all_is_well(registry, instrument)
             self.assertIs(registry, other)
             used.start()
+        self.assertLessEqual(self.open_files(instrument), files + 4)
 
     def test_many_instruments_lose_their_registry(self):
         """They do not come back at the same moment."""
