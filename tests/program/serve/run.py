@@ -20,7 +20,7 @@ import unittest
 SKIPPED = 77
 AT_ONCE = 8
 PORTS_OF_A_MODULE = 100
-PORTS_OF_A_TEST = 4  # of one that runs beside others
+PORTS_OF_A_TEST = 3  # of one that runs beside others
 sys.dont_write_bytecode = True  # the tests may lie where nothing is to be written
 PROGRAM_TESTS = pathlib.Path(__file__).resolve().parent.parent
 sys.path += [str(PROGRAM_TESTS), str(PROGRAM_TESTS / "registry")]
