@@ -56,24 +56,15 @@ class Instrument:
     """The program at work; `with` ends it."""
 
     def __init__(self, *options, configuration=None, environment=None, stderr=None, stdout=None,
-                 log_level="debug", registration=False):
-        """`stderr` and `stdout` take the place of the file that `log` reads and of the pipe that
-        the URL is read from; without that pipe the port is not known. It does not look for
-        registries, unless the options name one or `registration` asks for it."""
-        self.folder = tempfile.TemporaryDirectory()
-        registers = registration or "--registry" in options
-        arguments = [*([PROGRAM, "serve"] if registers else SERVE), "--first-free-port",
-                     "--port", PORT, "--log-level", log_level, *options]
                  log_level="debug", registries=None):
         """`stderr` and `stdout` take the place of the file that `log` reads and of the pipe that
         the URL is read from; without that pipe the port is not known.
-        `registries`: URLs. None: it does not register; an empty list: as the configuration
-        says."""
+        `registries`: URLs. None: it does not register, unless the options say so; an empty list: as
+        the configuration says."""
         self.folder = tempfile.TemporaryDirectory()
-        arguments = [PROGRAM, "serve", "--first-free-port", "--port", PORT,
-                     "--log-level", log_level, *options]
-        if registries is None:
-            arguments.append("--no-registration")
+        registers = registries is not None or "--registry" in options
+        arguments = [*([PROGRAM, "serve"] if registers else SERVE), "--first-free-port",
+                     "--port", PORT, "--log-level", log_level, *options]
         for url in registries or ():
             arguments += ["--registry", url]
         if configuration is not None:
