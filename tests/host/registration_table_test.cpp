@@ -22,15 +22,11 @@ constexpr int event_count = static_cast<int>(Event::time_over) + 1;
 
 struct StateTest
 {
+    const char* name;
     State state;
     std::map<Event, RegistrationStep> steps;
     std::vector<Event> ignored;
 };
-
-void PrintTo(const StateTest& test, std::ostream* out)
-{
-    *out << text_of(test.state);
-}
 
 class RegistrationTable : public testing::TestWithParam<StateTest>
 {};
@@ -56,14 +52,14 @@ TEST_P(RegistrationTable, HasAStepForEachEvent)
 
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
-    StateTest{State::stopped,
+    StateTest{"stopped", State::stopped,
         {{Event::start, {Action::search, State::searching}}},
         {Event::registry_found, Event::no_registry, Event::pause_over, Event::node_created, Event::node_existed,
          Event::node_refused, Event::cleared, Event::not_cleared, Event::post_answered, Event::all_posted,
          Event::resources_changed, Event::heartbeat_due, Event::heartbeat_accepted, Event::node_unknown,
          Event::registry_failed, Event::stop, Event::delete_answered, Event::all_deleted, Event::hurry,
          Event::time_over}},
-    StateTest{State::searching,
+    StateTest{"searching", State::searching,
         {{Event::registry_found, {Action::post_node, State::registering_node}},
          {Event::no_registry, {Action::pause, State::searching}},
          {Event::pause_over, {Action::search, State::searching}},
@@ -72,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
          Event::not_cleared, Event::post_answered, Event::all_posted, Event::resources_changed, Event::heartbeat_due,
          Event::heartbeat_accepted, Event::node_unknown, Event::registry_failed, Event::delete_answered,
          Event::all_deleted, Event::hurry, Event::time_over}},
-    StateTest{State::registering_node,
+    StateTest{"registering_node", State::registering_node,
         {{Event::node_created, {Action::register_resources, State::registering}},
          {Event::node_existed, {Action::clear, State::clearing}},
          {Event::node_refused, {Action::next_registry, State::searching}},
@@ -82,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
          Event::not_cleared, Event::post_answered, Event::all_posted, Event::resources_changed, Event::heartbeat_due,
          Event::heartbeat_accepted, Event::node_unknown, Event::delete_answered, Event::all_deleted, Event::hurry,
          Event::time_over}},
-    StateTest{State::clearing,
+    StateTest{"clearing", State::clearing,
         {{Event::cleared, {Action::post_node, State::registering_node_again}},
          {Event::not_cleared, {Action::register_resources, State::registering}},
          {Event::registry_failed, {Action::next_registry, State::searching}},
@@ -91,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
          Event::node_existed, Event::node_refused, Event::post_answered, Event::all_posted, Event::resources_changed,
          Event::heartbeat_due, Event::heartbeat_accepted, Event::node_unknown, Event::delete_answered,
          Event::all_deleted, Event::hurry, Event::time_over}},
-    StateTest{State::registering_node_again,
+    StateTest{"registering_node_again", State::registering_node_again,
         {{Event::node_created, {Action::register_resources, State::registering}},
          {Event::node_existed, {Action::register_resources, State::registering}},
          {Event::node_refused, {Action::next_registry, State::searching}},
@@ -101,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
          Event::not_cleared, Event::post_answered, Event::all_posted, Event::resources_changed, Event::heartbeat_due,
          Event::heartbeat_accepted, Event::node_unknown, Event::delete_answered, Event::all_deleted, Event::hurry,
          Event::time_over}},
-    StateTest{State::registering,
+    StateTest{"registering", State::registering,
         {{Event::post_answered, {Action::post_next, State::registering}},
          {Event::all_posted, {Action::settle, State::registered}},
          {Event::resources_changed, {Action::note_changes, State::registering}},
@@ -113,7 +109,7 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
         {Event::start, Event::registry_found, Event::no_registry, Event::pause_over, Event::node_existed,
          Event::node_refused, Event::cleared, Event::not_cleared, Event::heartbeat_accepted, Event::delete_answered,
          Event::all_deleted, Event::hurry, Event::time_over}},
-    StateTest{State::registered,
+    StateTest{"registered", State::registered,
         {{Event::post_answered, {Action::post_next, State::registered}},
          {Event::resources_changed, {Action::note_changes, State::registered}},
          {Event::heartbeat_due, {Action::heartbeat, State::registered}},
@@ -124,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
         {Event::start, Event::registry_found, Event::no_registry, Event::pause_over, Event::node_existed,
          Event::node_refused, Event::cleared, Event::not_cleared, Event::all_posted, Event::heartbeat_accepted,
          Event::delete_answered, Event::all_deleted, Event::hurry, Event::time_over}},
-    StateTest{State::lost,
+    StateTest{"lost", State::lost,
         {{Event::registry_found, {Action::check, State::checking}},
          {Event::no_registry, {Action::pause, State::lost}},
          {Event::pause_over, {Action::search, State::lost}},
@@ -133,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
          Event::not_cleared, Event::post_answered, Event::all_posted, Event::resources_changed, Event::heartbeat_due,
          Event::heartbeat_accepted, Event::node_unknown, Event::registry_failed, Event::delete_answered,
          Event::all_deleted, Event::hurry, Event::time_over}},
-    StateTest{State::checking,
+    StateTest{"checking", State::checking,
         {{Event::heartbeat_accepted, {Action::resume, State::registering}},
          {Event::node_unknown, {Action::post_node, State::registering_node}},
          {Event::registry_failed, {Action::next_registry, State::lost}},
@@ -142,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
          Event::node_existed, Event::node_refused, Event::cleared, Event::not_cleared, Event::post_answered,
          Event::all_posted, Event::resources_changed, Event::heartbeat_due, Event::delete_answered,
          Event::all_deleted, Event::hurry, Event::time_over}},
-    StateTest{State::leaving,
+    StateTest{"leaving", State::leaving,
         {{Event::delete_answered, {Action::delete_next, State::leaving}},
          {Event::all_deleted, {Action::finish, State::stopped}},
          {Event::registry_failed, {Action::finish, State::stopped}},
@@ -151,7 +147,8 @@ INSTANTIATE_TEST_SUITE_P(All, RegistrationTable, testing::Values(
         {Event::start, Event::registry_found, Event::no_registry, Event::pause_over, Event::node_created,
          Event::node_existed, Event::node_refused, Event::cleared, Event::not_cleared, Event::post_answered,
          Event::all_posted, Event::resources_changed, Event::heartbeat_due, Event::heartbeat_accepted,
-         Event::node_unknown, Event::stop}}));
+         Event::node_unknown, Event::stop}}),
+    [](const auto& test) { return test.param.name; });
 // clang-format on
 
 } // namespace

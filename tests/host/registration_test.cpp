@@ -551,6 +551,49 @@ TEST_F(RegistrationTest, VersionsNeverGoBack)
               "1001:0");
 }
 
+TEST_F(RegistrationTest, AnotherAddressIsPostedWithAllThatNamesIt)
+{
+    register_everything();
+    instrument_.listen({.changed = [this] { registration_.changed(); }, .scheduled = {}});
+    now_tai_.seconds = 2000;
+    instrument_.move_to({"192.0.2.20", 3000});
+    pass(750ms);
+    std::vector<std::string> types;
+    while (!sent_.empty()) {
+        const nlohmann::json body = nlohmann::json::parse(sent_.front().request.json.value());
+        types.push_back(body["type"]);
+        EXPECT_EQ(body["data"]["version"], "2000:0") << body;
+        answer(200);
+    }
+    // The receivers too, since they get the version of the node.
+    std::vector<std::string> expected = {"node",   "device", "sender", "sender",
+                                         "sender", "sender", "sender", "sender"};
+    expected.insert(expected.end(), 24, "receiver");
+    pass(750ms);
+    while (!sent_.empty()) {
+        types.push_back(next_type());
+        answer(200);
+    }
+    EXPECT_EQ(types, expected);
+    registration_.changed();
+    pass(750ms);
+    EXPECT_EQ(next_request(), "");
+}
+
+TEST_F(RegistrationTest, AnUpdateOfTheNodeThatCreatesItRegistersEverything)
+{
+    register_everything();
+    now_tai_.seconds = 2000;
+    instrument_.move_to({"192.0.2.20", 3000});
+    registration_.changed();
+    pass(750ms);
+    EXPECT_EQ(next_type(), "node");
+    answer(201);
+    EXPECT_EQ(registration_.status().state, "registering");
+    EXPECT_EQ(answer_all(201), 37U);
+    EXPECT_EQ(registration_.status().state, "registered");
+}
+
 TEST_F(RegistrationTest, LeavesChildrenFirst)
 {
     register_everything();
