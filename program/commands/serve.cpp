@@ -103,13 +103,15 @@ void serve_until_signal(const ServeOptions& options, Reached reached, host::Inst
                         host::StateFile* state_file, EndSignals& end_signals)
 {
     const std::string place = host::text_of(reached.listen, reached.socket.port());
+    host::InterfaceBinding binding(reached.socket, reached.listen.interface);
     RunningNode node(options, std::move(reached.socket), instrument, state_file);
     log_start(options, place, instrument, node.connection_limit());
     log_reach(reached.listen, instrument.address(), instrument.configuration());
     print_url(host::base_url(instrument.address()));
 
     const auto move_to = [&](const std::string& address) { node.move_to(address); };
-    spdlog::info("stopping on {}", follow_until_signal(reached.address, move_to, end_signals));
+    spdlog::info("stopping on {}",
+                 follow_until_signal(reached.address, move_to, binding, end_signals));
 }
 
 ExitStatus run(const ServeOptions& options, const host::Configuration& configuration)

@@ -63,11 +63,13 @@ std::string announced_by(const host::Configuration& configuration)
 
 /// What goes wrong is tried again at the next look; said is what was said last.
 void look_at(host::FollowedAddress& address, const host::FollowedAddress::Moved& moved,
-             std::string& said) noexcept
+             host::InterfaceBinding& binding, std::string& said) noexcept
 {
     try {
         try {
-            address.look(moved);
+            binding.look();
+            if (address.may_move())
+                address.look(moved);
             said.clear();
         } catch (const std::exception& error) {
             if (said != error.what())
@@ -117,15 +119,16 @@ std::optional<std::string> first_address(const host::AddressSource& source,
 }
 
 std::string follow_until_signal(host::FollowedAddress& address,
-                                const host::FollowedAddress::Moved& moved, EndSignals& end_signals)
+                                const host::FollowedAddress::Moved& moved,
+                                host::InterfaceBinding& binding, EndSignals& end_signals)
 {
-    if (!address.may_move())
+    if (!address.may_move() && !binding.is_needed())
         return end_signals.wait();
     std::string said;
     for (;;) {
         if (const std::optional<std::string> signal = end_signals.wait_for(between_looks))
             return *signal;
-        look_at(address, moved, said);
+        look_at(address, moved, binding, said);
     }
 }
 

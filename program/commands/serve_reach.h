@@ -11,6 +11,7 @@
 
 #include "commands/end_signals.h"
 #include "configuration/configuration.h"
+#include "http/interface_binding.h"
 #include "http/listening_socket.h"
 #include "network/followed_address.h"
 #include "network/reach.h"
@@ -34,9 +35,11 @@ host::ListeningSocket listen(const host::ListenAt& where, std::uint16_t port,
 std::optional<std::string> first_address(const host::AddressSource& source,
                                          host::FollowedAddress& address, EndSignals& end_signals);
 
-/// Follows the address until a signal ends the program, and returns the name of the signal.
+/// Follows the address and the interface until a signal ends the program, and returns the name of
+/// the signal.
 std::string follow_until_signal(host::FollowedAddress& address,
-                                const host::FollowedAddress::Moved& moved, EndSignals& end_signals);
+                                const host::FollowedAddress::Moved& moved,
+                                host::InterfaceBinding& binding, EndSignals& end_signals);
 
 /// Logs it if others cannot reach what is listened at, or what they are told.
 void log_reach(const host::ListenAt& listen, const host::NodeAddress& address,

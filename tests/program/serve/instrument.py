@@ -56,14 +56,14 @@ class Instrument:
     """The program at work; `with` ends it."""
 
     def __init__(self, *options, configuration=None, environment=None, stderr=None, stdout=None,
-                 log_level="debug", registries=None):
+                 log_level="debug", registries=None, run_by=()):
         """`stderr` and `stdout` take the place of the file that `log` reads and of the pipe that
         the URL is read from; without that pipe the port is not known.
         `registries`: URLs. None: it does not register, unless the options say so; an empty list: as
-        the configuration says."""
+        the configuration says. `run_by`: a command that runs the program."""
         self.folder = tempfile.TemporaryDirectory()
         registers = registries is not None or "--registry" in options
-        arguments = [*([PROGRAM, "serve"] if registers else SERVE), "--first-free-port",
+        arguments = [*run_by, *([PROGRAM, "serve"] if registers else SERVE), "--first-free-port",
                      "--port", PORT, "--log-level", log_level, *options]
         for url in registries or ():
             arguments += ["--registry", url]

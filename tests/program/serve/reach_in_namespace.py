@@ -158,6 +158,35 @@ class Listening(Interfaces):
             with Instrument("--listen", "nmos0") as at_nmos0:
                 self.assertEqual(at_nmos0.port, at_lo.port)
 
+    def make_again(self):
+        """The interface, which is another one for the system then."""
+        ip("link", "del", "nmos0")
+        ip("link", "add", "nmos0", "type", "veth", "peer", "name", "nmos1")
+        for name in ("nmos0", "nmos1"):
+            ip("link", "set", name, "up")
+        ip("addr", "add", "192.0.2.10/24", "dev", "nmos0")
+
+    def test_an_interface_that_is_made_again(self):
+        ip("addr", "add", "192.0.2.10/24", "dev", "nmos0")
+        for options in ((), ("--address", "192.0.2.10")):
+            with Instrument("--listen", "nmos0", *options) as instrument:
+                self.make_again()
+                instrument.wait_for_log("info: nmos0: the interface was made again, listening at it")
+                self.assertTrue(is_reached_at("192.0.2.10", instrument.port))
+
+    def test_an_interface_that_is_made_again_for_another_user(self):
+        """Everybody may listen at an interface, but only once."""
+        ip("addr", "add", "192.0.2.10/24", "dev", "nmos0")
+        with Instrument("--listen", "nmos0", run_by=["setpriv", "--bounding-set=-net_raw",
+                                                     "--inh-caps=-net_raw"]) as instrument:
+            self.assertTrue(is_reached_at("192.0.2.10", instrument.port))
+            self.make_again()
+            instrument.wait_for_log("error: nmos0: the interface was made again, and nobody who "
+                                    "comes by it is heard until the program is started again: "
+                                    "Operation not permitted")
+            time.sleep(2.2)
+            self.assertEqual(instrument.log.count("was made again"), 1)
+
     def test_any_is_told_by_the_address_of_the_default_route(self):
         ip("link", "add", "nmos2", "type", "veth", "peer", "name", "nmos3")
         self.addCleanup(ip, "link", "del", "nmos2")
