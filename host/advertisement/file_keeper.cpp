@@ -12,8 +12,10 @@
 namespace nmos_instrument::host {
 namespace {
 
-/// Every write makes avahi-daemon read the file and tell the network.
-constexpr std::chrono::seconds between_writes{1};
+/// From the end of one to the next. Every write makes avahi-daemon tell the network, and it does not
+/// notice a second one if the times of both begin with the same second; file systems give them the
+/// time of the last tick, some milliseconds ago.
+constexpr std::chrono::milliseconds between_writes{1'100};
 
 constexpr std::chrono::seconds until_next_try{10};
 
@@ -54,7 +56,6 @@ void FileKeeper::keep(Lock& lock, std::optional<std::string> wanted) noexcept
 {
     if (is_known_ && text_ == wanted)
         return;
-    last_write_ = Clock::now();
     const char* const to_be_done = wanted ? "written" : "removed";
     lock.unlock();
     try {
@@ -72,6 +73,7 @@ void FileKeeper::keep(Lock& lock, std::optional<std::string> wanted) noexcept
 
 void FileKeeper::note_success(std::optional<std::string> wanted) noexcept
 {
+    last_write_ = Clock::now();
     const bool was_present = text_.has_value();
     text_ = std::move(wanted);
     is_known_ = true;

@@ -31,7 +31,7 @@ public:
     void run() noexcept;
 
     /// Call it when `wanted` may give something else than before. The file follows at once, but
-    /// not more than once a second.
+    /// more than a second after its last change.
     void look_again() noexcept;
 
     /// Ends run(); false if that takes longer.
