@@ -68,7 +68,16 @@ std::optional<std::string> EndSignals::wait_for(std::chrono::milliseconds time)
     }
 }
 
-void EndSignals::note_ignored(int signal)
+void EndSignals::note_ignored(int signal) noexcept
+{
+    try {
+        log_ignored(signal);
+    } catch (...) {
+        return; // memory is short
+    }
+}
+
+void EndSignals::log_ignored(int signal)
 {
     // Operators send this one after they have moved a log file, and look for an answer.
     if (signal == SIGHUP)

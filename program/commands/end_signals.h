@@ -26,7 +26,8 @@ public:
     std::optional<std::string> wait_for(std::chrono::milliseconds time);
 
 private:
-    void note_ignored(int signal);
+    void note_ignored(int signal) noexcept;
+    void log_ignored(int signal);
 
     sigset_t signals_{};
     std::set<int> seen_; ///< of those that are ignored
