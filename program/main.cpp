@@ -11,7 +11,7 @@
 #include "commands/check_sdp.h"
 #include "commands/exit_status.h"
 #include "commands/print.h"
-#include "commands/serve.h"
+#include "commands/serve_options.h"
 #include "commands/version_text.h"
 #include "text/word_list.h"
 

@@ -2,6 +2,8 @@
 
 #include "commands/check_sdp.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <iostream>
 #include <iterator>
@@ -13,12 +15,11 @@
 #include "commands/check_report.h"
 #include "commands/configuration_options.h"
 #include "commands/explain_sdp.h"
-#include "commands/number_option.h"
 #include "commands/offered_receivers.h"
+#include "commands/option_rules.h"
 #include "commands/parser_only.h"
 #include "commands/sdp_inputs.h"
 #include "commands/sdp_report.h"
-#include "commands/word_option.h"
 #include "text/whole_file.h"
 #include "text/word_list.h"
 

@@ -2,6 +2,8 @@
 
 #include "commands/configuration_options.h"
 
+#include <CLI/CLI.hpp>
+
 #include "text/quoted_text.h"
 #include "text/whole_file.h"
 

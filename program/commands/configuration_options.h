@@ -9,8 +9,7 @@
 #include <ostream>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
+#include "commands/cli11_names.h"
 #include "commands/exit_status.h"
 #include "configuration/configuration.h"
 

@@ -2,7 +2,7 @@
 
 #include "commands/explain_sdp.h"
 
-#include "commands/number_option.h"
+#include "commands/option_rules.h"
 #include "sdp/sdp_finding.h"
 #include "text/quoted_text.h"
 #include "text/word_list.h"

@@ -2,12 +2,14 @@
 
 #include "commands/parser_only.h"
 
+#include <CLI/CLI.hpp>
+
 #include <limits>
 #include <optional>
 #include <sstream>
 #include <utility>
 
-#include "commands/number_option.h"
+#include "commands/option_rules.h"
 #include "commands/report_values.h"
 #include "commands/sdp_format.h"
 #include "text/quoted_text.h"

@@ -8,8 +8,7 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
+#include "commands/cli11_names.h"
 #include "commands/sdp_judgement.h"
 #include "commands/sdp_verdict.h"
 

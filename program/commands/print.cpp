@@ -2,6 +2,8 @@
 
 #include "commands/print.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <iostream>
 #include <limits>
@@ -12,7 +14,7 @@
 
 #include "commands/configuration_options.h"
 #include "commands/indent_json.h"
-#include "commands/number_option.h"
+#include "commands/option_rules.h"
 #include "commands/texts.h"
 #include "records/addresses.h"
 #include "records/fill_records.h"

@@ -3,8 +3,7 @@
 #ifndef NMOS_INSTRUMENT_PROGRAM_COMMANDS_PRINT_H
 #define NMOS_INSTRUMENT_PROGRAM_COMMANDS_PRINT_H
 
-#include <CLI/CLI.hpp>
-
+#include "commands/cli11_names.h"
 #include "commands/exit_status.h"
 
 namespace nmos_instrument::program {

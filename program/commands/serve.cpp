@@ -145,6 +145,8 @@ ExitStatus run(const ServeOptions& options, const host::Configuration& configura
     return state_file && !state_file->finish() ? unreadable : done;
 }
 
+} // namespace
+
 ExitStatus serve(const ServeOptions& options)
 {
     ExitStatus status = done;
@@ -164,17 +166,6 @@ ExitStatus serve(const ServeOptions& options)
         spdlog::critical("cannot serve: {}", error.what());
         return unreadable;
     }
-}
-
-} // namespace
-
-void add_serve_command(CLI::App& program, ExitStatus& status)
-{
-    const auto options = std::make_shared<ServeOptions>();
-    CLI::App* const command =
-        program.add_subcommand("serve", "Runs the instrument on the network as an NMOS node");
-    options->add_to(*command);
-    command->callback([options, &status] { status = serve(*options); });
 }
 
 } // namespace nmos_instrument::program

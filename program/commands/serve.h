@@ -3,14 +3,13 @@
 #ifndef NMOS_INSTRUMENT_PROGRAM_COMMANDS_SERVE_H
 #define NMOS_INSTRUMENT_PROGRAM_COMMANDS_SERVE_H
 
-#include <CLI/CLI.hpp>
-
 #include "commands/exit_status.h"
+#include "commands/serve_options.h"
 
 namespace nmos_instrument::program {
 
-/// Adds `serve`, which runs the instrument on the network until SIGTERM or SIGINT.
-void add_serve_command(CLI::App& program, ExitStatus& status);
+/// Runs the instrument on the network until SIGTERM or SIGINT.
+ExitStatus serve(const ServeOptions& options);
 
 } // namespace nmos_instrument::program
 

@@ -3,12 +3,13 @@
 #include "commands/serve_options.h"
 
 #include <array>
+#include <memory>
 #include <string_view>
 
-#include "commands/network_option.h"
-#include "commands/number_option.h"
-#include "commands/rule_option.h"
-#include "commands/word_option.h"
+#include <CLI/CLI.hpp>
+
+#include "commands/option_rules.h"
+#include "commands/serve.h"
 #include "configuration/configuration_keys.h"
 #include "configuration/network_rules.h"
 
@@ -186,6 +187,15 @@ void ServeOptions::replace_in(host::Configuration& settings) const
         if (advertise == one.word)
             settings.advertisement.when = one.meaning;
     }
+}
+
+void add_serve_command(CLI::App& program, ExitStatus& status)
+{
+    const auto options = std::make_shared<ServeOptions>();
+    CLI::App* const command =
+        program.add_subcommand("serve", "Runs the instrument on the network as an NMOS node");
+    options->add_to(*command);
+    command->callback([options, &status] { status = serve(*options); });
 }
 
 } // namespace nmos_instrument::program

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
+#include "commands/cli11_names.h"
 #include "commands/configuration_options.h"
+#include "commands/exit_status.h"
 #include "configuration/configuration.h"
 #include "http/server.h"
 #include "routes/change_permission.h"
@@ -55,6 +55,9 @@ private:
     void add_registration_to(CLI::App& command);
     void add_advertisement_to(CLI::App& command);
 };
+
+/// Adds `serve`, which runs the instrument on the network until SIGTERM or SIGINT.
+void add_serve_command(CLI::App& program, ExitStatus& status);
 
 } // namespace nmos_instrument::program
 
