@@ -202,6 +202,11 @@ class Contents:
 
     # What a test may ask.
 
+    def count(self):
+        with self.lock:
+            self.expire()
+            return len(self.resources)
+
     def listing(self):
         """{"nodes": {id: data}, "devices": ...}"""
         with self.lock:

@@ -7,6 +7,7 @@ outlives a test. Its first line of output is the port where a test asks for all 
 know, and says how the registry shall behave:
 
     GET    /resources    what is registered
+    GET    /count        how many resources these are
     GET    /requests     what was asked, in order; ?since=N without the first N
     GET    /heartbeats   of each node
     GET    /history      what came and went
@@ -56,6 +57,8 @@ class Registry:
         """Of the control port. Throws what is wrong with the request."""
         if method == "GET" and path == "/resources":
             return self.contents.listing()
+        if method == "GET" and path == "/count":
+            return self.contents.count()
         if method == "GET" and path == "/requests":
             return self.records[int(query.get("since", 0)):]
         if method == "GET" and path in ("/heartbeats", "/history", "/violations"):

@@ -6,11 +6,8 @@ import signal
 import time
 import unittest
 
-from registrations import RESOURCES, TO_NOTICE, RegistrationTest
+from registrations import LEAVES_WITHIN, RESOURCES, TO_NOTICE, RegistrationTest
 from stand_in import wait_until
-
-# What serve promises, and some time for the rest of the program.
-LEAVES_WITHIN = 2.5
 
 
 class Ends(RegistrationTest):

@@ -5,9 +5,9 @@ import threading
 import time
 import unittest
 
-from registrations import RegistrationTest, figure, gaps
+from registrations import HEARTBEAT, SLACK, RegistrationTest, figure, gaps
 
-SHORTEST, LONGEST = 4.5, 5.5
+SHORTEST, LONGEST = HEARTBEAT - SLACK, HEARTBEAT + SLACK
 
 
 class Heartbeats(RegistrationTest):

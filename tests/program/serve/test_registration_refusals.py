@@ -80,7 +80,7 @@ class Refusals(RegistrationTest):
         registry, instrument = self.refused("receivers/.*", count=3)
         self.assertEqual(registry.count(), RESOURCES - 3)
         registry.restart()
-        self.all_is_well(registry, instrument, limit=TO_NOTICE + 5)
+        self.all_is_well(registry, instrument, limit=TO_NOTICE)
 
     def test_the_device(self):
         registry, instrument = self.refused("devices/.*")
