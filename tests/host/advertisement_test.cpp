@@ -8,10 +8,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "support/service_text.h"
+#include "support/temporary_folder.h"
 #include <gmock/gmock.h>
 #include <spdlog/spdlog.h>
 #include <sys/stat.h>
@@ -26,38 +29,14 @@ using Clock = std::chrono::steady_clock;
 
 constexpr seconds patience{20};
 
-const char* const first_text = "<?xml version=\"1.0\" standalone='no'?>\n"
-                               "<!DOCTYPE service-group SYSTEM \"avahi-service.dtd\">\n"
-                               "\n"
-                               "<service-group>\n"
-                               "  <name replace-wildcards=\"yes\">%h</name>\n"
-                               "\n"
-                               "  <service>\n"
-                               "    <type>_nmos-node._tcp</type>\n"
-                               "    <port>8080</port>\n"
-                               "    <txt-record>api_proto=http</txt-record>\n"
-                               "    <txt-record>api_ver=v1.2</txt-record>\n"
-                               "    <txt-record>ver_slf=0</txt-record>\n"
-                               "    <txt-record>ver_src=0</txt-record>\n"
-                               "    <txt-record>ver_flw=0</txt-record>\n"
-                               "    <txt-record>ver_dvc=0</txt-record>\n"
-                               "    <txt-record>ver_snd=0</txt-record>\n"
-                               "    <txt-record>ver_rcv=0</txt-record>\n"
-                               "  </service>\n"
-                               "</service-group>\n";
-
 class AdvertisementTest : public testing::Test
 {
 protected:
     AdvertisementTest()
     {
         spdlog::set_level(spdlog::level::off);
-        std::string name = testing::TempDir() + "advertisement-XXXXXX";
-        EXPECT_NE(mkdtemp(name.data()), nullptr);
-        folder_ = name;
-        file_ = folder_ / "nmos-node.service";
+        file_ = folder_.path() / "nmos-node.service";
     }
-    ~AdvertisementTest() override { std::filesystem::remove_all(folder_); }
 
     AdvertisementSettings settings(Advertise when) const { return {file_.string(), when}; }
 
@@ -102,14 +81,14 @@ protected:
     std::vector<std::string> names() const
     {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_))
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
             names.push_back(entry.path().filename().string());
         return names;
     }
 
-    std::filesystem::path folder_;
+    TemporaryFolder folder_;
     std::filesystem::path file_;
-    Instrument instrument_{Configuration(), {"192.0.2.10", 8080}, [] { return TaiTime{1, 0}; }};
+    Instrument instrument_{Configuration(), {"192.0.2.10", 3000}, [] { return TaiTime{1, 0}; }};
 };
 
 TEST_F(AdvertisementTest, AlwaysIsFromTheStartToTheEnd)
@@ -117,7 +96,7 @@ TEST_F(AdvertisementTest, AlwaysIsFromTheStartToTheEnd)
     const mode_t before = umask(0077);
     {
         Advertisement advertisement(instrument_, settings(Advertise::always));
-        ASSERT_TRUE(is_written(first_text));
+        ASSERT_TRUE(is_written(fresh_service));
         ASSERT_TRUE(comes([&] { return advertisement.status().present; }));
         EXPECT_EQ(advertisement.status().state, "advertised");
         EXPECT_EQ(advertisement.status().file, file_.string());
@@ -138,13 +117,13 @@ TEST_F(AdvertisementTest, PeerToPeerIsWhileThereIsNoRegistry)
     EXPECT_EQ(advertisement.status().state, "waiting for the registration");
     EXPECT_FALSE(advertisement.status().present);
     advertisement.has_registry(false);
-    EXPECT_TRUE(is_written(first_text));
+    EXPECT_TRUE(is_written(fresh_service));
     advertisement.has_registry(true);
     EXPECT_TRUE(is_removed());
     EXPECT_EQ(advertisement.status().state, "withdrawn while registered");
     ASSERT_TRUE(comes([&] { return !advertisement.status().present; }));
     advertisement.has_registry(false);
-    EXPECT_TRUE(is_written(first_text));
+    EXPECT_TRUE(is_written(fresh_service));
 }
 
 TEST_F(AdvertisementTest, WithoutAFileItIsOff)
@@ -164,7 +143,7 @@ TEST_F(AdvertisementTest, AFileThatIsThereAtTheStartIsOurs)
         std::ofstream(file_.string() + ".new") << "half of";
         const Advertisement advertisement(instrument_, settings(when));
         if (when == Advertise::always)
-            EXPECT_TRUE(is_written(first_text));
+            EXPECT_TRUE(is_written(fresh_service));
         else
             EXPECT_TRUE(is_removed());
         EXPECT_EQ(advertisement.status().state == "off", when == Advertise::never);
@@ -173,13 +152,13 @@ TEST_F(AdvertisementTest, AFileThatIsThereAtTheStartIsOurs)
 
 TEST_F(AdvertisementTest, ALinkIsReplacedAndNotFollowed)
 {
-    const std::filesystem::path other = folder_ / "other";
+    const std::filesystem::path other = folder_.path() / "other";
     std::ofstream(other) << "of somebody else";
     std::filesystem::create_symlink(other, file_);
     std::filesystem::create_symlink(other, file_.string() + ".new");
     {
         const Advertisement advertisement(instrument_, settings(Advertise::always));
-        EXPECT_TRUE(is_written(first_text));
+        EXPECT_TRUE(is_written(fresh_service));
         EXPECT_FALSE(std::filesystem::is_symlink(file_));
     }
     EXPECT_THAT(names(), testing::ElementsAre("other"));
@@ -190,13 +169,13 @@ TEST_F(AdvertisementTest, TheCountersFollowWhatChanges)
 {
     Advertisement advertisement(instrument_, settings(Advertise::always));
     instrument_.listen({.changed = [&] { advertisement.changed(); }, .scheduled = {}});
-    ASSERT_TRUE(is_written(first_text));
+    ASSERT_TRUE(is_written(fresh_service));
     activate();
-    std::string expected = first_text;
+    std::string expected = fresh_service;
     expected.replace(expected.find("ver_rcv=0"), 9, "ver_rcv=1");
     EXPECT_TRUE(is_written(expected));
     instrument_.move_to({"192.0.2.11", 81});
-    expected.replace(expected.find("<port>8080"), 10, "<port>81");
+    expected.replace(expected.find("<port>3000"), 10, "<port>81");
     expected.replace(expected.find("ver_slf=0"), 9, "ver_slf=1");
     expected.replace(expected.find("ver_dvc=0"), 9, "ver_dvc=1");
     expected.replace(expected.find("ver_snd=0"), 9, "ver_snd=1");
@@ -223,7 +202,7 @@ time_t second_of(const std::filesystem::path& file)
 TEST_F(AdvertisementTest, ManyChangesAreOneWriteASecond)
 {
     Advertisement advertisement(instrument_, settings(Advertise::always));
-    ASSERT_TRUE(is_written(first_text));
+    ASSERT_TRUE(is_written(fresh_service));
     std::vector<ino_t> seen = {number_of(file_)};
     std::vector<time_t> times = {second_of(file_)};
     const auto begin = Clock::now();
@@ -245,7 +224,7 @@ TEST_F(AdvertisementTest, ManyChangesAreOneWriteASecond)
 TEST_F(AdvertisementTest, WithoutChangeNothingIsWritten)
 {
     Advertisement advertisement(instrument_, settings(Advertise::always));
-    ASSERT_TRUE(is_written(first_text));
+    ASSERT_TRUE(is_written(fresh_service));
     const ino_t before = number_of(file_);
     advertisement.changed();
     std::this_thread::sleep_for(milliseconds(1300));
@@ -254,23 +233,23 @@ TEST_F(AdvertisementTest, WithoutChangeNothingIsWritten)
 
 TEST_F(AdvertisementTest, AFolderThatIsMissingMayComeLater)
 {
-    file_ = folder_ / "services" / "nmos-node.service";
+    file_ = folder_.path() / "services" / "nmos-node.service";
     Advertisement advertisement(instrument_, settings(Advertise::always));
     ASSERT_TRUE(comes([&] { return !advertisement.status().trouble.empty(); }));
     EXPECT_EQ(advertisement.status().trouble, "there is no such folder");
     EXPECT_EQ(advertisement.status().state, "not advertised yet");
     EXPECT_FALSE(advertisement.status().present);
-    std::filesystem::create_directory(folder_ / "services");
+    std::filesystem::create_directory(folder_.path() / "services");
     advertisement.changed(); // it would be tried again without it, only later
-    EXPECT_TRUE(is_written(first_text));
+    EXPECT_TRUE(is_written(fresh_service));
     ASSERT_TRUE(comes([&] { return advertisement.status().trouble.empty(); }));
     EXPECT_EQ(advertisement.status().state, "advertised");
 }
 
 TEST_F(AdvertisementTest, AFolderThatCannotBeWritten)
 {
-    std::ofstream(folder_ / "services") << "no folder";
-    file_ = folder_ / "services" / "nmos-node.service";
+    std::ofstream(folder_.path() / "services") << "no folder";
+    file_ = folder_.path() / "services" / "nmos-node.service";
     Advertisement advertisement(instrument_, settings(Advertise::always));
     ASSERT_TRUE(comes([&] { return !advertisement.status().trouble.empty(); }));
     EXPECT_EQ(advertisement.status().trouble, "Not a directory");
@@ -287,7 +266,7 @@ TEST_F(AdvertisementTest, ADirectoryInPlaceOfTheFile)
 
 TEST_F(AdvertisementTest, WhereThereIsNoFolderThereIsNothingToWithdraw)
 {
-    file_ = folder_ / "services" / "nmos-node.service";
+    file_ = folder_.path() / "services" / "nmos-node.service";
     Advertisement advertisement(instrument_, settings(Advertise::peer_to_peer));
     std::this_thread::sleep_for(milliseconds(50));
     EXPECT_EQ(advertisement.status().trouble, "");
