@@ -9,32 +9,19 @@ import pathlib
 import random
 import signal
 import socket
-import struct
 import tempfile
 import threading
 import time
 import unittest
 
 from instrument import CONNECTION, IMMEDIATE, NODE, SINGLE, Instrument, file_patch, sdp_file, \
-    video_medium, with_fault
+    video_medium
 from manifests import SENDER, ManifestServer
+from short_memory import ShortMemory
 
 PAUSE = 0.01  # seconds between two requests, so that the ports last for ten minutes
 LONGEST = 12  # seconds; a change that cannot be saved is answered after 5
 SECONDS = float(os.environ.get("NMOS_SHORT_MEMORY_SECONDS", "10"))
-
-
-class ShortMemory:
-    """One of `one_in` allocations fails; 0: none."""
-
-    def __init__(self, folder):
-        self.path = pathlib.Path(folder) / "short_memory"
-        self.set(0)
-
-    def set(self, one_in):
-        # In place: the program has mapped the file.
-        with open(self.path, "r+b" if self.path.exists() else "wb") as file:
-            file.write(struct.pack("=I", one_in))
 
 
 class Changes(threading.Thread):
@@ -124,8 +111,7 @@ class Memory(unittest.TestCase):
         self.addCleanup(self.manifests.__exit__)
 
     def test_no_death_and_no_lost_change(self):
-        environment = with_fault("short_memory", NMOS_SHORT_MEMORY=str(self.memory.path))
-        with Instrument("--state", self.state, environment=environment) as instrument:
+        with Instrument("--state", self.state, environment=self.memory.environment) as instrument:
             receivers = instrument.resources("receivers")
             end = time.monotonic() + SECONDS
             changes = [Changes(instrument, receiver, end) for receiver in receivers[:2]]
@@ -133,13 +119,8 @@ class Memory(unittest.TestCase):
                        for receiver in receivers[4:6]]
             for thread in changes + readers:
                 thread.start()
-            chance = random.Random(4)
-            while time.monotonic() < end:
-                self.memory.set(chance.choice((30, 100, 300, 1000, 3000, 10_000)))
-                time.sleep(0.03)
-                # Long enough to save: what fails too often is not tried for seconds.
-                self.memory.set(0)
-                time.sleep(0.06)
+            # Long enough to save: what fails too often is not tried for seconds.
+            self.memory.run_short(SECONDS, pause=0.06)
             for thread in changes + readers:
                 thread.join()
             self.memory.set(0)
@@ -165,11 +146,10 @@ class Memory(unittest.TestCase):
         print(f"{SECONDS:.0f} s:", *(change.statuses for change in changes))
 
     def test_the_end_without_memory(self):
-        environment = with_fault("short_memory", NMOS_SHORT_MEMORY=str(self.memory.path))
         silent = socket.create_server(("127.0.0.1", 0), backlog=10)
         self.addCleanup(silent.close)
         target = {**SENDER, "manifest_href": f"http://127.0.0.1:{silent.getsockname()[1]}/"}
-        with Instrument(environment=environment) as instrument:
+        with Instrument(environment=self.memory.environment) as instrument:
             receivers = instrument.resources("receivers")
             late = []
             for receiver in receivers[:4]:
