@@ -22,6 +22,8 @@ constexpr const char* mdns_domain = "local";
 /// One instance may be heard on several interfaces, by IPv4 and by IPv6.
 constexpr std::size_t most_resolvers = 4 * most_instances;
 
+constexpr std::chrono::milliseconds patience_for_daemon{60'000};
+
 /// avahi's own functions end the process when there is no memory; those of the C library say so.
 void use_patient_allocator()
 {
@@ -40,6 +42,8 @@ AvahiSimplePoll* new_poll()
 
 [[noreturn]] void fail(int error)
 {
+    if (error == AVAHI_ERR_NO_MEMORY)
+        throw std::bad_alloc();
     throw std::runtime_error(avahi_strerror(error));
 }
 
@@ -77,7 +81,8 @@ AvahiSession::AvahiSession(const StopRequest& stop) : poll_(new_poll())
 
 void AvahiSession::wait()
 {
-    if (avahi_simple_poll_iterate(poll_.get(), -1) != 0)
+    const int longest = has_daemon() ? -1 : static_cast<int>(patience_for_daemon.count());
+    if (avahi_simple_poll_iterate(poll_.get(), longest) != 0)
         throw std::runtime_error("its events cannot be waited for");
     if (failure_)
         std::rethrow_exception(failure_);
@@ -86,6 +91,11 @@ void AvahiSession::wait()
         forget_all();
         browse(client_.get());
     }
+}
+
+bool AvahiSession::is_stale() const
+{
+    return !has_daemon() && std::chrono::steady_clock::now() >= start_ + patience_for_daemon;
 }
 
 bool AvahiSession::has_looked() const

@@ -39,6 +39,10 @@ public:
 
     bool has_daemon() const { return browser_ != nullptr; }
 
+    /// No daemon has come for a minute. D-Bus tells when it comes, but that may have been lost when
+    /// memory was short; a new session finds out.
+    bool is_stale() const;
+
     /// What answered at once is known.
     bool has_looked() const;
 
@@ -85,6 +89,7 @@ private:
     void remove(const Key& key);
     void forget_all();
 
+    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::unique_ptr<AvahiSimplePoll, FreePoll> poll_;
     std::exception_ptr failure_; ///< the first of a callback
     std::map<Key, Instance> instances_;

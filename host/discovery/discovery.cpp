@@ -30,6 +30,10 @@ using Clock = std::chrono::steady_clock;
 /// takes silence for an answer.
 constexpr std::chrono::milliseconds patience_for_mdns{1500};
 
+/// What mDNS finds at about the same time is told together; and who announces and withdraws without
+/// end does not keep the listener busy.
+constexpr std::chrono::milliseconds time_to_gather{100};
+
 /// After a failure for lack of memory.
 constexpr std::chrono::seconds pause_after_failure{1};
 
@@ -159,9 +163,15 @@ private:
 
     void wait()
     {
-        std::unique_lock lock(mutex_);
-        wake_up_.wait_until(lock, dns_.next(),
-                            [this] { return stop_.is_made() || is_asked_ || mdns_changed_; });
+        {
+            std::unique_lock lock(mutex_);
+            wake_up_.wait_until(lock, dns_.next(),
+                                [this] { return stop_.is_made() || is_asked_ || mdns_changed_; });
+            if (!mdns_changed_)
+                return;
+        }
+        stop_.made_within(time_to_gather);
+        const std::lock_guard lock(mutex_);
         mdns_changed_ = false;
     }
 

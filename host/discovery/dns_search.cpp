@@ -3,8 +3,8 @@
 #include "discovery/dns_search.h"
 
 #include <algorithm>
-#include <exception>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 #include <spdlog/spdlog.h>
@@ -64,7 +64,7 @@ public:
         std::string trouble;
         try {
             trouble = look(stop);
-        } catch (const std::exception& error) {
+        } catch (const std::runtime_error& error) {
             trouble = error.what();
             drop_old();
         }

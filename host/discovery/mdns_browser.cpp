@@ -7,6 +7,7 @@
 #include <exception>
 #include <future>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -60,25 +61,26 @@ public:
     {
         seconds pause = first_pause;
         while (!shared_->stop.is_made()) {
-            const bool had_daemon = follow_session();
-            if (had_daemon)
+            const bool may_do_better = follow_session();
+            if (may_do_better)
                 pause = first_pause;
-            shared_->stop.made_within(had_daemon ? pause_after_loss : pause);
-            if (!had_daemon)
+            shared_->stop.made_within(may_do_better ? pause_after_loss : pause);
+            if (!may_do_better)
                 pause = std::min(2 * pause, longest_pause);
         }
     }
 
 private:
-    /// True if there was a daemon.
+    /// Until it ends. True if another may soon do better: there is a bus, or all that lacked was
+    /// memory.
     bool follow_session() noexcept
     {
-        bool had_daemon = false;
+        bool has_bus = false;
         try {
             AvahiSession session(shared_->stop);
-            while (!shared_->stop.is_made()) {
+            has_bus = true;
+            while (!shared_->stop.is_made() && !session.is_stale()) {
                 if (session.has_daemon()) {
-                    had_daemon = true;
                     tell_that_it_runs();
                     shared_->publish(session.found(), session.has_looked());
                 } else {
@@ -86,10 +88,13 @@ private:
                 }
                 session.wait();
             }
+        } catch (const std::bad_alloc&) {
+            lose("out of memory");
+            return true;
         } catch (const std::exception& error) {
             lose(error.what());
         }
-        return had_daemon;
+        return has_bus;
     }
 
     void tell_that_it_runs()

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <spdlog/spdlog.h>
 
 #include "test_bus.h"
 
@@ -50,7 +51,11 @@ private:
 class DiscoveryTest : public testing::Test
 {
 protected:
-    void SetUp() override { test_bus_path(); }
+    void SetUp() override
+    {
+        test_bus_path();
+        spdlog::default_logger(); // there before our threads are
+    }
 
     const DiscoveryOptions options_{.dns_domain = "invalid"};
     Told told_;

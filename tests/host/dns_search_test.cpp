@@ -254,23 +254,32 @@ TEST(DnsSearch, InstancesWithoutRecordsHaveNoHost)
               Found{(AdvertisedRegistry{.name = "Registry 1", .origin = "DNS-SD in example.com"})});
 }
 
+/// One registry whose host has these A records.
+DnsTestServer::Respond with_addresses(const std::vector<Bytes>& records)
+{
+    return [records](const Bytes& query, Transport) {
+        return question_type(query) == a ? Responses{answer(query, records)} : one_registry(query);
+    };
+}
+
 TEST(DnsSearch, AHostMayHaveNoAddressAndManyAddresses)
 {
-    std::vector<Bytes> records;
-    Searched searched([&](const Bytes& query, Transport) {
-        return question_type(query) == a ? Responses{answer(query, records)} : one_registry(query);
-    });
+    Searched searched(with_addresses({}));
     const Found none = searched.find();
     ASSERT_EQ(none.size(), 1u);
     EXPECT_EQ(none[0].address, "");
-    records = {record(a, 1, ipv4), record(a, 1, ipv4), record(a, 1, "\x7f"),
-               record(a, 1, "\xc6\x33\x64\x01")};
+
+    std::vector<Bytes> records = {record(a, 1, ipv4), record(a, 1, ipv4), record(a, 1, "\x7f"),
+                                  record(a, 1, "\xc6\x33\x64\x01")};
+    searched.server.respond_with(with_addresses(records));
     const Found two = searched.find();
     ASSERT_EQ(two.size(), 2u);
     EXPECT_EQ(two[0].address, "192.0.2.1");
     EXPECT_EQ(two[1].address, "198.51.100.1");
+
     for (char last = 2; last < 50; ++last)
         records.push_back(record(a, 1, Bytes("\xc6\x33\x64", 3) + last));
+    searched.server.respond_with(with_addresses(records));
     EXPECT_EQ(searched.find().size(), 8u);
 }
 

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Shows what Discovery finds. Each list of registries is a line of JSON on standard output; a line
-// on standard input asks for a search, and its end ends the program. The log is on standard error.
+// Shows what Discovery finds. Each list of registries is a line on standard output, with a tab behind
+// each registry and "|" between its members; a line on standard input asks for a search, and its end
+// ends the program. The log is on standard error.
 //
 // Usage: discovery_watch [--domain DOMAIN] [--development]
 
-#include <cstdio>
 #include <cstring>
 #include <iostream>
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
@@ -35,13 +34,11 @@ DiscoveryOptions options_of(int argc, char** argv)
 
 void print(const std::vector<Registry>& registries)
 {
-    nlohmann::json list = nlohmann::json::array();
+    std::string line;
     for (const Registry& registry : registries)
-        list.push_back({{"url", registry.url},
-                        {"address", registry.address},
-                        {"priority", registry.priority},
-                        {"origin", registry.origin}});
-    std::cout << list.dump() << std::endl;
+        line += registry.url + '|' + registry.address + '|' + std::to_string(registry.priority) +
+                '|' + registry.origin + '\t';
+    std::cout << line << std::endl;
 }
 
 } // namespace
