@@ -31,6 +31,7 @@ constexpr std::array<AdvertiseWord, 3> advertise_words = {{
 std::vector<std::string> words_of_advertise()
 {
     std::vector<std::string> words;
+    words.reserve(advertise_words.size());
     for (const AdvertiseWord& one : advertise_words)
         words.emplace_back(one.word);
     return words;
