@@ -24,6 +24,9 @@ ADDRESS = "192.0.2.10"
 NEIGHBOUR_ADDRESS = "192.0.2.20"
 NEIGHBOUR_IPV6_ADDRESS = "2001:db8::20"
 
+# Registries run on the machine of the tests, which asks them what they saw, at addresses of their own.
+REGISTRY_ADDRESSES = ("192.0.2.101", "192.0.2.102", "192.0.2.103")
+
 SERVICES = pathlib.Path("/etc/avahi/services")
 REGISTRATION = "_nmos-registration._tcp"
 PATIENCE = 20  # seconds; only a test that fails waits so long
@@ -48,6 +51,7 @@ AVAHI_CONFIGURATION = """[server]
 host-name={name}
 use-ipv4={ipv4}
 use-ipv6=yes
+allow-interfaces=media,wire
 enable-dbus={dbus}
 ratelimit-interval-usec=0
 [wide-area]
@@ -139,6 +143,11 @@ class Machine:
         new.write_text(text, encoding="utf-8")
         new.rename(path)
 
+    def name_addresses(self, addresses):
+        """{host: address}, for the daemon that starts then."""
+        (self.root / "etc/avahi/hosts").write_text(
+            "".join(f"{address} {host}\n" for host, address in addresses.items()))
+
     def remove_service(self, file):
         self.service_path(file).unlink()
 
@@ -172,6 +181,8 @@ def set_up():
         machine.run("ip", "address", "add", f"{ipv4}/24", "dev", link)
         machine.run("ip", "address", "add", f"{ipv6}/64", "dev", link, "nodad")
         machine.run("ip", "link", "set", link, "up")
+    for address in REGISTRY_ADDRESSES:
+        instrument.run("ip", "address", "add", f"{address}/32", "dev", "lo")
 
 
 def _namespace(process):
@@ -207,19 +218,21 @@ class NetworkTest(unittest.TestCase):
         self.daemons.append(daemon)
         return daemon
 
-    def start_bus(self):
+    def start_bus(self, machine=None):
+        machine = machine or instrument
         path = _logs / "bus.conf"
         path.write_text(BUS_CONFIGURATION)
-        bus = self.keep(Daemon("dbus-daemon", f"--config-file={path}", "--nofork", "--nopidfile"))
-        wait_until(pathlib.Path("/run/dbus/system_bus_socket").exists, "no D-Bus")
+        bus = self.keep(Daemon(*machine.enter, "dbus-daemon", f"--config-file={path}", "--nofork",
+                               "--nopidfile"))
+        wait_until((machine.root / "run/dbus/system_bus_socket").exists, "no D-Bus")
         return bus
 
     def start_avahi(self):
         """On the instrument's machine."""
         return self.keep(instrument.start_avahi(dbus="yes"))
 
-    def start_neighbour(self, ipv4="yes"):
-        return self.keep(neighbour.start_avahi(dbus="no", ipv4=ipv4))
+    def start_neighbour(self, dbus="no", ipv4="yes"):
+        return self.keep(neighbour.start_avahi(dbus=dbus, ipv4=ipv4))
 
     def start_dnsmasq(self, *options):
         need("dnsmasq")

@@ -17,7 +17,7 @@ SKIPPED = 77
 HERE = pathlib.Path(__file__).resolve().parent
 INSIDE = "NMOS_NETWORK_INSIDE"
 sys.dont_write_bytecode = True  # the tests may lie where nothing is to be written
-sys.path.append(str(HERE.parent / "serve"))
+sys.path += [str(HERE.parent), str(HERE.parent / "registry"), str(HERE.parent / "serve")]
 
 
 def enter():
