@@ -2,15 +2,13 @@
 """Where it listens, and which address its texts name."""
 
 import http.client
-import os
-import pathlib
 import re
 import socket
 import subprocess
-import sys
 import unittest
 
 from instrument import CONNECTION, NODE, PORT, SERVE, SINGLE, Instrument, InstrumentTest
+from namespace import run_in_namespace
 
 
 def has_ipv6():
@@ -166,22 +164,7 @@ class Ipv6Clients(unittest.TestCase):
 
 class InANetworkOfItsOwn(unittest.TestCase):
     def test_all_of_addresses_that_change(self):
-        """reach_in_namespace.py, where interfaces can be made without asking anybody."""
-        try:
-            probe = subprocess.run(["unshare", "-rn", "sh", "-c",
-                                    "ip link add nmos0 type veth peer name nmos1"],
-                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=30)
-        except FileNotFoundError as error:
-            self.skipTest(str(error))
-        if probe.returncode != 0:
-            self.skipTest("no network namespace here: " + probe.stdout.decode().strip())
-        run = subprocess.run(["unshare", "-rn", sys.executable, "-m", "unittest",
-                              "reach_in_namespace"],
-                             cwd=pathlib.Path(__file__).parent, timeout=300,
-                             env={**os.environ, "PYTHONDONTWRITEBYTECODE": "1"},
-                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-        self.assertEqual(run.returncode, 0, run.stdout.decode())
-        self.assertRegex(run.stdout.decode(), r"Ran [1-9]\d* tests")
+        run_in_namespace(self, "reach_in_namespace")
 
 
 if __name__ == "__main__":
