@@ -370,9 +370,9 @@ void Registration::resource_refused(std::size_t position, const std::string& tex
     spdlog::warn("registry {} refuses {}, which is not posted again unchanged: {}; the body was {}",
                  registry_.url, name_of(position), shown_answer(answer), printable(text));
     book_.note_refused(position);
-    // A registry that has lost the node refuses all that belongs to it; a heartbeat tells.
-    const std::optional<RegistrationStatus::Heartbeat>& last = status_.last_heartbeat;
-    if (!heart_beating_ && (!last || now() - last->sent > seconds(1)))
+    // A registry that has lost the node refuses all that belongs to it; a heartbeat tells. One that
+    // never knows it, whatever it answers to POSTs, is not asked without a pause.
+    if (!heart_beating_ && (!last_heartbeat_ || now() - *last_heartbeat_ > seconds(1)))
         happen(Event::heartbeat_due);
     happen(Event::post_answered);
 }
@@ -421,6 +421,7 @@ void Registration::heartbeat()
     const auto late = duration_cast<microseconds>(sent - due);
     heartbeat_due_ = (late < heartbeat_interval ? due : sent) + heartbeat_interval;
     heart_beating_ = true;
+    last_heartbeat_ = sent;
     ++status_.heartbeats;
     status_.heartbeat_lateness += late;
     send("POST", "/health/nodes/" + resources_[node_position].id, heartbeat_body(),

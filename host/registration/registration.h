@@ -148,6 +148,7 @@ private:
     std::optional<TimePoint> pause_until_;
     std::optional<TimePoint> heartbeat_due_;
     std::optional<TimePoint> heartbeat_was_due_; ///< the one that has to be sent now
+    std::optional<TimePoint> last_heartbeat_;    ///< sent, whatever the answer
     std::optional<TimePoint> changes_due_;
     std::optional<TimePoint> hurry_at_;
     std::optional<TimePoint> end_at_;

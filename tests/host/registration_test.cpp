@@ -472,6 +472,25 @@ TEST_F(RegistrationTest, ManyRefusalsAreOneHeartbeat)
     EXPECT_EQ(heartbeats, 1U);
 }
 
+TEST_F(RegistrationTest, ARegistryThatNeverKnowsTheNodeIsNotHammered)
+{
+    registration_.start();
+    find({first});
+    const auto answer_by_path = [this] {
+        const bool beats = !sent_.front().request.json;
+        const int of_post = !beats && next_type() == "node" ? 201 : 400;
+        answer(beats ? 404 : of_post);
+    };
+    constexpr std::size_t many = 100;
+    std::size_t requests = 0;
+    for (; !sent_.empty() && requests < many; ++requests)
+        answer_by_path();
+    // The node, the device, a heartbeat, and the first two once more.
+    EXPECT_EQ(requests, 5U);
+    pass(5s);
+    EXPECT_EQ(next_request(), heartbeat_at(first));
+}
+
 TEST_F(RegistrationTest, WhatDependsOnARefusedResourceIsLeftOut)
 {
     registration_.start();
