@@ -397,7 +397,7 @@ void Registration::settle()
     told_.clear();
     told_of_no_registry_ = false;
     retry_pause_.reset();
-    choice_.begin_round(registry_.url);
+    choice_.begin_round(registry_);
     surroundings_.has_registry(true);
 }
 

@@ -7,6 +7,14 @@
 #include <utility>
 
 namespace nmos_instrument::host {
+namespace {
+
+bool is_same(const Registry& one, const Registry& other)
+{
+    return one.url == other.url && one.address == other.address;
+}
+
+} // namespace
 
 void RegistryChoice::update(std::vector<Registry> registries)
 {
@@ -14,7 +22,7 @@ void RegistryChoice::update(std::vector<Registry> registries)
     for (Registry& registry : registries) {
         const auto known =
             std::find_if(candidates_.begin(), candidates_.end(),
-                         [&](const Candidate& one) { return one.registry.url == registry.url; });
+                         [&](const Candidate& one) { return is_same(one.registry, registry); });
         if (known == candidates_.end())
             candidates.push_back({std::move(registry), random_()});
         else
@@ -36,10 +44,10 @@ bool RegistryChoice::has(std::string_view url) const
                        [=](const Candidate& one) { return one.registry.url == url; });
 }
 
-void RegistryChoice::begin_round(std::string_view in_use)
+void RegistryChoice::begin_round(const Registry& in_use)
 {
     for (Candidate& candidate : candidates_)
-        candidate.tried = candidate.registry.url == in_use;
+        candidate.tried = is_same(candidate.registry, in_use);
 }
 
 std::optional<Registry> RegistryChoice::take(const std::string& node)

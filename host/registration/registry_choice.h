@@ -22,13 +22,14 @@ public:
     /// `random`: a number from 0 to 1, a new one for each call.
     explicit RegistryChoice(std::function<double()> random) : random_(std::move(random)) {}
 
-    /// Replaces the list. Those that were tried in this round stay tried.
+    /// Replaces the list. Those that were tried in this round stay tried. Two addresses of one URL
+    /// are two registries: when a network fails, the other one may still work.
     void update(std::vector<Registry> registries);
 
     bool has(std::string_view url) const;
 
     /// All may be tried again, but for the one in use.
-    void begin_round(std::string_view in_use = {});
+    void begin_round(const Registry& in_use = {});
 
     /// The next one, which counts as tried from now on. `node` is the node's registration as it is
     /// now: a registry that refused it is left out as long as it reads the same. (IS-04 v1.2: the

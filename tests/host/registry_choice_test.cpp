@@ -62,6 +62,18 @@ TEST(RegistryChoice, WhoeverComesBackGetsAnotherPlace)
     EXPECT_EQ(order(choice), "b a ");
 }
 
+TEST(RegistryChoice, EachAddressOfARegistryIsTried)
+{
+    RegistryChoice choice(numbers({0.1, 0.2}));
+    const Registry one{"a", "192.0.2.1", 5, "mDNS"};
+    const Registry other{"a", "192.0.2.2", 5, "mDNS"};
+    choice.update({one, other});
+    choice.begin_round(one); // in use
+    choice.update({other, one});
+    EXPECT_EQ(choice.take("node"), other);
+    EXPECT_EQ(choice.take("node"), std::nullopt);
+}
+
 TEST(RegistryChoice, ANewPriorityCounts)
 {
     RegistryChoice choice(numbers({0.1, 0.2}));
