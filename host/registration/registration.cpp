@@ -9,7 +9,9 @@
 #include <nmos_instrument/nmos_instrument.h>
 #include <spdlog/spdlog.h>
 
+#include "records/addresses.h"
 #include "registration/registry_answer.h"
+#include "text/ipv4_address.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
@@ -42,6 +44,12 @@ constexpr const char* resource_path = "/resource";
 std::string shown_count(std::size_t resources)
 {
     return std::to_string(resources) + (resources == 1 ? " resource" : " resources");
+}
+
+bool is_loopback(const std::string& address)
+{
+    const auto ipv4 = ipv4_from_dotted_quad(address);
+    return ipv4 ? host::is_loopback(*ipv4) : address == "::1";
 }
 
 /// The library's is empty; then there is no body at all.
@@ -245,10 +253,25 @@ void Registration::post_node()
     if (state_ == State::registering_node && told_.count(registry_.url) == 0)
         spdlog::info("registering at {} ({}, priority {})", registry_.url, registry_.origin,
                      registry_.priority);
+    warn_of_loopback();
     // It stamps versions, so no other registration is made before it.
     std::string text = instrument_.registration_of_node();
     exchange("POST", resource_path, text,
              [this, text](const ClientAnswer& answer) { node_posted(answer, text); });
+}
+
+/// Of a registry that is named, the settings alone tell; whoever reads them warns. What discovery
+/// finds is known here only.
+void Registration::warn_of_loopback()
+{
+    const NodeAddress own = instrument_.address();
+    if (told_of_loopback_ || registry_.address.empty() || is_loopback(registry_.address) ||
+        !is_loopback(own.host))
+        return;
+    told_of_loopback_ = true;
+    spdlog::warn("others hear of {} from {}, but for each of them that is their own machine: "
+                 "--listen or --address names another address",
+                 base_url(own), registry_.url);
 }
 
 void Registration::node_posted(const ClientAnswer& answer, const std::string& text)
@@ -453,13 +476,16 @@ void Registration::heartbeat_answered(const RegistrationStatus::Heartbeat& beat,
 void Registration::registry_failed(const std::string& what, const ClientAnswer& answer)
 {
     ++status_.failures;
-    const std::string why = what + ": " + shown_answer(answer);
+    std::string news = what + ": " + reason_of_failure(answer);
     constexpr std::size_t most_remembered = 64;
     if (told_.size() >= most_remembered)
         told_.clear();
-    if (std::exchange(told_[registry_.url], why) != why)
-        spdlog::warn("registry {} {}: {}", registry_.url,
-                     state_ == State::registered ? "is lost" : "cannot be used", why);
+    std::string& told = told_[registry_.url];
+    if (told != news)
+        spdlog::warn("registry {} {}: {}: {}", registry_.url,
+                     state_ == State::registered ? "is lost" : "cannot be used", what,
+                     shown_answer(answer));
+    told = std::move(news);
     if (state_ == State::registered)
         lost_since_ = now();
     happen(Event::registry_failed);

@@ -95,6 +95,7 @@ private:
     void next_registry();
     void pause();
     void post_node();
+    void warn_of_loopback();
     void clear();
     void register_resources();
     void resume();
@@ -158,6 +159,7 @@ private:
     std::optional<TimePoint> lost_since_;     ///< the node was registered before
     std::map<std::string, std::string> told_; ///< by URL: the last failure that was logged
     bool told_of_no_registry_ = false;
+    bool told_of_loopback_ = false;
     RegistrationStatus status_; ///< what cannot be seen from the members above
 };
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <string_view>
 
+#include "text/ascii.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::host {
@@ -61,6 +62,15 @@ std::string shown_answer(const ClientAnswer& answer)
     if (!answer.body.empty())
         text += ": " + printable(std::string_view(answer.body).substr(0, shown_length));
     return text;
+}
+
+std::string reason_of_failure(const ClientAnswer& answer)
+{
+    if (answer.status != 0)
+        return std::to_string(answer.status);
+    std::string reason = answer.why;
+    std::erase_if(reason, is_digit);
+    return reason;
 }
 
 } // namespace nmos_instrument::host

@@ -46,6 +46,10 @@ DeleteAnswer delete_answer(const ClientAnswer& answer);
 /// For the log: "answered 500: no space", "connection refused".
 std::string shown_answer(const ClientAnswer& answer);
 
+/// The same for the same failure, to tell whether it is news: without the body, and without the
+/// milliseconds that libcurl counts ("failed to connect after 3 ms").
+std::string reason_of_failure(const ClientAnswer& answer);
+
 } // namespace nmos_instrument::host
 
 #endif

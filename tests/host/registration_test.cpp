@@ -7,6 +7,8 @@
 #include <chrono>
 #include <deque>
 #include <functional>
+#include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +16,7 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <nlohmann/json.hpp>
+#include <spdlog/sinks/ostream_sink.h>
 #include <spdlog/spdlog.h>
 
 #include "records/record_text.h"
@@ -39,6 +42,33 @@ ClientAnswer answered(int status)
 }
 
 const ClientAnswer unreachable{.why = "connection refused"};
+
+/// What is logged as long as it exists.
+class LogText
+{
+public:
+    LogText()
+    {
+        spdlog::set_default_logger(std::make_shared<spdlog::logger>(
+            "test", std::make_shared<spdlog::sinks::ostream_sink_mt>(text_)));
+    }
+    ~LogText() { spdlog::set_default_logger(before_); }
+    LogText(const LogText&) = delete;
+    LogText& operator=(const LogText&) = delete;
+
+    std::size_t count(const std::string& words) const
+    {
+        const std::string text = text_.str();
+        std::size_t count = 0;
+        for (auto at = text.find(words); at != std::string::npos; at = text.find(words, at + 1))
+            ++count;
+        return count;
+    }
+
+private:
+    const std::shared_ptr<spdlog::logger> before_ = spdlog::default_logger();
+    std::ostringstream text_;
+};
 
 class RegistrationTest : public testing::Test
 {
@@ -178,6 +208,41 @@ TEST_F(RegistrationTest, PostsWhatTheNodeApiServes)
     for (int i = 0; i < 8; ++i)
         answer(201);
     EXPECT_EQ(posted(), served([](auto& node) { return NodeApi().make_senderid(&node, 0); }));
+}
+
+TEST_F(RegistrationTest, AFoundRegistryThatHearsOfLoopbackIsWarnedOfOnce)
+{
+    const LogText log;
+    registration_.start();
+    registration_.found({{"http://here.local:80/x-nmos/registration/v1.2", "127.0.0.1", 0, "mDNS"},
+                         {first, "192.0.2.1", 1, "mDNS"},
+                         {second, "192.0.2.2", 2, "mDNS"}});
+    const std::string warning = "others hear of http://127.0.0.1:3000/ from ";
+    EXPECT_EQ(log.count(warning), 0U);
+    answer(500);
+    EXPECT_EQ(log.count(warning + first), 1U);
+    answer(500);
+    EXPECT_EQ(next_request(), "POST " + second + "/resource");
+    EXPECT_EQ(log.count(warning), 1U);
+}
+
+TEST_F(RegistrationTest, TheSameFailureIsLoggedOnce)
+{
+    const LogText log;
+    registration_.start();
+    const auto fail_once_more = [this](const ClientAnswer& failure) {
+        pass(30s);
+        find({first});
+        answer(failure);
+    };
+    fail_once_more({.why = "failed to connect after 3 ms"});
+    fail_once_more({.why = "failed to connect after 12 ms"});
+    EXPECT_EQ(log.count("cannot be used"), 1U);
+    fail_once_more({.status = 500, .body = "at 10:00"});
+    fail_once_more({.status = 500, .body = "at 10:01"});
+    EXPECT_EQ(log.count("cannot be used"), 2U);
+    fail_once_more({.status = 503});
+    EXPECT_EQ(log.count("cannot be used"), 3U);
 }
 
 TEST_F(RegistrationTest, HiddenResourcesAreNotRegistered)
