@@ -426,6 +426,7 @@ void Registration::settle()
 
 void Registration::check()
 {
+    pause_until_.reset();
     if (told_.count(registry_.url) == 0)
         spdlog::info("asking registry {} ({}, priority {}) whether it knows this node",
                      registry_.url, registry_.origin, registry_.priority);
