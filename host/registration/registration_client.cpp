@@ -130,24 +130,22 @@ private:
     template <class What>
     void step(const What& what)
     {
-        bool searches = false;
-        {
-            const std::lock_guard lock(mutex_);
-            if (has_ended_)
-                return;
-            try {
-                if (has_changes_.exchange(false))
-                    registration_.changed();
-                what(registration_);
-            } catch (const std::exception& error) {
-                registration_.begin_again();
-                spdlog::error("registration: {}", error.what());
-            }
-            set_timer();
-            searches = std::exchange(wants_search_, false);
+        const std::lock_guard lock(mutex_);
+        if (has_ended_)
+            return;
+        try {
+            if (has_changes_.exchange(false))
+                registration_.changed();
+            what(registration_);
+        } catch (const std::exception& error) {
+            registration_.begin_again();
+            spdlog::error("registration: {}", error.what());
         }
+        set_timer();
         stepped_.notify_all();
-        if (searches) // it may call back at once
+        // Under the lock, because the source may go away after end(). What it calls back at once waits
+        // for the next step.
+        if (std::exchange(wants_search_, false))
             source_.search();
     }
 
