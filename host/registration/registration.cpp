@@ -288,6 +288,7 @@ void Registration::node_posted(const ClientAnswer& answer, const std::string& te
         happen(Event::node_refused);
     } else {
         book_.begin(text);
+        book_is_of_registry();
         if (state_ == State::registering_node_again && result == PostAnswer::updated)
             spdlog::warn("registry {} has this node again: does another one have the same id?",
                          registry_.url);
@@ -334,9 +335,16 @@ void Registration::resume()
         heartbeat_due_ = now();
     // Registries of one installation share what they know; but one that was left earlier may still
     // have the node as it was then.
-    if (registry_.url != last_registry_ && used_.count(registry_.url) != 0)
+    if (registry_.url != book_of_ && used_.count(registry_.url) != 0)
         book_.post_everything();
+    book_is_of_registry();
     note_changes();
+}
+
+void Registration::book_is_of_registry()
+{
+    used_.insert(registry_.url);
+    book_of_ = registry_.url;
 }
 
 void Registration::note_changes()
@@ -415,7 +423,6 @@ void Registration::settle()
     if (!last_registry_.empty() && last_registry_ != registry_.url)
         ++status_.fail_overs;
     last_registry_ = registry_.url;
-    used_.insert(registry_.url);
     lost_since_.reset();
     told_.clear();
     told_of_no_registry_ = false;

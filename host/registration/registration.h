@@ -99,6 +99,7 @@ private:
     void clear();
     void register_resources();
     void resume();
+    void book_is_of_registry();
     void post_next();
     void note_changes();
     void settle();
@@ -136,7 +137,8 @@ private:
     RetryPause retry_pause_;
     Registry registry_;          ///< the one in use or being tried
     std::string last_registry_;  ///< the URL of the last one in which the node was registered
-    std::set<std::string> used_; ///< the URLs of all of them
+    std::string book_of_;        ///< the URL of the one of which the book knows
+    std::set<std::string> used_; ///< the URLs of all that were told something
     bool awaits_search_ = false; ///< found() has to come
     ResourceBook book_;
 

@@ -398,6 +398,24 @@ TEST_F(RegistrationTest, ARegistryThatWasLeftIsNotBelieved)
     EXPECT_EQ(registration_.status().state, "registered");
 }
 
+TEST_F(RegistrationTest, WhatARegistryTookThatFailedThenIsNotBelievedOfAnother)
+{
+    register_everything({first, second});
+    activate(3);
+    activate(4);
+    pass(750ms);
+    answer(500); // first
+    answer(200); // second knows the node,
+    answer(200); // takes one receiver,
+    answer(500); // and fails
+    pass(1'250ms);
+    find({first, second});
+    EXPECT_EQ(next_request(), heartbeat_at(first));
+    answer(200);
+    EXPECT_EQ(answer_all(200), 38U);
+    EXPECT_EQ(registration_.status().state, "registered");
+}
+
 TEST_F(RegistrationTest, AnAnswerThatComesTooLateDoesNothing)
 {
     register_everything({first, second});
