@@ -130,36 +130,46 @@ private:
     template <class What>
     void step(const What& what)
     {
-        const std::lock_guard lock(mutex_);
-        if (has_ended_)
-            return;
-        try {
-            if (has_changes_.exchange(false))
-                registration_.changed();
-            what(registration_);
-        } catch (const std::exception& error) {
-            registration_.begin_again();
-            spdlog::error("registration: {}", error.what());
+        std::optional<Registration::TimePoint> due;
+        {
+            const std::lock_guard lock(mutex_);
+            if (has_ended_)
+                return;
+            try {
+                if (has_changes_.exchange(false))
+                    registration_.changed();
+                what(registration_);
+            } catch (const std::exception& error) {
+                registration_.begin_again();
+                spdlog::error("registration: {}", error.what());
+            }
+            due = registration_.next_due();
         }
-        set_timer();
         stepped_.notify_all();
+        set_timer(due);
+        search();
+    }
+
+    void search()
+    {
         // Under the lock, because the source may go away after end(). What it calls back at once waits
         // for the next step.
-        if (std::exchange(wants_search_, false))
+        const std::lock_guard lock(mutex_);
+        if (std::exchange(wants_search_, false) && !has_ended_)
             source_.search();
     }
 
-    /// Only the last one counts: those before it do nothing.
-    void set_timer()
+    /// Only the last one counts: those before it do nothing. While there is no memory for it, others
+    /// may ask for the status, or end the program.
+    void set_timer(std::optional<Registration::TimePoint> due)
     {
-        const auto due = registration_.next_due();
         if (due == timer_due_)
             return;
         timer_due_ = due;
         ++timer_;
         if (!due)
             return;
-        for (;;) {
+        while (!has_ended()) {
             try {
                 client_.run_at(*due, [self = weak_from_this(), number = timer_] {
                     if (const auto driver = self.lock())
@@ -182,15 +192,22 @@ private:
         });
     }
 
+    bool has_ended() const
+    {
+        const std::lock_guard lock(mutex_);
+        return has_ended_;
+    }
+
     HttpClient& client_;
     RegistrySource& source_;
+    // The timer is the client's thread's own.
+    std::optional<Registration::TimePoint> timer_due_;
+    std::uint64_t timer_ = 0; ///< the number of the last one
     std::atomic<bool> has_changes_{false};
 
     mutable std::mutex mutex_;
     std::condition_variable stepped_;
     Registration registration_;
-    std::optional<Registration::TimePoint> timer_due_;
-    std::uint64_t timer_ = 0; ///< the number of the last one
     bool wants_search_ = false;
     bool has_ended_ = false;
 };
