@@ -14,6 +14,7 @@ know, and says how the registry shall behave:
     GET    /violations   what a node must never do
     POST   /behave       a fault, as class Fault explains
     DELETE /behave       no fault any more
+    POST   /forget       all nodes, as if their time were over
     POST   /front        {"front": index, "state": "open", "closed" or "deaf"}
 
 Times are those of time.monotonic(), which is the same in all processes of a machine. With
@@ -68,6 +69,8 @@ class Registry:
             return self.faults.add(Fault(**json.loads(body)))
         if method == "DELETE" and path == "/behave":
             return self.faults.clear()
+        if method == "POST" and path == "/forget":
+            return self.contents.forget()
         if method == "POST" and path == "/front":
             order = json.loads(body)
             if order["state"] not in FrontEnd.STATES:

@@ -429,6 +429,15 @@ class OverHttp(unittest.TestCase):
         self.registry.process.stdin.close()
         self.assertEqual(self.registry.process.wait(timeout=10), 0)
 
+    def test_it_is_told_to_forget(self):
+        self.post("node", NODE)
+        self.post("device", DEVICE)
+        self.registry.forget()
+        self.assertEqual(self.registry.count(), 0)
+        self.assertEqual(self.ask("POST", f"{HEALTH}/{uuid(1)}")[0], 404)
+        self.assertEqual(self.post("receiver", RECEIVER)[0], 400)
+        self.assertEqual(self.registry.violations(), [])
+
     def test_orders_that_it_does_not_know(self):
         for path, body in (("/behave", {"statut": 500}), ("/behave", {"mode": "quarter"}),
                            ("/front", {"front": 0, "state": "ajar"}),

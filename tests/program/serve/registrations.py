@@ -20,11 +20,6 @@ RESOURCES = 38
 # IS-04 v1.2, Behaviour: Registration, Heartbeating.
 HEARTBEAT, EXPIRY = 5.0, 12.0
 
-# A heartbeat, the time limit of one that is not answered, and some time for a busy machine to do
-# what follows.
-TO_NOTICE = HEARTBEAT + 3.0
-TO_NOTICE_SILENCE = HEARTBEAT + HEARTBEAT + 3.0
-
 # How much later than promised something may be seen, in seconds. NMOS_SLOWNESS is how many times
 # slower the program is than a release on a machine with nothing else to do.
 SLACK = 0.5 * float(os.environ.get("NMOS_SLOWNESS", "1"))
@@ -66,7 +61,7 @@ def differences(served, registered):
                 yield f"{kind}/{id}: " + "; ".join(members)
 
 
-def same_as_node_api(registry, *instruments, limit=10.0):
+def same_as_node_api(registry, *instruments):
     """Waits until the registry holds what the Node API serves, each resource equal as JSON, none
     more and none less."""
     found = []
@@ -77,7 +72,7 @@ def same_as_node_api(registry, *instruments, limit=10.0):
         return not found
 
     try:
-        wait_until(is_same, "the registry has what the Node API serves", limit, step=0.2)
+        wait_until(is_same, "the registry has what the Node API serves", step=0.2)
     except AssertionError as error:
         raise AssertionError("\n".join([str(error), *found[:20]])) from None
 
@@ -110,20 +105,19 @@ class RegistrationTest(unittest.TestCase):
         self.assertIsNotNone(value, f"{name}\n{page}")
         return float(value.group(1))
 
-    def wait_registered(self, instrument, limit=10.0):
-        return wait_until(lambda: self.status(instrument)["registered"],
-                          "the node is registered", limit)
+    def wait_registered(self, instrument):
+        wait_until(lambda: self.status(instrument)["registered"], "the node is registered")
 
-    def started(self, *registries, limit=10.0, **more):
+    def started(self, *registries, **more):
         """The same, registered."""
         instrument = self.start(*registries, **more)
-        self.wait_registered(instrument, limit)
+        self.wait_registered(instrument)
         return instrument
 
-    def all_is_well(self, registry, *instruments, limit=10.0):
+    def all_is_well(self, registry, *instruments):
         """What each test ends with."""
         for instrument in instruments:
-            self.wait_registered(instrument, limit)
+            self.wait_registered(instrument)
         same_as_node_api(registry, *instruments)
         self.assertEqual(registry.violations(), [])
 

@@ -18,7 +18,7 @@ import sys
 import unittest
 
 SKIPPED = 77
-AT_ONCE = 8
+AT_ONCE = 5
 PORTS_OF_A_MODULE = 100
 PORTS_OF_A_TEST = 3  # of one that runs beside others
 sys.dont_write_bytecode = True  # the tests may lie where nothing is to be written

@@ -6,7 +6,7 @@ import signal
 import time
 import unittest
 
-from registrations import LEAVES_WITHIN, RESOURCES, TO_NOTICE, RegistrationTest
+from registrations import LEAVES_WITHIN, RESOURCES, RegistrationTest
 from stand_in import wait_until
 
 
@@ -20,7 +20,7 @@ class Ends(RegistrationTest):
             self.assertLess(time.monotonic() - begin, LEAVES_WITHIN)
 
     def again(self, registry, *urls):
-        instrument = self.started(*(urls or [registry]), limit=20)
+        instrument = self.started(*(urls or [registry]))
         self.all_is_well(registry, instrument)
 
     def while_searching(self, with_signal):
@@ -89,7 +89,7 @@ class Ends(RegistrationTest):
         instrument = self.started(*registry.urls)
         registry.behave(front=1, mode="stall")
         registry.front(0, "closed")
-        wait_until(lambda: registry.requests()[-1]["front"] == 1, "the other front end", TO_NOTICE)
+        wait_until(lambda: registry.requests()[-1]["front"] == 1, "the other front end")
         self.end(instrument, with_signal)
         registry.behave_well()
         registry.front(0, "open")
@@ -99,7 +99,7 @@ class Ends(RegistrationTest):
         registry = self.registry()
         instrument = self.started(registry)
         registry.kill()
-        wait_until(lambda: not self.status(instrument)["registered"], "it is lost", TO_NOTICE)
+        wait_until(lambda: not self.status(instrument)["registered"], "it is lost")
         self.end(instrument, with_signal)
         registry.start()
         self.again(registry)

@@ -6,8 +6,8 @@ import signal
 import time
 import unittest
 
-from registrations import (BASE, EXPIRY, RESOURCES, TO_NOTICE, TO_NOTICE_SILENCE,
-                           RegistrationTest, figure, gaps, same_as_node_api)
+from registrations import (BASE, EXPIRY, HEARTBEAT, RESOURCES, SLACK, RegistrationTest, figure,
+                           gaps, same_as_node_api)
 from stand_in import ADDRESS, wait_until
 
 
@@ -57,19 +57,22 @@ class Forgotten(RegistrationTest):
         self.all_is_well(registry, instrument)
         self.assertEqual(len(registry.requests("DELETE")), 1)
 
+    def everything_comes_back(self, registry, why):
+        begin = time.monotonic()
+        wait_until(lambda: registry.count() == RESOURCES, "everything is registered again",
+                   step=0.02)
+        figure(f"{why}: everything is registered again {time.monotonic() - begin:.2f} s later")
+
     def test_a_registry_that_starts_again_empty(self):
         registry = self.registry()
         instrument = self.started(registry)
         wait_until(registry.heartbeats, "a heartbeat")
         registry.restart()
         begin = time.monotonic()
-        wait_until(lambda: registry.count() == RESOURCES, "everything is registered again",
-                   TO_NOTICE, step=0.02)
-        took = time.monotonic() - begin
-        figure(f"a registry that starts again empty has everything after {took:.2f} s")
-        self.assertLess(took, TO_NOTICE)
+        self.everything_comes_back(registry, "a registry that starts again empty")
         first = registry.requests()[0]
         self.assertEqual((first["target"].split("/")[0], first["status"]), ("health", 404))
+        self.assertLess(first["time"] - begin, HEARTBEAT + SLACK)
         self.all_is_well(registry, instrument)
 
     def test_a_node_that_was_removed(self):
@@ -79,8 +82,7 @@ class Forgotten(RegistrationTest):
         node = instrument.node("self")["id"]
         self.delete_at(registry, f"nodes/{node}")
         known = len(registry.requests())
-        wait_until(lambda: registry.count() == RESOURCES, "everything is registered again",
-                   TO_NOTICE, step=0.02)
+        self.everything_comes_back(registry, "a node that was removed")
         self.assertEqual([(each["target"], each["status"])
                           for each in registry.requests(since=known)[:2]],
                          [(f"health/{node}", 404), (f"nodes/{node}", 201)])
@@ -100,7 +102,7 @@ class Forgotten(RegistrationTest):
         registry.behave(request="POST health/.*", status=404, count=1)
         known = len(registry.requests())
         wait_until(lambda: len(registry.posts(since=known)) == RESOURCES + 1,
-                   "everything is registered again", TO_NOTICE)
+                   "everything is registered again")
         self.assertEqual([(each["method"], each["status"])
                           for each in registry.requests(since=known)[:4]],
                          [("POST", 404), ("POST", 200), ("DELETE", 204), ("POST", 201)])
@@ -116,11 +118,7 @@ class Forgotten(RegistrationTest):
         time.sleep(EXPIRY + 1)
         self.assertEqual(registry.count(), 0)
         instrument.process.send_signal(signal.SIGCONT)
-        begin = time.monotonic()
-        wait_until(lambda: registry.count() == RESOURCES, "everything is registered again",
-                   step=0.02)
-        figure(f"after {EXPIRY + 1:.0f} s asleep everything is registered again "
-               f"{time.monotonic() - begin:.2f} s later")
+        self.everything_comes_back(registry, f"after {EXPIRY + 1:.0f} s asleep")
         self.all_is_well(registry, instrument)
 
     def test_stopped_for_a_while(self):
@@ -133,7 +131,7 @@ class Forgotten(RegistrationTest):
         time.sleep(6)
         self.assertEqual(registry.posts(since=known), [])
         # What was missed is not made up for.
-        self.assertLessEqual(len(registry.heartbeats()), 3)
+        self.assertGreater(min(gaps(registry.heartbeats()), default=HEARTBEAT), 0.5)
         self.all_is_well(registry, instrument)
 
 
@@ -146,11 +144,10 @@ class FailOver(RegistrationTest):
         wait_until(first.heartbeats, "a heartbeat")
         first.kill()
         begin = time.monotonic()
-        wait_until(lambda: second.count() == RESOURCES, "everything is there", TO_NOTICE,
-                   step=0.02)
-        took = time.monotonic() - begin
-        figure(f"after a kill the other registry has everything {took:.2f} s later")
-        self.assertLess(took, TO_NOTICE)
+        wait_until(lambda: second.count() == RESOURCES, "everything is there", step=0.02)
+        figure(f"after a kill the other registry has everything {time.monotonic() - begin:.2f} s "
+               "later")
+        self.assertLess(second.requests()[0]["time"] - begin, HEARTBEAT + SLACK)
         node = instrument.node("self")["id"]
         self.assertEqual([(each["target"], each["status"]) for each in second.requests()[:2]],
                          [(f"health/{node}", 404), (f"nodes/{node}", 201)])
@@ -168,14 +165,14 @@ class FailOver(RegistrationTest):
         first, second = self.registry(), self.registry()
         instrument = self.started(first, second)
         first.kill()
-        begin = time.monotonic()
-        self.activate(instrument, instrument.resources("receivers")[0], 5020)
-        wait_until(lambda: second.count() == RESOURCES, "everything is there", TO_NOTICE, step=0.02)
+        begin = self.activate(instrument, instrument.resources("receivers")[0], 5020)
+        wait_until(lambda: second.count() == RESOURCES, "everything is there", step=0.02)
         figure(f"with a change the other registry has everything {time.monotonic() - begin:.2f} s "
                "later")
+        self.assertLess(second.requests()[0]["time"] - begin, 1.0 + SLACK)
         self.all_is_well(second, instrument)
 
-    def carries_on(self, fault, limit):
+    def carries_on(self, fault):
         """With two front ends of one registry, of which the first has a fault: all goes on at the
         second without another POST."""
         registry = self.registry(fronts=2)
@@ -185,7 +182,7 @@ class FailOver(RegistrationTest):
         fault(registry)
         first = wait_until(lambda: next((each for each in registry.requests(since=known)
                                          if each["front"] == 1), None),
-                           "a request to the other front end", limit)
+                           "a request to the other front end")
         self.assertEqual((first["target"].split("/")[0], first["status"]), ("health", 200))
         time.sleep(0.5)
         self.assertEqual(registry.posts(since=known), [])
@@ -202,17 +199,16 @@ class FailOver(RegistrationTest):
         self.all_is_well(registry, instrument)
 
     def test_another_front_end(self):
-        self.carries_on(lambda registry: registry.front(0, "closed"), TO_NOTICE)
+        self.carries_on(lambda registry: registry.front(0, "closed"))
 
     def test_a_front_end_that_is_silent(self):
-        self.carries_on(lambda registry: registry.behave(front=0, mode="stall"), TO_NOTICE_SILENCE)
+        self.carries_on(lambda registry: registry.behave(front=0, mode="stall"))
 
     def test_a_front_end_that_accepts_nobody(self):
-        self.carries_on(lambda registry: registry.front(0, "deaf"), TO_NOTICE_SILENCE)
+        self.carries_on(lambda registry: registry.front(0, "deaf"))
 
     def test_a_front_end_that_never_ends(self):
-        self.carries_on(lambda registry: registry.behave(front=0, mode="trickle"),
-                        TO_NOTICE_SILENCE)
+        self.carries_on(lambda registry: registry.behave(front=0, mode="trickle"))
 
     def test_another_front_end_while_the_resources_are_posted(self):
         """Only what is missing is posted there."""
@@ -261,15 +257,16 @@ class FailOver(RegistrationTest):
         self.assertEqual({each["status"] for each in registry.posts(since=known)}, {200})
         self.assertEqual(registry.requests("DELETE"), [])
         self.assertEqual(self.status(instrument)["fail_overs"], len(faults))
-        figure(f"{max(gaps(registry.heartbeats())):.2f} s at most between heartbeats, over "
-               f"{len(faults)} fail-overs")
+        longest = max(gaps(registry.heartbeats()))
+        figure(f"{longest:.2f} s at most between heartbeats, over {len(faults)} fail-overs")
+        self.assertLess(longest, EXPIRY)
         self.all_is_well(registry, instrument)
 
     def wait_until_at(self, instrument, url):
         def is_there():
             status = self.status(instrument)
             return status["registered"] and status["registry"] == url + BASE
-        wait_until(is_there, f"registered at {url}", TO_NOTICE)
+        wait_until(is_there, f"registered at {url}")
 
     def test_front_ends_that_answer_with_errors(self):
         self.in_turn({"status": 500}, {"status": 503}, {"status": 405}, {"status": 302})
@@ -333,7 +330,7 @@ class Nonsense(RegistrationTest):
         registry = self.registry()
         registry.behave(request="POST sources/.*", delay=5.5, count=1)
         instrument = self.start(registry)
-        self.all_is_well(registry, instrument, limit=15)
+        self.all_is_well(registry, instrument)
         self.assertEqual(len(registry.posts()), RESOURCES + 1)
 
     def test_a_registry_that_never_answers(self):

