@@ -38,6 +38,9 @@ constexpr seconds search_limit{20};
 /// When leaving goes this slowly, the registry has to delete the node's resources by itself.
 constexpr milliseconds patience_at_end{1'300};
 
+/// Of registries: DNS-SD may find new ones for ever.
+constexpr std::size_t most_remembered = 64;
+
 constexpr std::size_t node_position = 0;
 constexpr const char* resource_path = "/resource";
 
@@ -338,31 +341,40 @@ void Registration::resume()
     if (registry_.url != book_of_ && used_.count(registry_.url) != 0)
         book_.post_everything();
     book_is_of_registry();
-    note_changes();
+    look_for_changes();
+    book_.begin_round();
+    post_next();
 }
 
 void Registration::book_is_of_registry()
 {
+    if (used_.size() >= most_remembered)
+        used_.clear();
     used_.insert(registry_.url);
     book_of_ = registry_.url;
 }
 
 void Registration::note_changes()
 {
+    look_for_changes();
+    post_next();
+}
+
+void Registration::look_for_changes()
+{
     book_.note_changes(
         [this](const NodeResource& resource) { return instrument_.registration_of(resource); });
-    post_next();
 }
 
 void Registration::post_next()
 {
     if (posting_)
         return;
-    const std::optional<std::size_t> position = book_.next();
-    if (!position) {
+    if (book_.round_is_over())
         happen(Event::all_posted);
+    const std::optional<std::size_t> position = book_.next();
+    if (!position)
         return;
-    }
     std::string text = *position == node_position
                            ? instrument_.registration_of_node()
                            : instrument_.registration_of(resources_[*position]);
@@ -485,7 +497,6 @@ void Registration::registry_failed(const std::string& what, const ClientAnswer& 
 {
     ++status_.failures;
     std::string news = what + ": " + reason_of_failure(answer);
-    constexpr std::size_t most_remembered = 64;
     if (told_.size() >= most_remembered)
         told_.clear();
     std::string& told = told_[registry_.url];

@@ -30,13 +30,13 @@ enum class RegistrationEvent
     registry_found, ///< one that has not been tried in this round
     no_registry,    ///< all have been tried, or there is none
     pause_over,
-    node_created,  ///< POST of the node: 201
-    node_existed,  ///< POST of the node: 200
-    node_refused,  ///< POST of the node: 4xx
-    cleared,       ///< DELETE of the node: done, or it was not there
-    not_cleared,   ///< DELETE of the node: 4xx
-    post_answered, ///< POST of another resource: taken or refused
-    all_posted,
+    node_created,      ///< POST of the node: 201
+    node_existed,      ///< POST of the node: 200
+    node_refused,      ///< POST of the node: 4xx
+    cleared,           ///< DELETE of the node: done, or it was not there
+    not_cleared,       ///< DELETE of the node: 4xx
+    post_answered,     ///< POST of another resource: taken or refused
+    all_posted,        ///< once; what changes all the time may already wait again
     resources_changed, ///< a while ago, so that several changes are one POST
     heartbeat_due,
     heartbeat_accepted,
@@ -59,7 +59,7 @@ enum class RegistrationAction
     clear,
     register_resources, ///< all of them, with heartbeats from now on
     resume,             ///< with what differs from what was posted before
-    post_next,          ///< ends as all_posted if there is nothing left
+    post_next,          ///< and all_posted, if everything has been posted once
     note_changes,       ///< and post them
     settle,
     check, ///< heartbeat at once

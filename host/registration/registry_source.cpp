@@ -2,10 +2,25 @@
 
 #include "registration/registry_source.h"
 
+#include <new>
 #include <string>
 #include <utility>
 
 namespace nmos_instrument::host {
+namespace {
+
+/// Without memory a listener misses a list, and asks again later.
+bool is_interested(const RegistrySource::Found& found,
+                   const std::vector<Registry>& registries) noexcept
+{
+    try {
+        return found(registries);
+    } catch (const std::bad_alloc&) {
+        return true;
+    }
+}
+
+} // namespace
 
 RegistrySource::RegistrySource(const RegistrationSettings& settings)
 {
@@ -35,7 +50,8 @@ void RegistrySource::search()
 void RegistrySource::tell(const std::vector<Registry>& registries)
 {
     const std::lock_guard lock(mutex_);
-    std::erase_if(listeners_, [&](const Found& found) { return !found(registries); });
+    std::erase_if(listeners_,
+                  [&](const Found& found) { return !is_interested(found, registries); });
 }
 
 } // namespace nmos_instrument::host

@@ -19,8 +19,24 @@ ResourceBook::ResourceBook(const std::vector<NodeResource>& resources)
 void ResourceBook::begin(std::string node_text)
 {
     std::fill(entries_.begin(), entries_.end(), Entry{.pending = true});
+    begin_round();
     note_sent(node, std::move(node_text));
     note_taken(node);
+}
+
+void ResourceBook::begin_round()
+{
+    for (Entry& entry : entries_)
+        entry.in_round = entry.pending;
+}
+
+bool ResourceBook::round_is_over() const
+{
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (entries_[i].in_round && has_parents_of(i))
+            return false;
+    }
+    return true;
 }
 
 void ResourceBook::post_everything()
@@ -68,12 +84,14 @@ void ResourceBook::note_taken(std::size_t position)
     Entry& entry = entries_[position];
     entry.taken = std::exchange(entry.sent, std::nullopt);
     entry.refused.reset();
+    entry.in_round = false;
 }
 
 void ResourceBook::note_refused(std::size_t position)
 {
     Entry& entry = entries_[position];
     entry.refused = std::exchange(entry.sent, std::nullopt);
+    entry.in_round = false;
 }
 
 void ResourceBook::forget_sent() noexcept

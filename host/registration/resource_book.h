@@ -32,6 +32,11 @@ public:
     /// What reads differently now than what was posted last has to be posted.
     void note_changes(const TextOf& text_of);
 
+    /// A round is over when each resource that had to be posted at its beginning has been posted once,
+    /// or cannot be: those that change all the time do not put it off.
+    void begin_round();
+    bool round_is_over() const;
+
     /// The position of the next resource to be posted: one whose parents the registry has, in turn, so
     /// that those that change all the time do not keep the others waiting.
     std::optional<std::size_t> next() const;
@@ -68,6 +73,7 @@ private:
         std::optional<std::string> taken{};   ///< what the registry has
         std::optional<std::string> refused{}; ///< what it would not have instead
         bool pending = false;                 ///< to be posted, or posted once more
+        bool in_round = false;                ///< has to be posted before the round is over
 
         const std::optional<std::string>& last() const
         {

@@ -535,6 +535,20 @@ TEST_F(RegistrationTest, AResourceThatKeepsChangingDoesNotHoldUpTheOthers)
     EXPECT_EQ(next_id(), resources[14].id);
 }
 
+TEST_F(RegistrationTest, ItIsRegisteredWhenEverythingWasPostedOnce)
+{
+    registration_.start();
+    find({first});
+    int answers = 0;
+    for (; answers < 100 && registration_.status().state != "registered"; ++answers) {
+        answer(sent_.front().request.json ? 201 : 200);
+        activate(0); // so that it always has to be posted again
+        pass(750ms);
+    }
+    EXPECT_GE(answers, 38);
+    EXPECT_LE(answers, 50); // heartbeats too
+}
+
 TEST_F(RegistrationTest, ManyRefusalsAreOneHeartbeat)
 {
     register_everything();
