@@ -38,8 +38,9 @@ constexpr seconds search_limit{20};
 /// When leaving goes this slowly, the registry has to delete the node's resources by itself.
 constexpr milliseconds patience_at_end{1'300};
 
-/// Of registries: DNS-SD may find new ones for ever.
-constexpr std::size_t most_remembered = 64;
+/// Of registries: DNS-SD may find new ones for ever. More than it finds at once, so that those of one
+/// round are remembered in the next.
+constexpr std::size_t most_remembered = 1'024;
 
 constexpr std::size_t node_position = 0;
 constexpr const char* resource_path = "/resource";
@@ -257,6 +258,8 @@ void Registration::post_node()
         spdlog::info("registering at {} ({}, priority {})", registry_.url, registry_.origin,
                      registry_.priority);
     warn_of_loopback();
+    // Its answer may be lost, and the node be there.
+    note_used();
     // It stamps versions, so no other registration is made before it.
     std::string text = instrument_.registration_of_node();
     exchange("POST", resource_path, text,
@@ -327,7 +330,8 @@ void Registration::node_deleted(const ClientAnswer& answer)
 void Registration::register_resources()
 {
     heartbeat_due_ = now() + heartbeat_interval;
-    post_next();
+    // The node may have changed while its POST was on its way.
+    note_changes();
 }
 
 void Registration::resume()
@@ -348,10 +352,15 @@ void Registration::resume()
 
 void Registration::book_is_of_registry()
 {
+    note_used();
+    book_of_ = registry_.url;
+}
+
+void Registration::note_used()
+{
     if (used_.size() >= most_remembered)
         used_.clear();
     used_.insert(registry_.url);
-    book_of_ = registry_.url;
 }
 
 void Registration::note_changes()

@@ -100,6 +100,7 @@ private:
     void register_resources();
     void resume();
     void book_is_of_registry();
+    void note_used();
     void look_for_changes();
     void post_next();
     void note_changes();

@@ -96,8 +96,10 @@ void ResourceBook::note_refused(std::size_t position)
 
 void ResourceBook::forget_sent() noexcept
 {
-    for (Entry& entry : entries_)
+    for (Entry& entry : entries_) {
+        entry.pending |= entry.sent.has_value();
         entry.sent.reset();
+    }
 }
 
 void ResourceBook::assume_node()

@@ -48,7 +48,7 @@ public:
     void note_taken(std::size_t position);
     /// It is not posted again as long as it reads the same.
     void note_refused(std::size_t position);
-    /// Nobody knows.
+    /// Nobody knows, so it is posted again.
     void forget_sent() noexcept;
 
     /// The position of a resource that the registry has and whose children it has not; the node is

@@ -398,6 +398,46 @@ TEST_F(RegistrationTest, ARegistryThatWasLeftIsNotBelieved)
     EXPECT_EQ(registration_.status().state, "registered");
 }
 
+TEST_F(RegistrationTest, APostWithoutAnAnswerIsRepeated)
+{
+    register_everything({first, second});
+    pass(5s);
+    answer(unreachable); // first
+    answer(200);         // second
+    pass(5s);
+    answer(unreachable); // second
+    answer(200);         // first, which gets everything again
+    EXPECT_EQ(next_type(), "node");
+    answer(200);
+    EXPECT_EQ(next_type(), "device");
+    answer(500);
+    EXPECT_EQ(next_request(), "");
+    pass(2s);
+    find({first});
+    EXPECT_EQ(next_request(), heartbeat_at(first));
+    answer(200);
+    EXPECT_EQ(next_type(), "source");
+    EXPECT_EQ(answer_all(200), 37U); // all but the node
+}
+
+TEST_F(RegistrationTest, ANodeWhoseAnswerWasLostIsNotTakenForComplete)
+{
+    register_everything({first, second});
+    pass(5s);
+    answer(500);         // first
+    answer(404);         // second
+    answer(unreachable); // which may have the node now, and nothing else
+    pass(2s);
+    find({first, second});
+    answer_all(201);
+    ASSERT_EQ(registration_.status().registry, first);
+    pass(5s);
+    answer(500);
+    EXPECT_EQ(next_request(), heartbeat_at(second));
+    answer(200);
+    EXPECT_EQ(answer_all(200), 38U);
+}
+
 TEST_F(RegistrationTest, WhatARegistryTookThatFailedThenIsNotBelievedOfAnother)
 {
     register_everything({first, second});
@@ -480,6 +520,30 @@ TEST_F(RegistrationTest, EachRegistryIsTriedOnceInARound)
     pass(1'250ms);
     find({first, second});
     EXPECT_EQ(next_request(), "POST " + first + "/resource");
+}
+
+/// In the log, which would grow for ever.
+TEST_F(RegistrationTest, ManyDeadRegistriesAreToldOfOnce)
+{
+    std::ostringstream log;
+    const auto before = spdlog::default_logger();
+    spdlog::set_default_logger(std::make_shared<spdlog::logger>(
+        "test", std::make_shared<spdlog::sinks::ostream_sink_st>(log)));
+    std::vector<std::string> urls;
+    for (int i = 0; i < 300; ++i)
+        urls.push_back("http://192.0.2.1:" + std::to_string(8000 + i));
+    registration_.start();
+    find(urls);
+    for (int i = 0; i < 300; ++i)
+        answer(unreachable);
+    const std::string told = log.str();
+    EXPECT_NE(told.find("registry http://192.0.2.1:8299 cannot be used"), std::string::npos);
+    pass(2s);
+    find(urls);
+    for (int i = 0; i < 300; ++i)
+        answer(unreachable);
+    spdlog::set_default_logger(before);
+    EXPECT_EQ(log.str(), told);
 }
 
 TEST_F(RegistrationTest, ANewRegistryEndsThePause)
@@ -694,6 +758,26 @@ TEST_F(RegistrationTest, AnotherAddressIsPostedWithAllThatNamesIt)
     registration_.changed();
     pass(750ms);
     EXPECT_EQ(next_request(), "");
+}
+
+TEST_F(RegistrationTest, AnAddressThatChangesWhileTheNodeIsPostedIsPostedToo)
+{
+    registration_.start();
+    find({first});
+    instrument_.move_to({"192.0.2.20", 3000});
+    registration_.changed();
+    pass(750ms); // longer than the change waits
+    answer(201);
+    EXPECT_EQ(next_type(), "device");
+    std::string last_href;
+    while (!sent_.empty()) {
+        const nlohmann::json body = nlohmann::json::parse(sent_.front().request.json.value());
+        if (body["type"] == "node")
+            last_href = body["data"]["href"];
+        answer(body["type"] == "node" ? 200 : 201);
+    }
+    EXPECT_EQ(last_href, "http://192.0.2.20:3000/");
+    EXPECT_EQ(registration_.status().state, "registered");
 }
 
 TEST_F(RegistrationTest, AnUpdateOfTheNodeThatCreatesItRegistersEverything)
