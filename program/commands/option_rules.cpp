@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "text/quoted_text.h"
 #include "text/word_list.h"
 
 namespace nmos_instrument::program {
@@ -23,7 +24,7 @@ std::optional<long long> parse_number(const std::string& word)
 
 std::string refusal_of(const std::string& word, const std::string& allowed)
 {
-    return "found \"" + word + "\", allowed: " + allowed;
+    return "found " + host::in_quotes(word) + ", allowed: " + allowed;
 }
 
 CLI::Validator whole_number(long long lowest, long long highest, const std::string& allowed)
