@@ -3,6 +3,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_DISCOVERY_ADVERTISED_REGISTRY_H
 #define NMOS_INSTRUMENT_HOST_DISCOVERY_ADVERTISED_REGISTRY_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>

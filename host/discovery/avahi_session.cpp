@@ -24,11 +24,16 @@ constexpr std::size_t most_resolvers = 4 * most_instances;
 
 constexpr std::chrono::milliseconds patience_for_daemon{60'000};
 
-/// avahi's own functions end the process when there is no memory; those of the C library say so.
+/// avahi's own functions end the process when there is no memory; those of the C library say so. Once
+/// in a process.
 void use_patient_allocator()
 {
     static const AvahiAllocator allocator{std::malloc, std::free, std::realloc, std::calloc};
-    avahi_set_allocator(&allocator);
+    static const bool is_used = [] {
+        avahi_set_allocator(&allocator);
+        return true;
+    }();
+    static_cast<void>(is_used);
 }
 
 AvahiSimplePoll* new_poll()

@@ -88,10 +88,7 @@ std::vector<std::string> DnsChannel::search_domains() const
     const auto destroy = [](ares_options* saved) { ares_destroy_options(saved); };
     const std::unique_ptr<ares_options, decltype(destroy)> owner(&options, destroy);
     require(status);
-    std::vector<std::string> domains;
-    for (int i = 0; i < options.ndomains; ++i)
-        domains.emplace_back(options.domains[i]);
-    return domains;
+    return {options.domains, options.domains + options.ndomains};
 }
 
 void DnsChannel::ask(const std::string& name, DnsType type, Receive receive)

@@ -325,9 +325,9 @@ TEST(DnsSearch, NotMoreThan64InstancesAreLookedAt)
             return one_registry(query);
         if (transport == Transport::udp)
             return Responses{answer(query, {}, truncated)};
-        std::vector<Bytes> thousand;
-        for (int i = 0; i < 1000; ++i)
-            thousand.push_back(record(ptr, 60, encoded_name(std::to_string(i) + '.' + service)));
+        std::vector<Bytes> thousand(1000);
+        for (std::size_t i = 0; i < thousand.size(); ++i)
+            thousand[i] = record(ptr, 60, encoded_name(std::to_string(i) + '.' + service));
         return Responses{answer(query, thousand)};
     });
     const Found found = searched.find();

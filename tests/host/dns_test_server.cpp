@@ -103,7 +103,7 @@ std::string question_name(const Bytes& query)
 {
     std::string name;
     for (std::size_t at = header_size; query[at] != '\0';) {
-        const auto size = static_cast<std::size_t>(query[at]);
+        const std::size_t size = static_cast<unsigned char>(query[at]);
         name += (name.empty() ? "" : ".") + query.substr(at + 1, size);
         at += 1 + size;
     }

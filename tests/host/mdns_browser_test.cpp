@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <future>
 #include <memory>
 #include <thread>
@@ -30,7 +29,7 @@ public:
     {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
-        std::strcpy(address.sun_path, test_bus_path().c_str());
+        test_bus_path().string().copy(address.sun_path, sizeof address.sun_path - 1);
         bound_ = bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
                  listen(socket_, 10) == 0;
     }

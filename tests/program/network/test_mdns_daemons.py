@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Daemons that come later, go, come back and hang."""
 
+import os
 import signal
+import time
 
 from network import NEIGHBOUR_ADDRESS, NetworkTest, neighbour
 from test_mdns import GOOD, URL
@@ -29,9 +31,19 @@ class MdnsDaemons(NetworkTest):
             avahi.stop(signal.SIGKILL)
             watch.wait_for()
             self.assertEqual(watch.log.count(self.ABSENT), 1 + count)
+            if count == 1:
+                files = self.open_files(watch)
         watch.search()
         self.assertEqual(watch.next(), [])
         self.assertEqual(watch.log.count(self.ABSENT), 3)
+        self.open_files(watch, files)
+
+    def open_files(self, watch, expected=None):
+        """How many files it has open, a while after the daemon is gone."""
+        time.sleep(1.5)
+        count = len(os.listdir(f"/proc/{watch.process.pid}/fd"))
+        self.assertEqual(count, expected or count)
+        return count
 
     def test_the_bus_comes_later(self):
         watch = self.watch()

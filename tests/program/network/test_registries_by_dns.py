@@ -43,6 +43,16 @@ class RegistriesByDns(RegistriesTest):
         instrument = self.start("--dns-domain", "example.com")
         self.wait_registered(instrument, f"http://reg.example.com:{registry.ports[0]}{BASE}")
 
+    def test_an_address_that_nobody_has(self):
+        registry = self.registry()
+        self.start_server(*self.one_registry(registry, 10), *address("reg.example.com", "192.0.2.1"))
+        instrument = self.start()
+        self.wait_registered(instrument, f"http://reg.example.com:{registry.ports[0]}{BASE}")
+        # Which address is tried first is chance, now and when the registry was lost.
+        registry.restart()
+        wait_until(lambda: registry.count() > 0, "it registers again")
+        self.wait_registered(instrument, f"http://reg.example.com:{registry.ports[0]}{BASE}")
+
     def test_both_find_it_and_unicast_counts(self):
         registry = self.registry()
         self.start_daemons()
