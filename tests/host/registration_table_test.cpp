@@ -5,6 +5,7 @@
 #include "registration/registration_table.h"
 
 #include <map>
+#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,6 +28,11 @@ struct StateTest
     std::map<Event, RegistrationStep> steps;
     std::vector<Event> ignored;
 };
+
+void PrintTo(const StateTest& test, std::ostream* out)
+{
+    *out << test.name;
+}
 
 class RegistrationTable : public testing::TestWithParam<StateTest>
 {};

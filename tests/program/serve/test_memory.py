@@ -166,10 +166,9 @@ class Memory(unittest.TestCase):
                 connection.close()
 
     def test_the_end_of_a_registration_without_memory(self):
-        environment = with_fault("short_memory", NMOS_SHORT_MEMORY=str(self.memory.path))
         # Nobody listens there, so it is tried again and again.
         registries = ["http://127.0.0.1:1"]
-        with Instrument(environment=environment, registries=registries) as instrument:
+        with Instrument(environment=self.memory.environment, registries=registries) as instrument:
             instrument.wait_for_log("no registry can be used")
             self.memory.set(1)
             time.sleep(2)  # longer than the first pause
