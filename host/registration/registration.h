@@ -83,7 +83,18 @@ public:
 
     static constexpr std::chrono::milliseconds stop_limit{1'800};
 
+    /// IS-04 v1.2, Behaviour: Registration, Heartbeating. It is the time limit of a heartbeat too, so
+    /// that the next registry hears from the node before it forgets it.
+    static constexpr std::chrono::seconds heartbeat_interval{5};
+
 private:
+    static constexpr std::size_t node_position = 0; ///< among the resources
+    static constexpr const char* resource_path = "/resource";
+
+    /// Of registries: DNS-SD may find new ones for ever. More than it finds at once, so that those of
+    /// one round are remembered in the next.
+    static constexpr std::size_t most_remembered = 1'024;
+
     using Use = std::function<void(const ClientAnswer&)>;
 
     void happen(RegistrationEvent event);
