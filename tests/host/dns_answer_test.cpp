@@ -153,7 +153,7 @@ TEST(DnsAnswer, StringsEndWithTheRecord)
 
 TEST(DnsAnswer, AddressesHaveFourOrSixteenBytes)
 {
-    for (const std::size_t size : {0, 3, 5, 15, 17})
+    for (const std::size_t size : {0U, 3U, 5U, 15U, 17U})
         EXPECT_EQ(first(answer(query, {record(1, 0, Bytes(size, '\1'))}), DnsType::a, dns_address),
                   std::nullopt);
 }

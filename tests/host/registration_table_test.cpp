@@ -29,9 +29,9 @@ struct StateTest
     std::vector<Event> ignored;
 };
 
-void PrintTo(const StateTest& test, std::ostream* out)
+std::ostream& operator<<(std::ostream& out, const StateTest& test)
 {
-    *out << test.name;
+    return out << test.name;
 }
 
 class RegistrationTable : public testing::TestWithParam<StateTest>

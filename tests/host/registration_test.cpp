@@ -530,6 +530,7 @@ TEST_F(RegistrationTest, ManyDeadRegistriesAreToldOfOnce)
     spdlog::set_default_logger(std::make_shared<spdlog::logger>(
         "test", std::make_shared<spdlog::sinks::ostream_sink_st>(log)));
     std::vector<std::string> urls;
+    urls.reserve(300);
     for (int i = 0; i < 300; ++i)
         urls.push_back("http://192.0.2.1:" + std::to_string(8000 + i));
     registration_.start();
