@@ -43,6 +43,13 @@ std::string transport_file_url(const NodeAddress& address, const std::string& se
     return connection_api_url(address) + "single/senders/" + sender_id + "/transportfile";
 }
 
+std::string loopback_warning(const NodeAddress& address, const std::string& from)
+{
+    return "others hear of " + base_url(address) + " from " + from +
+           ", but for each of them that is their own machine: --listen or --address names another "
+           "address";
+}
+
 void set_address(NMOS_IS04_ST& node, const NodeAddress& address)
 {
     set_text(node.href, base_url(address));

@@ -36,6 +36,10 @@ std::string connection_api_url(const NodeAddress& address);
 /// Where a sender's SDP file is.
 std::string transport_file_url(const NodeAddress& address, const std::string& sender_id);
 
+/// For the log: what is wrong with a loopback address that others hear of. `from` is whom they hear it
+/// from.
+std::string loopback_warning(const NodeAddress& address, const std::string& from);
+
 /// Writes the address wherever the node, its device and its senders name it. They have their ids
 /// already.
 void set_address(NMOS_IS04_ST& node, const NodeAddress& address);

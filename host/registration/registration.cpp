@@ -114,11 +114,7 @@ void Registration::found(std::vector<Registry> registries)
         next_registry();
         return;
     }
-    // In a pause: one that has not been tried yet is welcome at once.
-    if (std::optional<Registry> other = choice_.take(instrument_.registration_of(resources_[0]))) {
-        registry_ = *std::move(other);
-        happen(Event::registry_found);
-    }
+    try_next(); // in a pause: one that has not been tried yet is welcome at once
 }
 
 void Registration::changed()

@@ -104,6 +104,7 @@ private:
     // The actions.
     void search();
     void next_registry();
+    bool try_next();
     void pause();
     void post_node();
     void warn_of_loopback();

@@ -19,13 +19,6 @@ namespace {
 using State = RegistrationState;
 using Event = RegistrationEvent;
 using std::chrono::seconds;
-
-bool is_loopback(const std::string& address)
-{
-    const auto ipv4 = ipv4_from_dotted_quad(address);
-    return ipv4 ? host::is_loopback(*ipv4) : address == "::1";
-}
-
 } // namespace
 
 void Registration::post_node()
@@ -55,9 +48,7 @@ void Registration::warn_of_loopback()
         !is_loopback(own.host))
         return;
     told_of_loopback_ = true;
-    spdlog::warn("others hear of {} from {}, but for each of them that is their own machine: "
-                 "--listen or --address names another address",
-                 base_url(own), registry_.url);
+    spdlog::warn("{}", loopback_warning(own, registry_.url));
 }
 
 void Registration::node_posted(const ClientAnswer& answer, const std::string& text)

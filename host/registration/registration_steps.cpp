@@ -51,13 +51,20 @@ void Registration::search()
 void Registration::next_registry()
 {
     forget_requests();
-    std::optional<Registry> next = choice_.take(instrument_.registration_of(resources_[0]));
-    if (!next) {
+    if (!try_next())
         happen(Event::no_registry);
-        return;
-    }
+}
+
+/// False if there is none that has not been tried.
+bool Registration::try_next()
+{
+    std::optional<Registry> next =
+        choice_.take(instrument_.registration_of(resources_[node_position]));
+    if (!next)
+        return false;
     registry_ = *std::move(next);
     happen(Event::registry_found);
+    return true;
 }
 
 void Registration::pause()

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <string_view>
+#include <string>
 
 namespace nmos_instrument::host {
 
@@ -32,20 +32,23 @@ public:
         for (std::size_t i = 0; i < counts_.size(); ++i) {
             const std::uint64_t count = counts_[i].load(std::memory_order_relaxed);
             if (count != 0)
-                visit(texts[i], count);
+                visit(text_of(i), count);
         }
     }
 
 private:
-    // All that this program answers with; another one would be counted as "other".
+    // All that this program answers with; another one would be counted as "other", at the end.
     static constexpr int statuses[] = {0,   200, 202, 400, 403, 404, 405,
                                        413, 415, 423, 500, 501, 503};
-    static constexpr std::string_view texts[] = {"none", "200", "202", "400",  "403",
-                                                 "404",  "405", "413", "415",  "423",
-                                                 "500",  "501", "503", "other"};
 
-    std::array<std::atomic<std::uint64_t>, std::size(texts)> counts_{};
-    static_assert(std::size(texts) == std::size(statuses) + 1);
+    static std::string text_of(std::size_t position)
+    {
+        if (position == std::size(statuses))
+            return "other";
+        return statuses[position] == 0 ? "none" : std::to_string(statuses[position]);
+    }
+
+    std::array<std::atomic<std::uint64_t>, std::size(statuses) + 1> counts_{};
 };
 
 } // namespace nmos_instrument::host

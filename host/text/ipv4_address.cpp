@@ -36,4 +36,10 @@ bool is_ipv6(const std::string& text)
     return text.find('\0') == std::string::npos && inet_pton(AF_INET6, text.c_str(), &address) == 1;
 }
 
+bool is_loopback(const std::string& text)
+{
+    const auto ipv4 = ipv4_from_dotted_quad(text);
+    return (ipv4 && is_loopback(*ipv4)) || text == "::1" || text == "[::1]" || text == "localhost";
+}
+
 } // namespace nmos_instrument::host

@@ -21,6 +21,9 @@ std::string dotted_quad(std::uint32_t address);
 
 bool is_ipv6(const std::string& text);
 
+/// Whether only the machine itself is meant: 127.0.0.0/8, ::1 also in the brackets of a URL, localhost.
+bool is_loopback(const std::string& text);
+
 /// 1.0.0.0 to 223.255.255.255: the addresses that a host may have.
 constexpr bool is_unicast(std::uint32_t address)
 {

@@ -35,18 +35,10 @@ std::string own_addresses()
     return host::word_list(addresses);
 }
 
-/// Of a URL too, which has brackets around IPv6.
-bool is_loopback(const std::string& name)
-{
-    const auto ipv4 = host::ipv4_from_dotted_quad(name);
-    return (ipv4 && host::is_loopback(*ipv4)) || name == "::1" || name == "[::1]" ||
-           name == "localhost";
-}
-
 bool is_elsewhere(const std::string& url)
 {
     const std::optional<host::Url> parts = host::parse_url(url);
-    return parts && !is_loopback(parts->host);
+    return parts && !host::is_loopback(parts->host);
 }
 
 /// Whom others hear of the instrument from; empty: nobody.
@@ -135,15 +127,13 @@ std::string follow_until_signal(host::FollowedAddress& address,
 void log_reach(const host::ListenAt& listen, const host::NodeAddress& address,
                const host::Configuration& configuration)
 {
-    if (is_loopback(listen.address))
+    if (host::is_loopback(listen.address))
         spdlog::info("only this machine can reach {}: serve --listen eth0, or \"listen\" in the "
                      "configuration, is for a network",
                      listen.address);
     const std::string announced = announced_by(configuration);
-    if (is_loopback(address.host) && !announced.empty())
-        spdlog::warn("others hear of {} from {}, but for each of them that is their own machine: "
-                     "--listen or --address names another address",
-                     host::base_url(address), announced);
+    if (host::is_loopback(address.host) && !announced.empty())
+        spdlog::warn("{}", host::loopback_warning(address, announced));
 }
 
 } // namespace nmos_instrument::program

@@ -25,5 +25,13 @@ TEST(Ipv4, Forms)
     EXPECT_FALSE(is_unicast(0x00ffffff) || is_unicast(0xe0000000) || is_unicast(0xffffffff));
 }
 
+TEST(Ipv4Address, LoopbackHasSeveralNames)
+{
+    for (const char* const own : {"127.0.0.1", "127.255.255.255", "::1", "[::1]", "localhost"})
+        EXPECT_TRUE(is_loopback(std::string(own))) << own;
+    for (const char* const other : {"128.0.0.1", "126.255.255.255", "::2", "0.0.0.0", "local", ""})
+        EXPECT_FALSE(is_loopback(std::string(other))) << other;
+}
+
 } // namespace
 } // namespace nmos_instrument::host
