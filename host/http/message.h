@@ -4,10 +4,13 @@
 #define NMOS_INSTRUMENT_HOST_HTTP_MESSAGE_H
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "http/stream.h"
 
 namespace nmos_instrument::host {
 
@@ -49,6 +52,10 @@ struct HttpResponse
 
     /// Further headers, such as Allow. A line break in one makes the answer a 500.
     std::vector<std::pair<std::string, std::string>> headers;
+
+    /// If set, the body is what it gives, piece by piece, without Content-Length; `body` is not sent.
+    /// An answer to HEAD does not ask it.
+    std::shared_ptr<HttpStream> stream = nullptr;
 };
 
 } // namespace nmos_instrument::host

@@ -11,6 +11,7 @@
 
 #include "http/manifest_hosts.h"
 #include "routes/routes.h"
+#include "routes/watched_paths.h"
 #include "text/ipv4_address.h"
 #include "text/ipv4_network.h"
 #include "text/quoted_text.h"
@@ -62,7 +63,8 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
       advertisement_(instrument, instrument.configuration().advertisement),
       activations_(instrument),
       manifests_(http_client_,
-                 manifest_hosts(options, instrument.configuration(), instrument.address().host))
+                 manifest_hosts(options, instrument.configuration(), instrument.address().host)),
+      events_(host::watched_paths(instrument), [this](const std::string& path) { return read(path); })
 {
     const host::RegistrationSettings& registration = instrument.configuration().registration;
     if (registration.enabled) {
@@ -120,7 +122,22 @@ host::Services RunningNode::services()
     if (registration_)
         services.registration = [this] { return registration_->status(); };
     services.advertisement = [this] { return advertisement_.status(); };
+    services.events = &events_;
     return services;
+}
+
+/// Every path that is watched is answered at once.
+std::optional<std::string> RunningNode::read(const std::string& path) const
+{
+    host::HttpRequest request;
+    request.method = "GET";
+    request.path = path;
+    std::optional<std::string> text;
+    router_->handle(request, [&text](host::HttpResponse response) {
+        if (response.status == 200)
+            text = std::move(response.body);
+    });
+    return text;
 }
 
 } // namespace nmos_instrument::program
