@@ -24,6 +24,9 @@ std::span<const Route> connection_routes();
 /// "/healthz" and "/status", for the people who operate the instrument.
 std::span<const Route> status_routes();
 
+/// "/layout", for whoever shows the whole instrument.
+std::span<const Route> layout_routes();
+
 /// "/metrics", for the programs that watch it.
 std::span<const Route> metrics_routes();
 
