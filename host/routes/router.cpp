@@ -139,6 +139,10 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
         reply((*make_response)(services_, index));
         return;
     }
+    if (const AnswerRequest* const answer_request = std::get_if<AnswerRequest>(&route.function)) {
+        reply((*answer_request)(services_, index, request));
+        return;
+    }
     // All other routes change something.
     if (const std::string why = services_.permission.refusal_of(request.peer); !why.empty()) {
         refuse(services_, request, reply, 403, "Changes are not allowed", why);

@@ -6,8 +6,8 @@ namespace nmos_instrument::host {
 
 RouteTable all_routes()
 {
-    return {root_routes(),   node_routes(),   connection_routes(),
-            status_routes(), layout_routes(), metrics_routes()};
+    return {root_routes(),   node_routes(),      connection_routes(), status_routes(),
+            layout_routes(), check_sdp_routes(), metrics_routes()};
 }
 
 } // namespace nmos_instrument::host

@@ -27,6 +27,9 @@ std::span<const Route> status_routes();
 /// "/layout", for whoever shows the whole instrument.
 std::span<const Route> layout_routes();
 
+/// "/check-sdp", for whoever has an SDP file.
+std::span<const Route> check_sdp_routes();
+
 /// "/metrics", for the programs that watch it.
 std::span<const Route> metrics_routes();
 
