@@ -21,6 +21,7 @@
 #include "http/server.h"
 #include "records/fill_records.h"
 #include "routes/services.h"
+#include "routes/static_file.h"
 
 namespace nmos_instrument::host {
 
@@ -53,7 +54,7 @@ struct Route
 {
     std::string_view method; ///< "GET" stands for HEAD too
     std::string_view path;   ///< without a slash at its end; may hold one of route_table.cpp's ids
-    std::variant<MakeText, MakeResponse, AnswerRequest, TakeJson> function;
+    std::variant<MakeText, MakeResponse, AnswerRequest, const StaticFile*, TakeJson> function;
     CorrectText correct = nullptr; ///< of MakeText; null: the library's text is served unchanged
 };
 

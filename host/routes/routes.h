@@ -33,7 +33,8 @@ std::span<const Route> check_sdp_routes();
 /// "/metrics", for the programs that watch it.
 std::span<const Route> metrics_routes();
 
-RouteTable all_routes();
+/// Those, and `more`, which must outlive the table.
+RouteTable all_routes(std::span<const Route> more = {});
 
 } // namespace nmos_instrument::host
 
