@@ -29,6 +29,11 @@ struct HttpRequest
     /// As received, with its parameters; nothing if there is no such header.
     std::optional<std::string> content_type;
 
+    /// The lists of Accept and If-None-Match as received, several lines of one joined by commas;
+    /// nothing if there is no such header.
+    std::optional<std::string> accept{};
+    std::optional<std::string> if_none_match{};
+
     /// Any bytes, including NUL.
     std::string body;
 

@@ -14,6 +14,7 @@
 
 #include "http/error_response.h"
 #include "http/framing.h"
+#include "http/header_list.h"
 #include "http/report.h"
 #include "http/request_path.h"
 #include "text/quoted_text.h"
@@ -84,6 +85,8 @@ MHD_Result RequestFlow::begin(Connection& connection, MHD_Connection* mhd, const
     request.path = request_path(target);
     if (const char* type = header(mhd, MHD_HTTP_HEADER_CONTENT_TYPE))
         request.content_type = type;
+    request.accept = header_list(mhd, MHD_HTTP_HEADER_ACCEPT);
+    request.if_none_match = header_list(mhd, MHD_HTTP_HEADER_IF_NONE_MATCH);
     request.peer = connection.peer;
     connection.set_deadline(options_.body_deadline);
 

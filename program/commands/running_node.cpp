@@ -10,6 +10,7 @@
 #include <spdlog/spdlog.h>
 
 #include "http/manifest_hosts.h"
+#include "panel/panel.h"
 #include "routes/routes.h"
 #include "routes/watched_paths.h"
 #include "text/ipv4_address.h"
@@ -52,6 +53,11 @@ host::ManifestHosts manifest_hosts(const ServeOptions& options,
     return hosts;
 }
 
+host::BrowserPage page(const ServeOptions& options)
+{
+    return options.no_panel ? host::BrowserPage() : panel();
+}
+
 } // namespace
 
 RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket socket,
@@ -59,7 +65,7 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
     : instrument_(instrument),
       state_file_(state_file),
       options_(options),
-      request_counts_(host::all_routes().paths()),
+      request_counts_(host::all_routes(page(options).files).paths()),
       advertisement_(instrument, instrument.configuration().advertisement),
       activations_(instrument),
       manifests_(http_client_,
@@ -78,7 +84,7 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
         advertisement_.has_registry(false);
     }
     listen_to_instrument();
-    router_.emplace(services());
+    router_.emplace(services(), page(options));
     server_.emplace(std::move(socket), server_options(options, client_log_, request_counts_),
                     [this](host::HttpRequest& request, const host::HttpReply& reply) {
                         router_->handle(request, reply);
