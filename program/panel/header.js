@@ -34,6 +34,7 @@ export class Header {
   #registration = new Fact(this.#facts, texts.registration, {id: "registration"});
   #reference = new Fact(this.#facts, texts.reference);
   #node = new Fact(this.#facts, texts.node);
+  #device = new Fact(this.#facts, texts.device);
 
   constructor(header) {
     header.append(make("section", {"aria-label": texts.instrument},
@@ -48,7 +49,7 @@ export class Header {
   }
 
   update(model) {
-    const {self, status, layout} = model;
+    const {self, status, layout, device} = model;
     const [clock] = self.clocks;
     document.title = self.label;
     setText(this.#label, self.label);
@@ -60,6 +61,7 @@ export class Header {
       this.#reference.show("live", texts.internalClock, clock.name);
     const addresses = layout.interfaces.map(one => `${one.name} ${one.address}`).join(", ");
     this.#node.show("none", self.id, `${self.href} · ${addresses}`);
+    this.#device.show("none", device.label, device.id);
   }
 
   #showRegistration(status) {

@@ -19,7 +19,8 @@ function happenings(status) {
 const times = tai => [make("time", localTime(taiOf(tai))), make("span.tai", texts.tai(tai))];
 
 /// What the page calls "receivers/<id>".
-const named = (model, resource) => make("b", {dir: "auto"}, model.labelOf(...resource.split("/")));
+const named = (model, resource) =>
+  make("b", {dir: "auto"}, model.resource(...resource.split("/"))?.label ?? resource);
 
 function happened(model, one) {
   const reasons = (one.debug ?? one.why ?? "").split("\n").filter(line => line);

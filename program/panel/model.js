@@ -29,6 +29,10 @@ export class Model {
     return this.#bodies[`${node}self`];
   }
 
+  get device() {
+    return this.#bodies[`${node}devices`][0];
+  }
+
   /// What IS-04 says of one sender or receiver; undefined if it belongs to somebody else.
   resource(side, id) {
     return this.#bodies[node + side]?.find(one => one.id === id);

@@ -21,8 +21,13 @@ class Signal {
   constructor(side, entry, told) {
     this.#side = side;
     this.#id = entry.id;
-    this.element = make("li", {"data-id": entry.id, "data-side": side, draggable: String(side === "senders")},
-      make("button.open", {type: "button", "aria-haspopup": "dialog", onclick: () => told.open(side, entry.id)},
+    this.element = make("li", {
+      "data-id": entry.id,
+      "data-side": side,
+      draggable: String(side === "senders"),
+      onclick: () => told.open(side, entry.id), // on the whole row; the button is for keys
+    },
+      make("button.open", {type: "button", "aria-haspopup": "dialog"},
            make("span.lamp"), make("span.kind", texts.kind(entry)), this.#state),
       this.#legs.map((leg, i) => make("div.paths", make("span", String(i + 1)), leg.staged, leg.active)));
     if (side === "senders")

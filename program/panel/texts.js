@@ -26,6 +26,7 @@ export const texts = {
   ptp: isLocked => isLocked ? "PTP, locked" : "PTP, not locked",
   internalClock: "internal",
   node: "Node",
+  device: "Device",
   taiLong: "International Atomic Time",
   local: time => `${time} local`,
   tai: text => `TAI ${text}`,
