@@ -25,7 +25,7 @@ class Fact {
 }
 
 export class Header {
-  #label = make("h1", {dir: "auto"}, texts.title);
+  #label = make("h1", {dir: "auto"}, texts.instrument);
   #description = make("p", {dir: "auto"});
   #clock = make("span", {id: "tai"}, "--:--:--");
   #date = make("span.beside");

@@ -15,7 +15,6 @@ function span(ms) {
 }
 
 export const texts = {
-  title: "Instrument",
   instrument: "Instrument",
   page: "This page",
   connection: {live: "Live", lost: "Connection lost: trying again", waiting: "Connecting"},
@@ -117,9 +116,9 @@ export const texts = {
 
   sdp: {
     version: () => "The version of SDP.",
-    origin: (version, address) => `Written by ${address}. The version ${version} rises with every change.`,
+    origin: (version, address) => `Written by ${address}. ${version} rises with every change.`,
     session: name => `The session is called ${name}.`,
-    permanent: () => "It has neither a beginning nor an end.",
+    permanent: () => "It lasts for ever.",
     group: (first, second) => `Both paths carry the same packets (SMPTE ST 2022-7): ${first} and ${second}.`,
     medium: (kind, port, type) => Number(port) === 0 ? `A path for ${kind}, switched off.`
       : `A path for ${kind}: UDP port ${port}, RTP payload type ${type}.`,
