@@ -32,7 +32,7 @@ export async function request(method, path, body, type = "application/json") {
   note(curlLine(method, path, type, text));
   try {
     const headers = text === undefined ? {} : {"Content-Type": type};
-    const answer = await fetch(path, {method, body: text, headers, cache: "no-store"});
+    const answer = await fetch(path, {method, body: text, headers});
     const isJson = answer.headers.get("Content-Type") === "application/json";
     return {ok: answer.ok, status: answer.status, body: await (isJson ? answer.json() : answer.text())};
   } catch {

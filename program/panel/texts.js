@@ -97,7 +97,7 @@ export const texts = {
   whenWords: {now: "now", in: "in seconds", at: "at"},
   seconds: "Seconds",
   time: "Time",
-  badTime: {in: "The seconds must be a number from 0 on.", at: "The time must have a date and a clock time."},
+  badTime: {in: "The seconds must be a number from 0 on.", at: "A date and a time are needed."},
   stage: "Stage",
   activate: "Activate",
   nothingEdited: "Nothing has been edited.",
