@@ -161,7 +161,8 @@ class CheckSdp(unittest.TestCase):
                     self.assertEqual(answer.status, 200, path)
                     self.assertEqual(answer.headers["content-type"], "application/json")
                     del entry["file"]
-                    entry["hints"] = []  # they are about options of the command
+                    # The command names its option.
+                    entry["hints"] = [hint.replace("--receiver ", "") for hint in entry["hints"]]
                     self.assertEqual(answer.json, entry, path)
                     self.assertEqual(list(answer.json), list(entry))
             self.assertEqual(before, (instrument.get(f"{CONNECTION}/single/receivers/").body, [
@@ -239,6 +240,14 @@ class CheckSdp(unittest.TestCase):
                 self.assertEqual(preflight.headers["access-control-allow-methods"], "POST, OPTIONS")
                 self.assertEqual(preflight.headers["access-control-allow-origin"], "*")
                 self.assertIn("Content-Type", preflight.headers["access-control-allow-headers"])
+
+    def test_a_receiver_of_another_kind_may_take_it(self):
+        with Instrument() as instrument:
+            video, audio = (instrument.resources("receivers")[at] for at in (0, 4))
+            content = sdp_file(video_medium("233.252.0.1"))
+            self.assertEqual(self.check(instrument, video, content).json["hints"], [])
+            self.assertEqual(self.check(instrument, audio, content).json["hints"],
+                             ["a receiver of another kind would take it: video"])
 
     def test_hidden_receivers_cannot_be_asked(self):
         with Instrument() as instrument:
