@@ -44,13 +44,15 @@ constexpr ResourceKind kind_of(Side side)
     return side == Side::sender ? ResourceKind::sender : ResourceKind::receiver;
 }
 
-ChangeOutcome unknown_id(const Services& services, const std::string& peer, const std::string& id)
+ChangeOutcome unknown_id(const Services& services, const std::string& peer, Side side,
+                         const std::string& id)
 {
     services.log.info(peer, "refused a change of " + in_quotes(id) +
                                 ": 404 Not found: no resource has this id");
     ChangeOutcome outcome{ChangeResult::unknown, "", "Not found", "no resource has this id"};
     services.counts.refused_change(404);
-    note_refusal(services, peer, in_quotes(id), refusal_of(outcome));
+    note_refusal(services, peer, (side == Side::sender ? "senders/" : "receivers/") + id,
+                 refusal_of(outcome));
     return outcome;
 }
 
@@ -59,7 +61,7 @@ ChangeOutcome make_change(const Services& services, const std::string& peer, Sid
 {
     const auto index = services.instrument.index().find(kind_of(side), entry.id);
     return index ? patch_staged(services, peer, {side, *index}, *entry.params)
-                 : unknown_id(services, peer, entry.id);
+                 : unknown_id(services, peer, side, entry.id);
 }
 
 /// The answer to one entry of a bulk request.
