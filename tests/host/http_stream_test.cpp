@@ -399,7 +399,9 @@ TEST(HttpStream, EndsForAClientThatDoesNotRead)
     Script script;
     HttpServer server(short_deadlines(), handler_of(script));
     TestClient client(server.port());
-    script.say(std::string(15'000'000, 'x')); // more than the system keeps for it
+    std::string piece;
+    piece.resize(15'000'000, 'x'); // more than the system keeps for it
+    script.say(piece);
     client.send(get("/stream"));
     ASSERT_TRUE(script.wait_until_asked(1));
     EXPECT_TRUE(script.wait_for_streams(0));
