@@ -399,7 +399,9 @@ TEST(HttpStream, EndsForAClientThatDoesNotRead)
     Script script;
     HttpServer server(short_deadlines(), handler_of(script));
     TestClient client(server.port());
-    script.say(std::string(15'000'000, 'x')); // more than the system keeps for it
+    std::string piece;
+    piece.resize(15'000'000, 'x'); // more than the system keeps for it
+    script.say(piece);
     client.send(get("/stream"));
     ASSERT_TRUE(script.wait_until_asked(1));
     EXPECT_TRUE(script.wait_for_streams(0));
@@ -482,7 +484,7 @@ TEST(HttpStream, EndsAtOnceWhenTheServerStops)
     ASSERT_TRUE(script.wait_until_asked(5));
     const auto begin = Clock::now();
     server.stop();
-    EXPECT_LT(Clock::now() - begin, 1s); // requests that do not end get 1.5 s
+    EXPECT_LT(Clock::now() - begin, 1500ms); // what requests get that do not end
     for (TestClient& client : clients)
         EXPECT_EQ(received_until_closed(client), "0\r\n\r\n");
     EXPECT_TRUE(script.wait_for_streams(0));
@@ -521,7 +523,7 @@ TEST(HttpStream, SurvivesWhateverHappensAtOnce)
 {
     for (int round = 0; round < 5; ++round) {
         HttpServerOptions options;
-        options.header_deadline = 40ms; // so the watchdog looks every 5 ms
+        options.idle_deadline = 40ms; // so the watchdog looks every 5 ms
         options.stop_deadline = std::chrono::milliseconds(10 * round);
         std::atomic<unsigned> asked{0};
         HttpServer server(options, handler_of([&asked]() -> std::optional<std::string> {
@@ -556,11 +558,13 @@ TEST(HttpStream, SurvivesWhateverHappensAtOnce)
                     // The server has gone.
                 }
             });
-        std::this_thread::sleep_for(100ms);
+        const auto end = Clock::now() + 10s;
+        while (asked < 50 && Clock::now() < end)
+            std::this_thread::sleep_for(1ms);
         server.stop();
         for (std::thread& client : clients)
             client.join();
-        EXPECT_GT(asked, 0U);
+        EXPECT_GE(asked, 50U);
     }
 }
 

@@ -104,21 +104,29 @@ class Events(InstrumentTest):
         receiver = self.instrument.resources("receivers")[3]
         active = f"{SINGLE}/{receiver}/active"
         with Watcher(self.instrument) as first, Watcher(self.instrument) as second:
-            port = first.next()[1][active]["transport_params"][0]["destination_port"] + 1
+            port = first.next()[1][active]["transport_params"][0]["destination_port"]
             second.next()
-            patch = {"transport_params": [{"destination_port": port}, {}], **IMMEDIATE}
-            begin = time.monotonic()
-            self.assertEqual(self.instrument.patch(receiver, patch).status, 200)
-            changed = {active, f"{SINGLE}/{receiver}/staged", f"{NODE}/receivers"}
-            for watcher in (first, second):
-                texts = {}
-                while not changed <= set(texts):
-                    texts.update(watcher.next_of(*changed))
-                self.assertEqual(set(texts) - {STATUS}, changed)
-                self.assertEqual(texts[active]["transport_params"][0]["destination_port"], port)
-                for path in changed:
-                    self.assertEqual(texts[path], self.instrument.get(path).json)
-            self.assertLess(time.monotonic() - begin, 1)
+            times = []
+            for port in range(port + 1, port + 6):
+                begin = time.monotonic()
+                patch = {"transport_params": [{"destination_port": port}, {}], **IMMEDIATE}
+                self.assertEqual(self.instrument.patch(receiver, patch).status, 200)
+                for watcher in (first, second):
+                    self.assert_told(watcher, receiver, port)
+                times.append(time.monotonic() - begin)
+            # One of them at least is not held up by a busy machine.
+            self.assertLess(min(times), 1)
+
+    def assert_told(self, watcher, receiver, port):
+        active = f"{SINGLE}/{receiver}/active"
+        changed = {active, f"{SINGLE}/{receiver}/staged", f"{NODE}/receivers"}
+        texts = {}
+        while not changed <= set(texts):
+            texts.update(watcher.next_of(*changed))
+        self.assertEqual(set(texts) - {STATUS}, changed)
+        self.assertEqual(texts[active]["transport_params"][0]["destination_port"], port)
+        for path in changed:
+            self.assertEqual(texts[path], self.instrument.get(path).json)
 
     def test_without_a_change_there_is_the_status_once_a_second(self):
         with Watcher(self.instrument) as watcher:
@@ -268,7 +276,8 @@ class TheEnd(unittest.TestCase):
                 watcher.next()
             begin = time.monotonic()
             self.assertEqual(instrument.end_program(signal.SIGTERM), 0)
-            self.assertLess(time.monotonic() - begin, 1)
+            # Requests that do not end get 1.5 seconds.
+            self.assertLess(time.monotonic() - begin, 1.5)
             for watcher in watchers:
                 while watcher.next():  # what was under way; then the end in good order
                     pass
