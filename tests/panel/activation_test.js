@@ -4,7 +4,7 @@
 
 const assert = require("node:assert/strict");
 const {beforeEach, test} = require("node:test");
-const {button, closePanel, dialogOf, entryOf, eventually, openDialog, openPanel, shared} =
+const {button, closePanel, dialogOf, entryOf, eventually, field, openDialog, openPanel, shared} =
   require("./support/panel");
 
 const it = shared();
@@ -25,7 +25,7 @@ async function choose(dialog, when) {
 
 async function enable(page) {
   const dialog = await openDialog(page, sender);
-  await dialog.getByLabel("Master enable", {exact: true}).check();
+  await field(dialog, "Master enable").check();
   return dialog;
 }
 
@@ -47,7 +47,7 @@ test("in two seconds", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await enable(page);
   await choose(dialog, "in");
-  await dialog.getByLabel("Seconds", {exact: true}).fill("2");
+  await field(dialog, "Seconds").fill("2");
   await button(dialog, "Activate").click();
   await eventually(() => entryOf(page, sender).getAttribute("data-scheduled").then(due => due !== null), true);
   const {activation} = await it.instrument.staged(sender);
@@ -81,7 +81,7 @@ test("what is scheduled counts down, and is cancelled in the list", async () => 
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await enable(page);
   await choose(dialog, "in");
-  await dialog.getByLabel("Seconds", {exact: true}).fill("300");
+  await field(dialog, "Seconds").fill("300");
   await button(dialog, "Activate").click();
   await eventually(() => page.locator("#scheduled li").count(), 1);
   await page.keyboard.press("Escape");
@@ -128,7 +128,7 @@ test("a number of seconds that is none is named at its field", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await enable(page);
   await choose(dialog, "in");
-  const seconds = dialog.getByLabel("Seconds", {exact: true});
+  const seconds = field(dialog, "Seconds");
   await seconds.fill("-1");
   await button(dialog, "Activate").click();
   await eventually(() => seconds.getAttribute("aria-invalid"), "true");

@@ -83,8 +83,11 @@ async function openDialog(page, resource, tab = "Parameters") {
   return dialog;
 }
 
+// An input of any kind, by what a screen reader calls it.
 function field(dialog, label) {
-  return dialog.getByLabel(label, {exact: true});
+  return ["textbox", "checkbox", "combobox", "spinbutton"]
+    .map(role => dialog.getByRole(role, {name: label, exact: true}))
+    .reduce((either, other) => either.or(other));
 }
 
 function button(parent, name) {
