@@ -46,6 +46,13 @@ constexpr std::size_t index_of(Essence essence)
     return static_cast<std::size_t>(essence);
 }
 
+/// "video", "audio" or "ancillary"
+constexpr const char* name_of(Essence essence)
+{
+    constexpr const char* names[] = {"video", "audio", "ancillary"};
+    return names[index_of(essence)];
+}
+
 constexpr Essence essence_of_sender(std::size_t sender)
 {
     if (sender < audio_sender)

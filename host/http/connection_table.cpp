@@ -96,8 +96,10 @@ void ConnectionTable::make_room(std::size_t most)
     chosen->is_ending = true;
     ++chosen->share.ending;
     ++ending_;
-    // Its server thread notices and closes the connection.
+    // Its server thread notices and closes the connection; not while it is suspended.
     shutdown(chosen->socket, SHUT_RDWR);
+    if (chosen->stream)
+        chosen->stream->end_soon();
 }
 
 void ConnectionTable::end_overdue()
@@ -162,6 +164,38 @@ std::shared_ptr<PendingAnswer> ConnectionTable::take_late_answer()
         if (connection.late_answer)
             return std::move(connection.late_answer);
     return nullptr;
+}
+
+void ConnectionTable::expect_stream(Connection& connection, std::shared_ptr<StreamedAnswer> stream)
+{
+    const std::lock_guard lock(mutex_);
+    if (ends_streams_)
+        stream->end_soon();
+    else
+        connection.stream = std::move(stream);
+}
+
+void ConnectionTable::forget_stream(Connection& connection)
+{
+    const std::lock_guard lock(mutex_);
+    connection.stream.reset();
+}
+
+void ConnectionTable::ask_streams()
+{
+    const std::lock_guard lock(mutex_);
+    for (const Connection& connection : connections_)
+        if (connection.stream)
+            connection.stream->ask_again();
+}
+
+void ConnectionTable::end_streams()
+{
+    const std::lock_guard lock(mutex_);
+    ends_streams_ = true;
+    for (const Connection& connection : connections_)
+        if (connection.stream)
+            connection.stream->end_soon();
 }
 
 bool ConnectionTable::wait_for_next_look(std::chrono::milliseconds interval)

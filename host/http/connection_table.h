@@ -20,6 +20,7 @@
 #include "http/framing.h"
 #include "http/memory_budget.h"
 #include "http/pending_answer.h"
+#include "http/streamed_answer.h"
 
 namespace nmos_instrument::host {
 
@@ -76,6 +77,7 @@ struct Connection
     // Under the table's lock:
     bool is_ending = false; ///< to make room for others
     std::shared_ptr<PendingAnswer> late_answer;
+    std::shared_ptr<StreamedAnswer> stream;
     std::list<Connection>::iterator place;
 };
 
@@ -114,6 +116,16 @@ public:
     /// Answers 503 in place of every late answer, from now on too.
     void give_up_late_answers();
 
+    /// Notes an answer for the two functions below. If end_streams() has been called, ends it at once.
+    void expect_stream(Connection& connection, std::shared_ptr<StreamedAnswer> stream);
+    void forget_stream(Connection& connection);
+
+    /// Has every stream asked that had nothing to say.
+    void ask_streams();
+
+    /// Ends every stream, from now on too.
+    void end_streams();
+
     /// Waits while there is no connection, then for `interval`; false after close_watch().
     bool wait_for_next_look(std::chrono::milliseconds interval);
     void close_watch();
@@ -131,6 +143,7 @@ private:
     bool watch_sleeps_ = false; ///< until the next connection comes
     bool watch_closed_ = false;
     bool gives_up_ = false;
+    bool ends_streams_ = false;
 };
 
 } // namespace nmos_instrument::host

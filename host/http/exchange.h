@@ -10,6 +10,7 @@
 
 #include "http/message.h"
 #include "http/pending_answer.h"
+#include "http/streamed_answer.h"
 
 namespace nmos_instrument::host {
 
@@ -29,7 +30,10 @@ struct Exchange
 
     int status = 0; ///< of the queued answer
 
-    std::size_t memory = 0; ///< taken for the body, later for the answer
+    /// Set when the answer is one that goes on.
+    std::shared_ptr<StreamedAnswer> stream;
+
+    std::size_t memory = 0; ///< taken for the body, later for the answer or a piece of it
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };
 

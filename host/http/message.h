@@ -4,10 +4,13 @@
 #define NMOS_INSTRUMENT_HOST_HTTP_MESSAGE_H
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "http/stream.h"
 
 namespace nmos_instrument::host {
 
@@ -25,6 +28,11 @@ struct HttpRequest
 
     /// As received, with its parameters; nothing if there is no such header.
     std::optional<std::string> content_type;
+
+    /// The lists of Accept and If-None-Match as received, several lines of one joined by commas;
+    /// nothing if there is no such header.
+    std::optional<std::string> accept{};
+    std::optional<std::string> if_none_match{};
 
     /// Any bytes, including NUL.
     std::string body;
@@ -49,6 +57,10 @@ struct HttpResponse
 
     /// Further headers, such as Allow. A line break in one makes the answer a 500.
     std::vector<std::pair<std::string, std::string>> headers;
+
+    /// If set, the body is what it gives, piece by piece, without Content-Length; `body` is not sent.
+    /// An answer to HEAD does not ask it.
+    std::shared_ptr<HttpStream> stream = nullptr;
 };
 
 } // namespace nmos_instrument::host

@@ -2,6 +2,7 @@
 
 #include "http/queue_response.h"
 
+#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -35,18 +36,42 @@ ResponsePointer response_around(std::string text)
     return response;
 }
 
+// HTTP/1.0 has no chunks; the bytes for such a client wait here. Those of others wait in the memory
+// of the connection.
+constexpr std::size_t block_size = 4096;
+
+ssize_t read_bytes(void* read, std::uint64_t, char* to, std::size_t most)
+{
+    return (*static_cast<ReadBytes*>(read))(to, most);
+}
+
+void delete_reader(void* read)
+{
+    delete static_cast<ReadBytes*>(read);
+}
+
+ResponsePointer response_around(ReadBytes read)
+{
+    auto reader = std::make_unique<ReadBytes>(std::move(read));
+    ResponsePointer response(MHD_create_response_from_callback(
+        MHD_SIZE_UNKNOWN, block_size, &read_bytes, reader.get(), &delete_reader));
+    if (response)
+        static_cast<void>(reader.release()); // delete_reader deletes it
+    return response;
+}
+
 bool add_header(MHD_Response& response, const char* name, const char* value)
 {
     return MHD_add_response_header(&response, name, value) == MHD_YES;
 }
 
 // False if HTTP does not allow such an answer, or if memory is short.
-bool queue(MHD_Connection* connection, HttpResponse& answer, AfterAnswer after)
+bool queue(MHD_Connection* connection, const HttpResponse& answer, const ResponsePointer& response,
+           AfterAnswer after)
 {
     // Only libmicrohttpd itself sends interim answers (1xx).
     if (answer.status < 200 || answer.status > 599)
         return false;
-    const ResponsePointer response = response_around(std::move(answer.body));
     if (!response || !add_header(*response, "Access-Control-Allow-Origin", "*") ||
         !add_header(*response, "X-Content-Type-Options", "nosniff"))
         return false;
@@ -62,14 +87,29 @@ bool queue(MHD_Connection* connection, HttpResponse& answer, AfterAnswer after)
            MHD_YES;
 }
 
+int queue_failure(MHD_Connection* connection, AfterAnswer after)
+{
+    HttpResponse response = error_response(500, "Internal error", "the answer cannot be sent");
+    return queue(connection, response, response_around(std::move(response.body)), after)
+               ? response.status
+               : 0;
+}
+
 } // namespace
 
 int queue_response(MHD_Connection* connection, HttpResponse response, AfterAnswer after)
 {
-    if (queue(connection, response, after))
+    if (queue(connection, response, response_around(std::move(response.body)), after))
         return response.status;
-    response = error_response(500, "Internal error", "the answer cannot be sent");
-    return queue(connection, response, after) ? response.status : 0;
+    return queue_failure(connection, after);
+}
+
+int queue_stream(MHD_Connection* connection, const HttpResponse& response, ReadBytes read,
+                 AfterAnswer after)
+{
+    if (queue(connection, response, response_around(std::move(read)), after))
+        return response.status;
+    return queue_failure(connection, after);
 }
 
 } // namespace nmos_instrument::host

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <exception>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -13,6 +14,7 @@
 
 #include "http/error_response.h"
 #include "http/framing.h"
+#include "http/header_list.h"
 #include "http/report.h"
 #include "http/request_path.h"
 #include "text/quoted_text.h"
@@ -83,6 +85,8 @@ MHD_Result RequestFlow::begin(Connection& connection, MHD_Connection* mhd, const
     request.path = request_path(target);
     if (const char* type = header(mhd, MHD_HTTP_HEADER_CONTENT_TYPE))
         request.content_type = type;
+    request.accept = header_list(mhd, MHD_HTTP_HEADER_ACCEPT);
+    request.if_none_match = header_list(mhd, MHD_HTTP_HEADER_IF_NONE_MATCH);
     request.peer = connection.peer;
     connection.set_deadline(options_.body_deadline);
 
@@ -186,8 +190,7 @@ std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const Connection& connec
     HttpRequest& request = connection.exchange->request;
     auto answer = std::make_shared<PendingAnswer>(mhd, connection.loop);
     const auto fail = [&](const char* what) {
-        report(options_.on_failure, request.peer + ' ' + in_quotes(request.method) + ' ' +
-                                        in_quotes(request.path) + ": " + what);
+        report_failure(request, what);
         answer->give_up(500, "Internal error", what);
     };
     // This copy lasts until an exception is reported: unwinding destroys the handler's copy first.
@@ -200,6 +203,16 @@ std::shared_ptr<PendingAnswer> RequestFlow::ask_handler(const Connection& connec
         fail("an exception of unknown type");
     }
     return answer;
+}
+
+void RequestFlow::report_failure(const HttpRequest& request, const char* what) const noexcept
+{
+    try {
+        report(options_.on_failure, request.peer + ' ' + in_quotes(request.method) + ' ' +
+                                        in_quotes(request.path) + ": " + what);
+    } catch (...) {
+        return; // no memory for that
+    }
 }
 
 MHD_Result RequestFlow::send(Connection& connection, MHD_Connection* mhd, HttpResponse response)
@@ -225,8 +238,60 @@ MHD_Result RequestFlow::hand_over(Connection& connection, MHD_Connection* mhd,
                                   HttpResponse response, AfterAnswer after)
 {
     connection.set_deadline(options_.answer_deadline);
-    connection.exchange->status = queue_response(mhd, std::move(response), after);
-    return connection.exchange->status == 0 ? MHD_NO : MHD_YES;
+    Exchange& exchange = *connection.exchange;
+    if (response.stream) {
+        if (!exchange.is_head)
+            start_stream(connection, mhd, std::move(response.stream));
+        const auto read = [this, &connection](char* to, std::size_t most) {
+            return read_stream(connection, to, most);
+        };
+        exchange.status = queue_stream(mhd, response, read, after);
+    } else {
+        exchange.status = queue_response(mhd, std::move(response), after);
+    }
+    return exchange.status == 0 ? MHD_NO : MHD_YES;
+}
+
+void RequestFlow::start_stream(Connection& connection, MHD_Connection* mhd,
+                               std::shared_ptr<HttpStream> stream)
+{
+    std::shared_ptr<StreamedAnswer>& answer = connection.exchange->stream;
+    answer = std::make_shared<StreamedAnswer>(std::move(stream), mhd, connection.loop);
+    connections_.expect_stream(connection, answer);
+}
+
+ssize_t RequestFlow::read_stream(Connection& connection, char* to, std::size_t most) noexcept
+{
+    try {
+        return next_bytes(connection, to, most);
+    } catch (const std::exception& error) {
+        report_failure(connection.exchange->request, error.what());
+    } catch (...) {
+        report_failure(connection.exchange->request, "an exception of unknown type");
+    }
+    return MHD_CONTENT_READER_END_WITH_ERROR;
+}
+
+// libmicrohttpd asks for more when the system has accepted all that it got before.
+ssize_t RequestFlow::next_bytes(Connection& connection, char* to, std::size_t most)
+{
+    StreamedAnswer* const stream = connection.exchange->stream.get();
+    if (stream == nullptr || stream->is_ending())
+        return MHD_CONTENT_READER_END_OF_STREAM;
+    if (stream->left() == 0) {
+        give_back_memory(connection);
+        connection.set_deadline(options_.answer_deadline);
+        const StreamedAnswer::Next next = stream->ask();
+        if (next == StreamedAnswer::Next::end)
+            return MHD_CONTENT_READER_END_OF_STREAM;
+        if (next == StreamedAnswer::Next::later) {
+            connection.clear_deadline(); // the client has read all that there was
+            return 0;
+        }
+        if (!take_memory(connection, stream->left()))
+            throw std::runtime_error("too many answers wait to be read");
+    }
+    return static_cast<ssize_t>(stream->take(to, most));
 }
 
 void RequestFlow::end(Connection& connection, MHD_RequestTerminationCode how)
@@ -238,13 +303,17 @@ void RequestFlow::end(Connection& connection, MHD_RequestTerminationCode how)
             exchange->answer->end();
         if (exchange->is_late)
             connections_.forget_late_answer(connection);
+        if (exchange->stream)
+            connections_.forget_stream(connection);
         if (options_.on_request) {
             HttpRequest& request = exchange->request;
+            // That its client goes is how a stream usually ends.
+            const bool answered = how == MHD_REQUEST_TERMINATED_COMPLETED_OK || exchange->stream;
             const auto duration = std::chrono::steady_clock::now() - exchange->begin;
             report(options_.on_request,
                    HttpAccess{exchange->is_head ? MHD_HTTP_METHOD_HEAD : std::move(request.method),
                               std::move(request.path), std::move(request.peer), request.route,
-                              how == MHD_REQUEST_TERMINATED_COMPLETED_OK ? exchange->status : 0,
+                              answered ? exchange->status : 0,
                               std::chrono::duration_cast<std::chrono::microseconds>(duration)});
         }
     }

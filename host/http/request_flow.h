@@ -9,6 +9,7 @@
 #include <utility>
 
 #include <microhttpd.h>
+#include <sys/types.h>
 
 #include "http/connection_table.h"
 #include "http/exchange.h"
@@ -17,6 +18,7 @@
 #include "http/pending_answer.h"
 #include "http/queue_response.h"
 #include "http/server.h"
+#include "http/stream.h"
 
 namespace nmos_instrument::host {
 
@@ -54,6 +56,11 @@ private:
     MHD_Result send_last(Connection& connection, MHD_Connection* mhd, HttpResponse response);
     MHD_Result hand_over(Connection& connection, MHD_Connection* mhd, HttpResponse response,
                          AfterAnswer after);
+    void start_stream(Connection& connection, MHD_Connection* mhd,
+                      std::shared_ptr<HttpStream> stream);
+    ssize_t read_stream(Connection& connection, char* to, std::size_t most) noexcept;
+    ssize_t next_bytes(Connection& connection, char* to, std::size_t most);
+    void report_failure(const HttpRequest& request, const char* what) const noexcept;
     HttpResponse too_long() const;
 
     bool take_memory(Connection& connection, std::size_t bytes);

@@ -159,6 +159,7 @@ void HttpServer::Daemon::stop()
     // Quiescing libmicrohttpd would race with its own threads over the listening socket and might
     // abort the process, so new connections are refused instead.
     stopping_ = true;
+    connections_.end_streams();
     const auto end = std::chrono::steady_clock::now() + options_.stop_deadline;
     do
         connections_.end_idle();
@@ -177,8 +178,10 @@ void HttpServer::Daemon::stop()
 
 void HttpServer::Daemon::watch()
 {
-    while (connections_.wait_for_next_look(watch_interval()))
+    while (connections_.wait_for_next_look(watch_interval())) {
         connections_.end_overdue();
+        connections_.ask_streams();
+    }
 }
 
 milliseconds HttpServer::Daemon::watch_interval() const

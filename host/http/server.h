@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// An HTTP/1.1 server around libmicrohttpd: complete requests in, complete answers out.
+// An HTTP/1.1 server around libmicrohttpd: complete requests in, complete answers out, or answers that
+// go on (HttpStream).
 //
 //     HttpServer server(options, [](const HttpRequest& request, HttpReply reply) {
 //         reply(HttpResponse{.body = "[\"self/\"]"});
@@ -41,7 +42,7 @@ struct HttpAccess
     std::string path;   ///< as in HttpRequest
     std::string peer;
     std::size_t route; ///< as the handler noted it; 0 if it was not asked
-    int status;        ///< 0 if the client went away before its answer
+    int status;        ///< 0 if the client went away before its answer; a stream has one when it has begun
     std::chrono::microseconds
         duration; ///< from the end of the headers to the last byte handed over
 };
@@ -76,7 +77,8 @@ struct HttpServerOptions
     std::chrono::milliseconds header_deadline{
         10'000};                                     ///< connected, or request line, to header end
     std::chrono::milliseconds body_deadline{30'000}; ///< header end to body end
-    std::chrono::milliseconds answer_deadline{30'000}; ///< reply to the last byte accepted
+    std::chrono::milliseconds answer_deadline{
+        30'000}; ///< reply to the last byte accepted; of a stream, each piece has as long
     std::chrono::milliseconds idle_deadline{30'000};   ///< answer to the next request line
 
     /// How long stop() waits for running requests before it answers them with 503.
@@ -110,7 +112,7 @@ public:
     /// The option, or less if the system allows fewer open files.
     unsigned connection_limit() const;
 
-    /// Accepts nothing more, closes idle connections, finishes running requests within the stop
+    /// Accepts nothing more, ends streams at once, closes idle connections, finishes running requests within the stop
     /// deadline and closes the rest. When it returns, no handler runs and none will. Further calls
     /// do nothing. A handler or a callback must not call it: it waits for their threads.
     void stop();

@@ -70,6 +70,12 @@ public:
     const ResourceIndex& index() const { return index_; }
     const Conformance& conformance() const { return conformance_; }
 
+    /// Which SDP files the receiver at this position takes. It never changes.
+    const SdpReceiver& sdp_receiver(std::size_t receiver) const
+    {
+        return facts_.at({Side::receiver, receiver}).sdp;
+    }
+
     /// Calls `reader` with the records, under the lock. It must not change them: the reference is
     /// not const only because the library's operations take pointers that are not.
     template <class Reader>

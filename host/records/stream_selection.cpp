@@ -33,6 +33,33 @@ StreamSelection selection_of(const StreamSettings& streams)
     return selection;
 }
 
+const char* why_sender_is_hidden(const StreamSettings& streams, std::size_t sender)
+{
+    if (essence_of_sender(sender) != Essence::video)
+        return streams.sender_essences == Essences::video_only
+                   ? R"(streams.sender_essences is "video only": only senders of video)"
+                   : nullptr;
+    const bool is_of_stream_1 = sender == 0;
+    return streams.senders == SenderStreams::stream_1 && !is_of_stream_1
+               ? R"(streams.senders is "stream 1": of the video senders only that of stream 1)"
+               : nullptr;
+}
+
+const char* why_receiver_is_hidden(const StreamSettings& streams, std::size_t receiver)
+{
+    const Essence essence = essence_of_receiver(receiver);
+    if (essence != Essence::video && streams.receiver_essences == Essences::video_only)
+        return R"(streams.receiver_essences is "video only": only receivers of video)";
+    if (essence != Essence::audio)
+        return nullptr;
+    const std::size_t group = (receiver - first_audio_receiver) % audio_group_count;
+    if (streams.audio_groups == AudioGroups::g1 && group > 0)
+        return "streams.audio_groups is 1: only group G1";
+    if (streams.audio_groups == AudioGroups::g1_and_g2 && group > 1)
+        return "streams.audio_groups is 2: only groups G1 and G2";
+    return nullptr;
+}
+
 bool StreamSelection::shows_sender(std::size_t sender) const
 {
     return Nmos().is_insert_node_senders(sender_filter,

@@ -27,6 +27,11 @@ struct StreamSelection
 
 StreamSelection selection_of(const StreamSettings& streams);
 
+/// The setting that hides the sender or receiver at this position, and what it leaves, like
+/// "streams.audio_groups is 1: only group G1"; null if the node shows it.
+const char* why_sender_is_hidden(const StreamSettings& streams, std::size_t sender);
+const char* why_receiver_is_hidden(const StreamSettings& streams, std::size_t receiver);
+
 } // namespace nmos_instrument::host
 
 #endif

@@ -21,6 +21,7 @@
 #include "http/server.h"
 #include "records/fill_records.h"
 #include "routes/services.h"
+#include "routes/static_file.h"
 
 namespace nmos_instrument::host {
 
@@ -33,6 +34,10 @@ using CorrectText = std::string (Conformance::*)(std::string text) const;
 
 /// An answer that is not just such a text.
 using MakeResponse = HttpResponse (*)(const Services& services, std::size_t index);
+
+/// An answer that depends on more than the path. Nothing changes by it.
+using AnswerRequest = HttpResponse (*)(const Services& services, std::size_t index,
+                                       const HttpRequest& request);
 
 struct JsonRequest
 {
@@ -49,7 +54,7 @@ struct Route
 {
     std::string_view method; ///< "GET" stands for HEAD too
     std::string_view path;   ///< without a slash at its end; may hold one of route_table.cpp's ids
-    std::variant<MakeText, MakeResponse, TakeJson> function;
+    std::variant<MakeText, MakeResponse, AnswerRequest, const StaticFile*, TakeJson> function;
     CorrectText correct = nullptr; ///< of MakeText; null: the library's text is served unchanged
 };
 

@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include "http/error_response.h"
+#include "routes/asks_for_html.h"
 #include "routes/change_response.h"
 #include "routes/routes.h"
 #include "text/ascii.h"
@@ -83,7 +84,9 @@ HttpResponse not_allowed(const std::string& method, const std::string& allowed)
 
 } // namespace
 
-Router::Router(const Services& services) : services_(services), routes_(all_routes()) {}
+Router::Router(const Services& services, const BrowserPage& page)
+    : services_(services), page_(page.root), routes_(all_routes(page.files))
+{}
 
 void Router::handle(HttpRequest& request, const HttpReply& reply) const
 {
@@ -116,7 +119,20 @@ void Router::handle(HttpRequest& request, const HttpReply& reply) const
         reply(not_allowed(request.method, list_of(found.routes, false)));
         return;
     }
-    answer(*route, match->index, request, reply);
+    if (page_ != nullptr && route->path == "/")
+        reply(answer_at_root(*route, request));
+    else
+        answer(*route, match->index, request, reply);
+}
+
+HttpResponse Router::answer_at_root(const Route& listing, const HttpRequest& request) const
+{
+    HttpResponse response =
+        asks_for_html(request.accept)
+            ? file_response(*page_, request.if_none_match)
+            : json_response(text_of(listing, std::get<MakeText>(listing.function), 0));
+    response.headers.emplace_back("Vary", "Accept"); // for caches, RFC 9110 12.5.5
+    return response;
 }
 
 std::string Router::text_of(const Route& route, MakeText make_text, std::size_t index) const
@@ -137,6 +153,14 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
     }
     if (const MakeResponse* const make_response = std::get_if<MakeResponse>(&route.function)) {
         reply((*make_response)(services_, index));
+        return;
+    }
+    if (const AnswerRequest* const answer_request = std::get_if<AnswerRequest>(&route.function)) {
+        reply((*answer_request)(services_, index, request));
+        return;
+    }
+    if (const StaticFile* const* const file = std::get_if<const StaticFile*>(&route.function)) {
+        reply(file_response(**file, request.if_none_match));
         return;
     }
     // All other routes change something.

@@ -4,13 +4,22 @@
 #define NMOS_INSTRUMENT_HOST_ROUTES_ROUTER_H
 
 #include <cstddef>
+#include <span>
 #include <string>
 
 #include "http/server.h"
 #include "routes/route_table.h"
 #include "routes/services.h"
+#include "routes/static_file.h"
 
 namespace nmos_instrument::host {
+
+/// What a program shows to browsers.
+struct BrowserPage
+{
+    std::span<const Route> files{};   ///< must outlive the router
+    const StaticFile* root = nullptr; ///< at "/", in place of the listing; null: there is no page
+};
 
 /// Finds the route of a request and answers it. These rules hold for all paths:
 ///
@@ -22,19 +31,22 @@ namespace nmos_instrument::host {
 /// - A change by a client that may not change anything is a 403, before its body is looked at.
 /// - A body whose media type is not JSON is a 415; without a type it counts as JSON. A body that is
 ///   not JSON is a 400, which says where the error is.
+/// - If there is a page, a client that names HTML in Accept gets it at "/".
 class Router
 {
 public:
-    explicit Router(const Services& services);
+    explicit Router(const Services& services, const BrowserPage& page = {});
 
     void handle(HttpRequest& request, const HttpReply& reply) const;
 
 private:
     void answer(const Route& route, std::size_t index, const HttpRequest& request,
                 const HttpReply& reply) const;
+    HttpResponse answer_at_root(const Route& listing, const HttpRequest& request) const;
     std::string text_of(const Route& route, MakeText make_text, std::size_t index) const;
 
     Services services_;
+    const StaticFile* const page_;
     RouteTable routes_;
 };
 

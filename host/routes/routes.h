@@ -24,10 +24,20 @@ std::span<const Route> connection_routes();
 /// "/healthz" and "/status", for the people who operate the instrument.
 std::span<const Route> status_routes();
 
+/// "/events", for pages that show the instrument.
+std::span<const Route> event_routes();
+
+/// "/layout", for whoever shows the whole instrument.
+std::span<const Route> layout_routes();
+
+/// "/check-sdp", for whoever has an SDP file.
+std::span<const Route> check_sdp_routes();
+
 /// "/metrics", for the programs that watch it.
 std::span<const Route> metrics_routes();
 
-RouteTable all_routes();
+/// Those, and `more`, which must outlive the table.
+RouteTable all_routes(std::span<const Route> more = {});
 
 } // namespace nmos_instrument::host
 

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "advertisement/advertisement.h"
+#include "events/event_feed.h"
 #include "http/manifest_fetcher.h"
 #include "http/server.h"
 #include "instrument/instrument.h"
@@ -30,6 +31,7 @@ struct Services
     ChangePermission permission;
     std::function<RegistrationStatus()> registration{};   ///< empty: there is none
     std::function<AdvertisementStatus()> advertisement{}; ///< likewise
+    EventFeed* events = nullptr;                          ///< null: there are none
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
 };
 

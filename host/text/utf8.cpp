@@ -17,4 +17,11 @@ bool is_utf8(const std::string& text)
     }
 }
 
+std::string with_valid_utf8(const std::string& text)
+{
+    using nlohmann::json;
+    const std::string replaced = json(text).dump(-1, ' ', false, json::error_handler_t::replace);
+    return json::parse(replaced).get<std::string>();
+}
+
 } // namespace nmos_instrument::host

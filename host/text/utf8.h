@@ -9,6 +9,9 @@ namespace nmos_instrument::host {
 
 bool is_utf8(const std::string& text);
 
+/// `text` with U+FFFD in place of bytes that are not UTF-8.
+std::string with_valid_utf8(const std::string& text);
+
 } // namespace nmos_instrument::host
 
 #endif

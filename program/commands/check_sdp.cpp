@@ -72,7 +72,7 @@ bool can_be_asked(const OfferedReceivers& receivers, std::optional<host::Essence
     std::vector<host::Essence> shown;
     std::copy_if(receiver_kinds.begin(), receiver_kinds.end(), std::back_inserter(shown),
                  [&](host::Essence other) { return receivers.are_shown(other); });
-    std::cerr << "--receiver: " << refusal_of(name_of(*kind), host::word_list(shown, name_of))
+    std::cerr << "--receiver: " << refusal_of(name_of(*kind), host::word_list(shown, host::name_of))
               << ": the configuration shows no other receivers\n";
     return false;
 }

@@ -55,19 +55,6 @@ Essence first_kind(const std::string& sdp)
 
 } // namespace
 
-const char* name_of(Essence essence)
-{
-    switch (essence) {
-    case Essence::audio:
-        return "audio";
-    case Essence::ancillary:
-        return "ancillary";
-    case Essence::video:
-        break;
-    }
-    return "video";
-}
-
 OfferedReceivers::OfferedReceivers(const host::Configuration& configuration)
 {
     // What a receiver takes does not depend on the clock.

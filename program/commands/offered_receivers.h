@@ -19,9 +19,6 @@ namespace nmos_instrument::program {
 constexpr std::array<host::Essence, 3> receiver_kinds = {host::Essence::video, host::Essence::audio,
                                                          host::Essence::ancillary};
 
-/// "video", "audio" or "ancillary".
-const char* name_of(host::Essence essence);
-
 /// What the receivers of one kind make of a file.
 struct OfferedFile
 {

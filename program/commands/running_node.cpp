@@ -10,7 +10,9 @@
 #include <spdlog/spdlog.h>
 
 #include "http/manifest_hosts.h"
+#include "panel/panel.h"
 #include "routes/routes.h"
+#include "routes/watched_paths.h"
 #include "text/ipv4_address.h"
 #include "text/ipv4_network.h"
 #include "text/quoted_text.h"
@@ -51,6 +53,11 @@ host::ManifestHosts manifest_hosts(const ServeOptions& options,
     return hosts;
 }
 
+host::BrowserPage page(const ServeOptions& options)
+{
+    return options.no_panel ? host::BrowserPage() : panel();
+}
+
 } // namespace
 
 RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket socket,
@@ -58,11 +65,12 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
     : instrument_(instrument),
       state_file_(state_file),
       options_(options),
-      request_counts_(host::all_routes().paths()),
+      request_counts_(host::all_routes(page(options).files).paths()),
       advertisement_(instrument, instrument.configuration().advertisement),
       activations_(instrument),
       manifests_(http_client_,
-                 manifest_hosts(options, instrument.configuration(), instrument.address().host))
+                 manifest_hosts(options, instrument.configuration(), instrument.address().host)),
+      events_(host::watched_paths(instrument), [this](const std::string& path) { return read(path); })
 {
     const host::RegistrationSettings& registration = instrument.configuration().registration;
     if (registration.enabled) {
@@ -76,7 +84,7 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
         advertisement_.has_registry(false);
     }
     listen_to_instrument();
-    router_.emplace(services());
+    router_.emplace(services(), page(options));
     server_.emplace(std::move(socket), server_options(options, client_log_, request_counts_),
                     [this](host::HttpRequest& request, const host::HttpReply& reply) {
                         router_->handle(request, reply);
@@ -120,7 +128,22 @@ host::Services RunningNode::services()
     if (registration_)
         services.registration = [this] { return registration_->status(); };
     services.advertisement = [this] { return advertisement_.status(); };
+    services.events = &events_;
     return services;
+}
+
+/// Every path that is watched is answered at once.
+std::optional<std::string> RunningNode::read(const std::string& path) const
+{
+    host::HttpRequest request;
+    request.method = "GET";
+    request.path = path;
+    std::optional<std::string> text;
+    router_->handle(request, [&text](host::HttpResponse response) {
+        if (response.status == 200)
+            text = std::move(response.body);
+    });
+    return text;
 }
 
 } // namespace nmos_instrument::program

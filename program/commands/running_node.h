@@ -8,6 +8,7 @@
 
 #include "advertisement/advertisement.h"
 #include "commands/serve_options.h"
+#include "events/event_feed.h"
 #include "http/client.h"
 #include "http/listening_socket.h"
 #include "http/manifest_fetcher.h"
@@ -47,6 +48,7 @@ public:
 private:
     void listen_to_instrument();
     host::Services services();
+    std::optional<std::string> read(const std::string& path) const;
 
     host::Instrument& instrument_;
     host::StateFile* const state_file_;
@@ -59,6 +61,7 @@ private:
     std::optional<host::RegistrationClient> registration_;
     host::ActivationThread activations_;
     host::ManifestFetcher manifests_;
+    host::EventFeed events_;
     std::optional<host::Router> router_;
     std::optional<host::HttpServer>
         server_; ///< last, so that it stops before what it uses goes away

@@ -2,66 +2,25 @@
 
 #include "commands/sdp_format.h"
 
-#include <algorithm>
-#include <string_view>
-
 #include <nlohmann/json.hpp>
 
 #include "commands/report_values.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::program {
-namespace {
 
-/// The leading integer of a text, as strtol reads it; empty if there is none.
-std::string leading_number(std::string_view text)
+void print_format(const std::vector<host::FormatValue>& format, std::ostream& out)
 {
-    std::size_t begin = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
-    std::size_t digits = begin;
-    if (digits < text.size() && (text[digits] == '-' || text[digits] == '+'))
-        ++digits;
-    const std::size_t end = std::min(text.find_first_not_of("0123456789", digits), text.size());
-    if (end == digits)
-        return "";
-    if (text[begin] == '+')
-        ++begin;
-    return std::string(text.substr(begin, end - begin));
-}
-
-std::string with_scan(const std::string& text, bool interlaced)
-{
-    return text.empty() || !interlaced ? text : text + " interlaced";
-}
-
-} // namespace
-
-std::vector<FormatValue> format_values(const sdp_str& found)
-{
-    const std::string size = found.width.empty() ? "" : found.width + 'x' + found.height;
-    return {
-        {"payload_type", "payload type", leading_number(found.rtp_payload_type)},
-        {"sampling", "sampling", found.sampling},
-        {"depth", "depth", found.depth},
-        {"size", "size", with_scan(size, found.size_interlaced != 0)},
-        {"frame_rate", "frame rate", with_scan(found.exactframerate, found.rate_interlaced != 0)},
-        {"colorimetry", "colorimetry", found.colorimetry},
-        {"transfer_characteristic", "TCS", found.tcs},
-        {"packing_mode", "packing mode", found.packing_mode},
-    };
-}
-
-void print_format(const std::vector<FormatValue>& format, std::ostream& out)
-{
-    for (const FormatValue& found : format) {
+    for (const host::FormatValue& found : format) {
         if (!found.value.empty())
             out << "  " << padded(found.title, 15) << host::printable(found.value) << '\n';
     }
 }
 
-nlohmann::ordered_json format_as_json(const std::vector<FormatValue>& format)
+nlohmann::ordered_json format_as_json(const std::vector<host::FormatValue>& format)
 {
     nlohmann::ordered_json object;
-    for (const FormatValue& found : format)
+    for (const host::FormatValue& found : format)
         object[found.key] = or_null(found.value);
     return object;
 }

@@ -9,13 +9,13 @@
 
 #include "commands/report_values.h"
 #include "commands/sdp_format.h"
+#include "sdp/reading_report.h"
 #include "text/quoted_text.h"
 
 namespace nmos_instrument::program {
 namespace {
 
 using host::printable;
-using nlohmann::ordered_json;
 
 bool is_error(const host::SdpFinding& finding)
 {
@@ -65,50 +65,10 @@ std::string as_text(const OfferedFile& offered, const host::Configuration& confi
     out << "  receiver       " << name_of(offered.receiver) << '\n';
     if (!reading.origin.empty())
         out << "  origin         " << printable(reading.origin) << '\n';
-    print_format(format_values(reading.format), out);
+    print_format(host::format_values(reading.format), out);
     for (const std::string& hint : offered.hints)
         out << "  hint: " << hint << '\n';
     return out.str();
-}
-
-ordered_json as_json(const host::SdpFinding& finding)
-{
-    return {{"line", line_or_null(finding.line)},
-            {"code", host::code_text(finding.code)},
-            {"severity", is_error(finding) ? "error" : "warning"},
-            {"text", finding.found},
-            {"allowed", or_null(finding.allowed)}};
-}
-
-ordered_json as_json(std::size_t number, const host::SdpLeg& leg,
-                     const host::MediaInterface& interface)
-{
-    return {{"leg", number},
-            {"address", leg.address},
-            {"multicast", leg.multicast},
-            {"source", or_null(leg.source)},
-            {"port", leg.port},
-            {"line", leg.line},
-            {"interface", {{"name", interface.name}, {"address", interface.address}}}};
-}
-
-ordered_json as_json(const OfferedFile& offered, const host::Configuration& configuration)
-{
-    const host::SdpReading& reading = offered.reading;
-    ordered_json object = {{"receiver", name_of(offered.receiver)},
-                           {"findings", ordered_json::array()},
-                           {"more_findings", reading.findings.left_out()},
-                           {"legs", ordered_json::array()},
-                           {"origin", or_null(reading.origin)},
-                           {"format", format_as_json(format_values(reading.format))},
-                           {"hints", offered.hints}};
-    for (const host::SdpFinding& finding : reading.findings.shown())
-        object["findings"].push_back(as_json(finding));
-    for (std::size_t i = 0; i < host::leg_count; ++i) {
-        if (const std::optional<host::SdpLeg>& leg = reading.legs[i])
-            object["legs"].push_back(as_json(i + 1, *leg, configuration.interfaces[i]));
-    }
-    return object;
 }
 
 } // namespace
@@ -116,7 +76,8 @@ ordered_json as_json(const OfferedFile& offered, const host::Configuration& conf
 SdpJudgement report_on(const OfferedFile& offered, const host::Configuration& configuration)
 {
     return {offered.reading.taken(), as_text(offered, configuration),
-            as_json(offered, configuration)};
+            nlohmann::ordered_json::parse(host::reading_report(
+                {offered.reading, offered.receiver, configuration.interfaces, offered.hints}))};
 }
 
 } // namespace nmos_instrument::program

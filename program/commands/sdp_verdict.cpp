@@ -111,7 +111,7 @@ void take_over(const sdp_str& found, SdpVerdict& verdict)
 {
     for (std::size_t i = 0; i < verdict.legs.size(); ++i)
         verdict.legs[i] = {found.source_ip[i], found.multicast_ip[i], found.destination_port[i]};
-    verdict.format = format_values(found);
+    verdict.format = host::format_values(found);
 }
 
 /// The parser has nothing to say against such a file, since it complains about values only.

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "commands/sdp_format.h"
 #include "configuration/video_format.h"
+#include "sdp/format_values.h"
 
 namespace nmos_instrument::program {
 
@@ -41,7 +41,7 @@ struct SdpVerdict
     std::vector<SdpMessage> messages; ///< of the parser, in its order
     std::string cause;            ///< why the file was not read to its end, or at all; else empty
     std::array<FoundLeg, 2> legs; ///< primary, secondary
-    std::vector<FormatValue> format;
+    std::vector<host::FormatValue> format;
     std::vector<std::string> hints; ///< worth knowing whatever the verdict
 };
 

@@ -58,6 +58,8 @@ void ServeOptions::add_to(CLI::App& command)
     command.add_flag("--as-is", as_is,
                      "serve the texts of the library unchanged, even where IS-04, IS-05 or the "
                      "standards for SDP files ask for something else");
+    command.add_flag("--no-panel", no_panel,
+                     "do not show browsers the page that operates the instrument");
     command.add_flag("--read-only", changes.read_only,
                      "refuse every change of a connection with 403");
     add_network_option(command, "--allow", changes.clients,

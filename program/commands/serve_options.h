@@ -42,6 +42,7 @@ struct ServeOptions
     unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
     host::ChangePermission changes;
     bool as_is = false;
+    bool no_panel = false;
     std::string log_level = "info";
 
     /// `command` keeps references to this object.

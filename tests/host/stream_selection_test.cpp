@@ -76,5 +76,33 @@ TEST(StreamSelection, VideoOnlyLeavesTheVideoReceivers)
     }
 }
 
+/// Every combination of the settings.
+std::vector<StreamSettings> all_settings()
+{
+    std::vector<StreamSettings> all;
+    for (const SenderStreams senders : {SenderStreams::all, SenderStreams::stream_1})
+        for (const Essences sent : {Essences::all, Essences::video_only})
+            for (const Essences received : {Essences::all, Essences::video_only})
+                for (const AudioGroups groups :
+                     {AudioGroups::g1, AudioGroups::g1_and_g2, AudioGroups::all_four})
+                    all.push_back({senders, sent, received, groups});
+    return all;
+}
+
+TEST(StreamSelection, WhatIsNotShownHasAReasonAndNothingElse)
+{
+    for (const StreamSettings& streams : all_settings()) {
+        const StreamSelection selection = selection_of(streams);
+        for (std::size_t i = 0; i < receiver_count; ++i)
+            EXPECT_EQ(why_receiver_is_hidden(streams, i) == nullptr, selection.shows_receiver(i));
+        for (std::size_t i = 0; i < audio_sender; ++i)
+            EXPECT_EQ(why_sender_is_hidden(streams, i) == nullptr, selection.shows_sender(i));
+        // Without them there are no records, so there is nothing to select.
+        for (const std::size_t i : {audio_sender, ancillary_sender})
+            EXPECT_EQ(why_sender_is_hidden(streams, i) == nullptr,
+                      streams.sender_essences == Essences::all);
+    }
+}
+
 } // namespace
 } // namespace nmos_instrument::host

@@ -128,7 +128,8 @@ TEST(CheckSdp, ReportsAsJson)
             {
                 "file": "UNICAST", "verdict": "taken", "receiver": "audio",
                 "findings": [
-                    { "line": 2, "code": "SDP009", "severity": "warning",
+                    { "line": 2, "code": "SDP009", "title": "There is an empty line",
+                      "severity": "warning",
                       "text": "an empty line", "allowed": null }
                 ],
                 "more_findings": 0,

@@ -32,7 +32,7 @@ std::vector<std::string> messages_of(const SdpVerdict& verdict)
 
 std::string value_of(const SdpVerdict& verdict, const std::string& key)
 {
-    for (const FormatValue& found : verdict.format) {
+    for (const host::FormatValue& found : verdict.format) {
         if (found.key == key)
             return found.value;
     }

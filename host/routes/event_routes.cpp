@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "events/event_feed.h"
+#include "http/error_response.h"
+#include "routes/routes.h"
+
+namespace nmos_instrument::host {
+namespace {
+
+HttpResponse events(const Services& services, std::size_t)
+{
+    std::shared_ptr<HttpStream> stream =
+        services.events == nullptr ? nullptr : services.events->watch();
+    if (!stream)
+        return error_response(503, "Too many watchers",
+                              "at most " + std::to_string(EventFeed::most_watchers) + " at once");
+    HttpResponse response;
+    response.content_type = "text/event-stream";
+    response.headers = {{"Cache-Control", "no-store"}};
+    response.stream = std::move(stream);
+    return response;
+}
+
+constexpr Route table[] = {
+    {"GET", "/events", events},
+};
+
+} // namespace
+
+std::span<const Route> event_routes()
+{
+    return table;
+}
+
+} // namespace nmos_instrument::host

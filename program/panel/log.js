@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What is going to happen, and what has happened: scheduled activations, activations, refusals.
+
+import {keepChildren, make, setText} from "./dom.js";
+import {localTime, taiOf} from "./tai.js";
+import {texts} from "./texts.js";
+
+/// Everything that the instrument remembers, newest first.
+function happenings(status) {
+  const of = (kind, list, time, what) => (list ?? []).map(one => ({...one, kind, time: one[time], what: one[what]}));
+  return [
+    ...of("activation", status.last_activations, "done", "resource"),
+    ...of("failure", status.last_failures, "done", "resource"),
+    ...of("refusal", status.last_refusals, "time", "what"),
+  ].sort((left, right) => taiOf(right.time) - taiOf(left.time));
+}
+
+const times = tai => [make("time", localTime(taiOf(tai))), make("span.tai", texts.tai(tai))];
+
+/// What the page calls "receivers/<id>".
+const named = (model, resource) =>
+  make("b", {dir: "auto"}, model.resource(...resource.split("/"))?.label ?? resource);
+
+function happened(model, one) {
+  const reasons = (one.debug ?? one.why ?? "").split("\n").filter(line => line);
+  return make("li", {"data-kind": one.kind}, times(one.time),
+    make("div",
+      make("p", make("span.lamp", texts.happened[one.kind]), " ", named(model, one.what), " ", texts.details[one.kind](one)),
+      reasons.map(reason => make("p.reason", {dir: "auto"}, reason))));
+}
+
+export class Log {
+  #scheduled = make("ul", {id: "scheduled"});
+  #list = make("ol", {id: "log", tabindex: 0});
+  #told;
+
+  /// `told.cancel(side, id)` cancels what is scheduled.
+  constructor(parent, told) {
+    this.#told = told;
+    const section = (heading, list, empty) =>
+      make("section", {"aria-label": heading}, make("h2", heading), list, make("p.empty", empty));
+    parent.append(section(texts.scheduledActivations, this.#scheduled, texts.nothingScheduled),
+                  section(texts.activationsAndRefusals, this.#list, texts.nothingHappened));
+  }
+
+  update(model, now) {
+    const pending = model.status.pending_activations;
+    keepChildren(this.#scheduled, pending, one => one.resource + one.due, one => this.#pending(model, one));
+    pending.forEach((one, i) =>
+      setText(this.#scheduled.children[i].firstElementChild, texts.inTime(taiOf(one.due) - now)));
+    keepChildren(this.#list, happenings(model.status), one => one.kind + one.time + one.what, one => happened(model, one));
+  }
+
+  #pending(model, {resource, due}) {
+    const name = named(model, resource);
+    return make("li", make("span.countdown"), times(due), name,
+      make("button", {
+        type: "button",
+        "aria-label": texts.cancelOf(name.textContent),
+        onclick: () => this.#told.cancel(...resource.split("/")),
+      }, texts.cancelActivation));
+  }
+}

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NMOS_INSTRUMENT_PROGRAM_PANEL_PANEL_H
+#define NMOS_INSTRUMENT_PROGRAM_PANEL_PANEL_H
+
+#include "routes/router.h"
+
+namespace nmos_instrument::program {
+
+/// The page that shows and operates the instrument, and its files at "/panel/". The build makes the
+/// source of it, see embed_files.cmake.
+host::BrowserPage panel();
+
+} // namespace nmos_instrument::program
+
+#endif

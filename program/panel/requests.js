@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The page's requests to the instrument, each of which can be shown as a line for a shell.
+
+import {make, setAttribute} from "./dom.js";
+import {texts} from "./texts.js";
+
+const most = 50; // that are shown
+const list = make("ol");
+
+/// In single quotes everything stands for itself but the quote.
+const quoted = text => `'${text.replaceAll("'", "'\\''")}'`;
+
+function curlLine(method, path, type, body) {
+  const url = quoted(location.origin + path);
+  if (method === "GET")
+    return `curl ${url}`;
+  return `curl -X ${method} -H ${quoted(`Content-Type: ${type}`)} --data-binary ${quoted(body)} ${url}`;
+}
+
+function note(line) {
+  list.append(make("li", make("code", line)));
+  if (list.children.length > most)
+    list.firstElementChild.remove();
+  list.parentElement?.scrollTo(0, list.scrollHeight);
+}
+
+/// {ok, status, body}: the body as JSON, or as text if it is none. An instrument that does not answer
+/// has the status 0.
+export async function request(method, path, body, type = "application/json") {
+  const text = typeof body === "object" ? JSON.stringify(body) : body;
+  note(curlLine(method, path, type, text));
+  try {
+    const headers = text === undefined ? {} : {"Content-Type": type};
+    const answer = await fetch(path, {method, body: text, headers});
+    const isJson = answer.headers.get("Content-Type") === "application/json";
+    return {ok: answer.ok, status: answer.status, body: await (isJson ? answer.json() : answer.text())};
+  } catch {
+    return {ok: false, status: 0, body: {error: texts.noAnswer, debug: null}};
+  }
+}
+
+/// The switch and the list.
+export function showRequestsIn(footer) {
+  const region = make("section", {"aria-label": texts.requests, hidden: true, tabindex: 0}, list);
+  const toggle = make("input", {type: "checkbox", onchange: () => setAttribute(region, "hidden", !toggle.checked)});
+  footer.append(make("label", toggle, texts.showRequests), region);
+  note(`curl -N ${quoted(`${location.origin}/events`)}`);
+}
