@@ -6,6 +6,7 @@
 const assert = require("node:assert/strict");
 const {test} = require("node:test");
 const axe = require("axe-core");
+const {SINGLE} = require("./support/instrument");
 const {closePanel, dialogOf, entryOf, field, openDialog, openPanel, shared} = require("./support/panel");
 const {twoLegs} = require("./support/sdp_files");
 
@@ -44,7 +45,7 @@ for (const colorScheme of ["light", "dark"]) {
       await it.instrument.patch(`receivers/${receiver}`, {transport_params: [{destination_port: 6000}, {}]});
       await it.instrument.patch(`receivers/${other}`, {activation: {mode: null}});
       await it.instrument.patch(`receivers/${other}`, {master_enable: true, activation: soon});
-      await it.instrument.request("PATCH", `/x-nmos/connection/v1.0/single/senders/${sender}/staged`, "[]");
+      await it.instrument.request("PATCH", `${SINGLE}/senders/${sender}/staged`, "[]");
       const page = await openPanel(it.browser, it.instrument, {width, colorScheme, reducedMotion: "reduce"});
       await page.locator('#log li[data-kind="refusal"]').first().waitFor();
       await page.locator("#scheduled li").first().waitFor();
@@ -68,7 +69,7 @@ for (const colorScheme of ["light", "dark"]) {
       await openDialog(page, `senders/${sender}`);
       await looksRight(page, "parameters of a sender");
       await dialog.getByRole("tab", {name: "SDP file"}).click();
-      await dialog.locator("#sdp-lines li").first().waitFor();
+      await dialog.locator('#sdp-lines li[data-line="1"]').waitFor();
       await looksRight(page, "SDP file of a sender");
       await close(page);
 

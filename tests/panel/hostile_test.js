@@ -4,7 +4,7 @@
 
 const assert = require("node:assert/strict");
 const {test} = require("node:test");
-const {Instrument} = require("./support/instrument");
+const {Instrument, SINGLE} = require("./support/instrument");
 const {closePanel, entryOf, eventually, field, openDialog, openPanel, shared} = require("./support/panel");
 const {twoLegs} = require("./support/sdp_files");
 
@@ -102,7 +102,7 @@ test("a refusal that quotes markup is shown as text in the log", async () => {
   page.on("dialog", dialog => dialogs.push(dialog.message()));
   const [receiver] = await it.instrument.ids("receivers");
   const answer = await it.instrument.request(
-    "PATCH", `/x-nmos/connection/v1.0/single/receivers/${receiver}/staged`, {sender_id: IMAGE});
+    "PATCH", `${SINGLE}/receivers/${receiver}/staged`, {sender_id: IMAGE});
   assert.equal(answer.status, 400);
   const line = page.locator('#log li[data-kind="refusal"]').first();
   await eventually(async () => (await line.textContent()).includes(IMAGE), true);

@@ -46,8 +46,10 @@ test("everything that the node shows is there", async () => {
 
 test("every region has its name", async () => {
   const page = await openPanel(it.browser, it.instrument);
-  for (const name of ["Instrument", "Streams", "Scheduled activations", "Activations and refusals"])
+  for (const name of ["Instrument", "Scheduled activations", "Activations and refusals"])
     await page.getByRole("region", {name, exact: true}).waitFor();
+  for (const name of ["Stream 1", "Stream 2", "Stream 3", "Stream 4"])
+    await page.getByRole("main").getByRole("region", {name, exact: true}).waitFor();
   await closePanel(page);
 });
 

@@ -39,13 +39,14 @@ test("the dialog shows both halves beside each other", async () => {
   const dialog = await openDialog(page, receiver);
   for (const column of ["Parameter", "Staged", "Active"])
     assert.equal(await dialog.getByRole("columnheader", {name: column}).count(), 1);
-  for (const parameter of ["master_enable", "peer", "leg1.rtp_enabled", "leg1.address", "leg1.port", "leg1.source",
-                           "leg2.rtp_enabled", "leg2.address", "leg2.port", "leg2.source"]) {
+  for (const parameter of ["master_enable", "peer", "leg1.rtp_enabled", "leg1.multicast_ip", "leg1.destination_port",
+                           "leg1.source_ip", "leg1.interface_ip", "leg2.rtp_enabled", "leg2.multicast_ip",
+                           "leg2.destination_port", "leg2.source_ip", "leg2.interface_ip"]) {
     assert.equal(await dialog.locator(`tr[data-parameter="${parameter}"]`).count(), 1, parameter);
-    assert.equal(await isDifferent(dialog, parameter), parameter === "leg1.port", parameter);
+    assert.equal(await isDifferent(dialog, parameter), parameter === "leg1.destination_port", parameter);
   }
   assert.equal(await field(dialog, "Leg 1 port").inputValue(), "6000");
-  assert.match(await dialog.locator('tr[data-parameter="leg1.port"]').textContent(), /5004/);
+  assert.match(await dialog.locator('tr[data-parameter="leg1.destination_port"]').textContent(), /5004/);
   assert.equal(await field(dialog, "Leg 2 address").inputValue(), "233.252.0.21");
   assert.equal(await field(dialog, "Leg 2 source").inputValue(), "198.51.100.10");
   await closePanel(page);
@@ -61,14 +62,14 @@ test("an address and a port are staged, and nothing is active before it is activ
                    [["233.252.0.77", 5004], ["233.252.0.21", 5077]]);
   assert.deepEqual((await legs(sender, "active")).map(leg => [leg.destination_ip, leg.destination_port]),
                    [["233.252.0.11", 5004], ["233.252.0.21", 5004]]);
-  await eventually(() => isDifferent(dialog, "leg1.address"), true);
-  await eventually(() => isDifferent(dialog, "leg2.port"), true);
-  assert.equal(await isDifferent(dialog, "leg1.port"), false);
+  await eventually(() => isDifferent(dialog, "leg1.destination_ip"), true);
+  await eventually(() => isDifferent(dialog, "leg2.destination_port"), true);
+  assert.equal(await isDifferent(dialog, "leg1.destination_port"), false);
   assert.equal(await entryOf(page, sender).getAttribute("data-differs"), "true");
   await button(dialog, "Activate").click();
   await eventually(async () => (await legs(sender, "active")).map(leg => [leg.destination_ip, leg.destination_port]),
                    [["233.252.0.77", 5004], ["233.252.0.21", 5077]]);
-  await eventually(() => isDifferent(dialog, "leg1.address"), false);
+  await eventually(() => isDifferent(dialog, "leg1.destination_ip"), false);
   await eventually(() => entryOf(page, sender).locator('.leg[data-leg="1"]').textContent(), "233.252.0.77:5004");
   await closePanel(page);
 });

@@ -162,6 +162,54 @@ test("what is typed fast is judged as it stands at the end", async () => {
   await closePanel(page);
 });
 
+test("what has been edited since it was checked cannot be sent", async () => {
+  const page = await openPanel(it.browser, it.instrument);
+  const dialog = await openDialog(page, await receiver(2), "SDP file");
+  const held = [];
+  await page.route("**/check-sdp/*", route => held.push(route));
+  await field(dialog, "SDP file").fill(twoLegs());
+  await eventually(() => held.length, 1);
+  await button(dialog, "Activate").evaluate(activate => {
+    window.wasEnabled = false;
+    new MutationObserver(() => { window.wasEnabled ||= !activate.disabled; })
+      .observe(activate, {attributes: true});
+  });
+  await field(dialog, "SDP file").fill(twoLegs({rate: 24}));
+  await held[0].continue();
+  await eventually(() => held.length, 2);
+  await held[1].continue();
+  await eventually(() => verdictOf(dialog), "refused");
+  assert.equal(await page.evaluate(() => window.wasEnabled), false);
+  await closePanel(page);
+});
+
+test("with a sender that has been chosen only its own file is sent", async () => {
+  const page = await openPanel(it.browser, it.instrument);
+  const [one, two] = await it.instrument.ids("senders");
+  const resource = await receiver(2);
+  const dialog = await openDialog(page, resource, "SDP file");
+  await field(dialog, "SDP file").fill(twoLegs());
+  await isTaken(dialog);
+  // The first file comes after the second.
+  const held = [];
+  await page.route("**/transportfile", route => held.push(route));
+  await field(dialog, "Sender").selectOption(one);
+  await eventually(() => held.length, 1);
+  assert.equal(await button(dialog, "Activate").isDisabled(), true);
+  await field(dialog, "Sender").selectOption(two);
+  await eventually(() => held.length, 2);
+  await held[1].continue();
+  await dialog.locator('#sdp-legs [data-leg="1"]').filter({hasText: "233.252.0.12"}).waitFor();
+  const late = page.waitForResponse(answer => answer.url().includes(one));
+  await held[0].continue();
+  await late;
+  await new Promise(resolve => setTimeout(resolve, 500)); // for the page to fall for it
+  await button(dialog, "Stage").click();
+  await eventually(async () => (await it.instrument.staged(resource)).sender_id, two);
+  assert.equal((await it.instrument.staged(resource)).transport_file.data, await it.instrument.sdp(two));
+  await closePanel(page);
+});
+
 test("a file that is too large is refused, and says so", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await openDialog(page, await receiver(2), "SDP file");
