@@ -98,7 +98,7 @@ test("a change that nobody answers is not taken for done", async () => {
     await field(dialog, "Leg 1 address").fill("233.252.3.9");
     await instrument.stop();
     await button(dialog, "Activate").click();
-    await dialog.getByRole("alert").filter({hasText: /\S/}).first().waitFor();
+    await dialog.getByRole("status").filter({hasText: "The instrument does not answer"}).waitFor();
     assert.equal(await field(dialog, "Leg 1 address").inputValue(), "233.252.3.9");
     await instrument.runAgain();
     await isLive(page);

@@ -3,7 +3,7 @@
 // The page in a browser: how it is opened, and where on it things are.
 
 const assert = require("node:assert/strict");
-const {after, before} = require("node:test");
+const {after, afterEach, before} = require("node:test");
 const {chromium} = require("playwright-core");
 const {Instrument} = require("./instrument");
 
@@ -16,6 +16,8 @@ function shared(options) {
     both.instrument = await Instrument.start(options);
     both.browser = await launch();
   });
+  // A page that a test has left when it failed would go on asking.
+  afterEach(() => Promise.all(both.browser.contexts().map(context => context.close())));
   after(async () => {
     await both.browser?.close();
     await both.instrument?.end();
