@@ -67,6 +67,13 @@ constexpr Essence essence_of_receiver(std::size_t receiver)
     return receiver < first_ancillary_receiver ? Essence::audio : Essence::ancillary;
 }
 
+/// All receivers of one kind take the same SDP files, so one of them can speak for all.
+constexpr std::size_t first_receiver_of(Essence essence)
+{
+    constexpr std::size_t first[] = {0, first_audio_receiver, first_ancillary_receiver};
+    return first[index_of(essence)];
+}
+
 } // namespace nmos_instrument::host
 
 #endif

@@ -3,35 +3,20 @@
 #include "routes/change_response.h"
 
 #include <string>
-#include <string_view>
 
 #include "http/error_response.h"
 #include "text/quoted_text.h"
+#include "time/tai_clock.h"
 
 namespace nmos_instrument::host {
 namespace {
 
-/// "one\ntwo\n" as "one | two". Nothing is cut: findings shorten what a client sent, and all else
-/// in them is ours.
-std::string one_line(std::string_view text)
+/// Nothing is cut: findings shorten what a client sent, and all else in them is ours.
+std::string refusal_line(const Refusal& refusal)
 {
-    while (text.ends_with('\n'))
-        text.remove_suffix(1);
-    std::string line;
-    for (const char c : text) {
-        if (c == '\n')
-            line += " | ";
-        else
-            line += c;
-    }
-    return line;
-}
-
-std::string refusal_line(int status, const std::string& error, const std::string& debug)
-{
-    std::string line = std::to_string(status) + ' ' + error;
-    if (!debug.empty())
-        line += ": " + one_line(debug);
+    std::string line = std::to_string(refusal.status) + ' ' + refusal.error;
+    if (!refusal.debug.empty())
+        line += ": " + one_line(refusal.debug);
     return line;
 }
 
@@ -65,27 +50,38 @@ ChangeOutcome change(const Services& services, const std::string& peer, const Co
     for (const std::string& line : outcome.log)
         services.log.info(peer, line);
     if (outcome.is_refusal()) {
-        const int status = http_status(outcome.result);
-        services.counts.refused_change(status);
+        const Refusal refusal = refusal_of(outcome);
+        services.counts.refused_change(refusal.status);
         services.log.info(peer, "refused a change of " + instrument.resource_name(key) + ": " +
-                                    refusal_line(status, outcome.error, outcome.debug));
+                                    refusal_line(refusal));
     }
     return outcome;
 }
 
-void refuse(const Services& services, const HttpRequest& request, const HttpReply& reply,
-            int status, const std::string& error, const std::string& debug)
+void note_refusal(const Services& services, const std::string& peer, const std::string& what,
+                  const Refusal& refusal)
 {
-    services.counts.refused_change(status);
-    services.log.info(request.peer, "refused " + in_quotes(request.method) + ' ' +
-                                        in_quotes(request.path) + ": " +
-                                        refusal_line(status, error, debug));
-    reply(error_response(status, error, debug));
+    services.refusals.add(tai_now(), peer, what, refusal.status, refusal.error, refusal.debug);
 }
 
-HttpResponse refusal_response(const ChangeOutcome& outcome)
+void refuse(const Services& services, const HttpRequest& request, const HttpReply& reply,
+            const Refusal& refusal)
 {
-    return error_response(http_status(outcome.result), outcome.error, outcome.debug);
+    services.counts.refused_change(refusal.status);
+    note_refusal(services, request.peer, request.method + ' ' + request.path, refusal);
+    services.log.info(request.peer, "refused " + in_quotes(request.method) + ' ' +
+                                        in_quotes(request.path) + ": " + refusal_line(refusal));
+    reply(response_of(refusal));
+}
+
+Refusal refusal_of(const ChangeOutcome& outcome)
+{
+    return {http_status(outcome.result), outcome.error, outcome.debug};
+}
+
+HttpResponse response_of(const Refusal& refusal)
+{
+    return error_response(refusal.status, refusal.error, refusal.debug);
 }
 
 } // namespace nmos_instrument::host

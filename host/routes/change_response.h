@@ -24,12 +24,20 @@ int http_status(ChangeResult result);
 ChangeOutcome change(const Services& services, const std::string& peer, const ConnectionKey& key,
                      const ConnectionPatch& patch, const Findings& findings);
 
+/// Keeps a refusal for "/status". It is called where the client is answered, with what it is told: no
+/// client hears of another what that one must not hear itself.
+void note_refusal(const Services& services, const std::string& peer, const std::string& what,
+                  const Refusal& refusal);
+
 /// Answers a request that would have changed something with an error. The log has all of it.
 void refuse(const Services& services, const HttpRequest& request, const HttpReply& reply,
-            int status, const std::string& error, const std::string& debug);
+            const Refusal& refusal);
 
-/// The error response for a refusal.
-HttpResponse refusal_response(const ChangeOutcome& outcome);
+/// `outcome` is a refusal.
+Refusal refusal_of(const ChangeOutcome& outcome);
+
+/// What the client gets.
+HttpResponse response_of(const Refusal& refusal);
 
 } // namespace nmos_instrument::host
 

@@ -22,7 +22,10 @@ ChangeOutcome patch_staged(const Services& services, const std::string& peer,
 {
     Findings findings;
     const ConnectionPatch patch = parse_patch(document, key.side, findings);
-    return change(services, peer, key, patch, findings);
+    ChangeOutcome outcome = change(services, peer, key, patch, findings);
+    if (outcome.is_refusal())
+        note_refusal(services, peer, services.instrument.resource_name(key), refusal_of(outcome));
+    return outcome;
 }
 
 template <Side side>
@@ -31,7 +34,7 @@ void patch_one(const Services& services, const JsonRequest& request, const HttpR
     const ChangeOutcome outcome =
         patch_staged(services, request.http.peer, {side, request.index}, request.document);
     if (outcome.is_refusal())
-        reply(refusal_response(outcome));
+        reply(response_of(refusal_of(outcome)));
     else
         reply_when_saved(services, reply, json_response(outcome.body, http_status(outcome.result)));
 }
@@ -41,12 +44,16 @@ constexpr ResourceKind kind_of(Side side)
     return side == Side::sender ? ResourceKind::sender : ResourceKind::receiver;
 }
 
-ChangeOutcome unknown_id(const Services& services, const std::string& peer, const std::string& id)
+ChangeOutcome unknown_id(const Services& services, const std::string& peer, Side side,
+                         const std::string& id)
 {
-    services.counts.refused_change(404);
     services.log.info(peer, "refused a change of " + in_quotes(id) +
                                 ": 404 Not found: no resource has this id");
-    return {ChangeResult::unknown, "", "Not found", "no resource has this id"};
+    ChangeOutcome outcome{ChangeResult::unknown, "", "Not found", "no resource has this id"};
+    services.counts.refused_change(404);
+    note_refusal(services, peer, (side == Side::sender ? "senders/" : "receivers/") + id,
+                 refusal_of(outcome));
+    return outcome;
 }
 
 ChangeOutcome make_change(const Services& services, const std::string& peer, Side side,
@@ -54,7 +61,7 @@ ChangeOutcome make_change(const Services& services, const std::string& peer, Sid
 {
     const auto index = services.instrument.index().find(kind_of(side), entry.id);
     return index ? patch_staged(services, peer, {side, *index}, *entry.params)
-                 : unknown_id(services, peer, entry.id);
+                 : unknown_id(services, peer, side, entry.id);
 }
 
 /// The answer to one entry of a bulk request.
@@ -74,8 +81,8 @@ void post_bulk(const Services& services, const JsonRequest& request, const HttpR
     const std::vector<BulkEntry> entries = parse_bulk_request(
         request.document, services.instrument.index().size(kind_of(side)), findings);
     if (!findings.empty()) {
-        refuse(services, request.http, reply, 400, "The body is not a bulk request",
-               findings.text());
+        refuse(services, request.http, reply,
+               {400, "The body is not a bulk request", findings.text()});
         return;
     }
     std::string answers;

@@ -8,7 +8,6 @@
 
 #include "connection/target_request.h"
 #include "http/client_address.h"
-#include "http/error_response.h"
 #include "http/manifest_fetcher.h"
 #include "http/url.h"
 #include "records/addresses.h"
@@ -37,19 +36,19 @@ std::optional<std::size_t> own_sender(Instrument& instrument, const std::string&
 
 /// Whoever may name a URL may look into the network by it. So one answer stands for all that can be
 /// wrong with a manifest of others: it does not say whether anything was there, nor what.
-HttpResponse manifest_refusal()
+Refusal manifest_refusal()
 {
-    return error_response(500, "The sender's manifest cannot be used",
-                          "it cannot be fetched, or it is not an SDP file that this receiver "
-                          "takes; the log of the instrument says why");
+    return {
+        500, "The sender's manifest cannot be used",
+        "it cannot be fetched, or it is not an SDP file that this receiver takes; the log of the "
+        "instrument says why"};
 }
 
-HttpResponse too_many_manifests()
+Refusal too_many_manifests()
 {
-    return error_response(503, "Too many manifests are being fetched",
-                          "allowed: " + std::to_string(ManifestFetcher::limit_for_one_client) +
-                              " at once for one client, " + std::to_string(ManifestFetcher::limit) +
-                              " in all");
+    return {503, "Too many manifests are being fetched",
+            "allowed: " + std::to_string(ManifestFetcher::limit_for_one_client) +
+                " at once for one client, " + std::to_string(ManifestFetcher::limit) + " in all"};
 }
 
 /// One PUT of a receiver's target, from its arrival to its answer.
@@ -67,16 +66,22 @@ struct TargetChange
     }
 
     /// A refusal that apply() has not counted.
-    void refuse(const HttpResponse& response) const
+    void refuse(const Refusal& refusal) const
     {
-        services.counts.refused_change(response.status);
-        reply(response);
+        services.counts.refused_change(refusal.status);
+        answer_with(refusal);
+    }
+
+    void answer_with(const Refusal& refusal) const
+    {
+        note_refusal(services, peer, services.instrument.resource_name(receiver), refusal);
+        reply(response_of(refusal));
     }
 
     void answer(const ChangeOutcome& outcome) const
     {
         if (outcome.is_refusal())
-            reply(refusal_response(outcome));
+            answer_with(refusal_of(outcome));
         else
             reply_when_saved(services, reply, json_response(body, 202));
     }
@@ -86,7 +91,7 @@ struct TargetChange
 void connect_with(const TargetSender& sender, const std::string& sdp, const TargetChange& change)
 {
     // Fetching took its time.
-    if (const std::optional<HttpResponse> refusal = refusal_of_change(change.services)) {
+    if (const std::optional<Refusal> refusal = refusal_of_change(change.services)) {
         change.refuse(*refusal);
         return;
     }
@@ -98,7 +103,7 @@ void connect_with(const TargetSender& sender, const std::string& sdp, const Targ
     }
     change.services.log.info(change.peer, "the manifest " + shown_url(sender.manifest_href) +
                                               " was fetched but not used");
-    change.reply(manifest_refusal());
+    change.answer_with(manifest_refusal());
 }
 
 void answer_about(const TargetSender& sender, const FetchedManifest& manifest,
@@ -117,7 +122,7 @@ void answer_about(const TargetSender& sender, const FetchedManifest& manifest,
 void fetch_manifest(const TargetSender& sender, const std::shared_ptr<TargetChange>& change)
 {
     if (const auto locked = change->services.instrument.refusal_while_scheduled(change->receiver)) {
-        change->refuse(refusal_response(*locked));
+        change->refuse(refusal_of(*locked));
         return;
     }
     change->services.manifests.fetch(sender.manifest_href, client_of(change->peer),
@@ -131,8 +136,8 @@ void put_target(const Services& services, const JsonRequest& request, const Http
     Findings findings;
     const std::optional<TargetSender> sender = parse_target(request.document, findings);
     if (!findings.empty()) {
-        refuse(services, request.http, reply, 400,
-               "The body is neither an IS-04 v1.2 sender nor {}", findings.text());
+        refuse(services, request.http, reply,
+               {400, "The body is neither an IS-04 v1.2 sender nor {}", findings.text()});
         return;
     }
     const auto change = std::make_shared<TargetChange>(TargetChange{

@@ -165,25 +165,27 @@ void Router::answer(const Route& route, std::size_t index, const HttpRequest& re
     }
     // All other routes change something.
     if (const std::string why = services_.permission.refusal_of(request.peer); !why.empty()) {
-        refuse(services_, request, reply, 403, "Changes are not allowed", why);
+        refuse(services_, request, reply, {403, "Changes are not allowed", why});
         return;
     }
-    if (const std::optional<HttpResponse> refusal = refusal_of_change(services_)) {
+    if (const std::optional<Refusal> refusal = refusal_of_change(services_)) {
         services_.counts.refused_change(refusal->status);
-        reply(*refusal);
+        note_refusal(services_, request.peer, request.method + ' ' + request.path, *refusal);
+        reply(response_of(*refusal));
         return;
     }
     if (!is_json(request.content_type)) {
-        refuse(services_, request, reply, 415, "Unsupported media type",
-               "Content-Type: found " + in_quotes(*request.content_type) +
-                   ", allowed: application/json");
+        refuse(services_, request, reply,
+               {415, "Unsupported media type",
+                "Content-Type: found " + in_quotes(*request.content_type) +
+                    ", allowed: application/json"});
         return;
     }
     std::optional<JsonDocument> document;
     try {
         document.emplace(parse_json(request.body, JsonComments::refused));
     } catch (const MalformedJson& error) {
-        refuse(services_, request, reply, 400, "The body cannot be read as JSON", error.what());
+        refuse(services_, request, reply, {400, "The body cannot be read as JSON", error.what()});
         return;
     }
     std::get<TakeJson>(route.function)(services_, {request, index, document->value()}, reply);

@@ -10,11 +10,6 @@
 namespace nmos_instrument::host {
 namespace {
 
-HttpResponse not_made(const std::string& trouble)
-{
-    return error_response(500, "The change was not made: the state cannot be saved", trouble);
-}
-
 /// What was activated cannot be taken back.
 HttpResponse not_saved(const std::string& trouble)
 {
@@ -26,13 +21,13 @@ HttpResponse not_saved(const std::string& trouble)
 
 } // namespace
 
-std::optional<HttpResponse> refusal_of_change(const Services& services)
+std::optional<Refusal> refusal_of_change(const Services& services)
 {
     const std::string trouble =
         services.state_file == nullptr ? "" : services.state_file->trouble();
     if (trouble.empty())
         return std::nullopt;
-    return not_made(trouble);
+    return Refusal{500, "The change was not made: the state cannot be saved", trouble};
 }
 
 void reply_when_saved(const Services& services, const HttpReply& reply, HttpResponse response)

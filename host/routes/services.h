@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "advertisement/advertisement.h"
 #include "events/event_feed.h"
@@ -16,6 +17,7 @@
 #include "registration/registration_status.h"
 #include "routes/change_permission.h"
 #include "routes/client_log.h"
+#include "routes/recent_refusals.h"
 #include "routes/request_counts.h"
 
 namespace nmos_instrument::host {
@@ -27,6 +29,7 @@ struct Services
     ManifestFetcher& manifests;
     ClientLog& log;
     RequestCounts& counts;
+    RecentRefusals& refusals;
     StateFile* state_file = nullptr; ///< null: nothing survives a restart
     ChangePermission permission;
     std::function<RegistrationStatus()> registration{};   ///< empty: there is none
@@ -35,8 +38,16 @@ struct Services
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
 };
 
+/// Why a client does not get the change that it asks for. `debug` may have several lines.
+struct Refusal
+{
+    int status = 0;
+    std::string error;
+    std::string debug;
+};
+
 /// Why nothing may be changed now, whatever a client asks for; nothing if changes are possible.
-std::optional<HttpResponse> refusal_of_change(const Services& services);
+std::optional<Refusal> refusal_of_change(const Services& services);
 
 /// Answers when the change is in the state file, so that everything a client was told survives. If
 /// it cannot be saved, the answer is a 500 that says so.

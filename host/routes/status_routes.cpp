@@ -14,6 +14,14 @@
 namespace nmos_instrument::host {
 namespace {
 
+void add_text_or_null(JsonOutput& json, const std::string& text)
+{
+    if (text.empty())
+        json.null();
+    else
+        json.text(printable(text));
+}
+
 void add(JsonOutput& json, const std::vector<ActivationReport>& reports)
 {
     json.begin_array();
@@ -44,6 +52,22 @@ void add(JsonOutput& json, const std::vector<InstrumentStatus::Pending>& activat
     json.end_array();
 }
 
+void add(JsonOutput& json, const std::vector<RefusedChange>& refusals)
+{
+    json.begin_array();
+    for (const RefusedChange& refusal : refusals) {
+        json.element().begin_object();
+        json.key("time").text(to_text(refusal.time));
+        json.key("client").text(refusal.client);
+        json.key("what").text(refusal.what);
+        json.key("status").number(refusal.status);
+        json.key("error").text(refusal.error);
+        add_text_or_null(json.key("debug"), refusal.debug);
+        json.end_object();
+    }
+    json.end_array();
+}
+
 void add(JsonOutput& json, const std::optional<RegistrationStatus::Heartbeat>& heartbeat)
 {
     if (!heartbeat) {
@@ -55,14 +79,6 @@ void add(JsonOutput& json, const std::optional<RegistrationStatus::Heartbeat>& h
     json.key("round_trip_us").number(heartbeat->round_trip.count());
     json.key("late_us").number(heartbeat->late.count());
     json.end_object();
-}
-
-void add_text_or_null(JsonOutput& json, const std::string& text)
-{
-    if (text.empty())
-        json.null();
-    else
-        json.text(printable(text));
 }
 
 /// Rounded up; what is overdue is due now.
@@ -117,6 +133,7 @@ std::string status_text(const Services& services)
     add(json.key("pending_activations"), status.pending);
     add(json.key("last_activations"), status.activations);
     add(json.key("last_failures"), status.failures);
+    add(json.key("last_refusals"), services.refusals.all());
     if (services.state_file != nullptr) {
         const std::string trouble = services.state_file->trouble();
         json.key("state_file").text(trouble.empty() ? "saved" : printable(trouble));

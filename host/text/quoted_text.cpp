@@ -25,6 +25,20 @@ std::string printable(std::string_view text)
     return shown;
 }
 
+std::string one_line(std::string_view text)
+{
+    while (text.ends_with('\n'))
+        text.remove_suffix(1);
+    std::string line;
+    for (const char c : text) {
+        if (c == '\n')
+            line += " | ";
+        else
+            line += c;
+    }
+    return line;
+}
+
 std::string in_quotes(std::string_view text)
 {
     constexpr std::size_t longest = 96; // as it is shown

@@ -12,6 +12,9 @@ namespace nmos_instrument::host {
 /// terminal's cursor.
 std::string printable(std::string_view text);
 
+/// "one\ntwo\n" as "one | two".
+std::string one_line(std::string_view text);
+
 /// `text` in quotes, for a message or the log: one line of visible ASCII, other bytes as \xHH, and
 /// shortened if it is long. This keeps clients from forging log lines.
 std::string in_quotes(std::string_view text);

@@ -19,19 +19,6 @@ namespace {
 
 using host::Essence;
 
-constexpr std::size_t first_receiver_of(Essence kind)
-{
-    switch (kind) {
-    case Essence::audio:
-        return host::first_audio_receiver;
-    case Essence::ancillary:
-        return host::first_ancillary_receiver;
-    case Essence::video:
-        break;
-    }
-    return 0;
-}
-
 Essence kind_of(const host::SdpMedium& medium)
 {
     if (host::same_name(medium.kind, "audio"))

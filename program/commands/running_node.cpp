@@ -123,8 +123,8 @@ void RunningNode::listen_to_instrument()
 
 host::Services RunningNode::services()
 {
-    host::Services services{instrument_,     manifests_,  client_log_,
-                            request_counts_, state_file_, options_.changes};
+    host::Services services{instrument_,      manifests_,  client_log_,     request_counts_,
+                            recent_refusals_, state_file_, options_.changes};
     if (registration_)
         services.registration = [this] { return registration_->status(); };
     services.advertisement = [this] { return advertisement_.status(); };

@@ -19,6 +19,7 @@
 #include "registration/registration_client.h"
 #include "registration/registry_source.h"
 #include "routes/client_log.h"
+#include "routes/recent_refusals.h"
 #include "routes/request_counts.h"
 #include "routes/router.h"
 #include "routes/services.h"
@@ -55,6 +56,7 @@ private:
     const ServeOptions& options_;
     host::ClientLog client_log_;
     host::RequestCounts request_counts_;
+    host::RecentRefusals recent_refusals_;
     host::HttpClient http_client_;
     host::Advertisement advertisement_;
     std::optional<host::RegistrySource> registries_;

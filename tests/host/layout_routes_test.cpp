@@ -27,7 +27,9 @@ std::string layout_text(const Configuration& configuration)
     ManifestFetcher manifests(client, ManifestHosts({}, {0x7f000000, 8}, {}));
     ClientLog log;
     RequestCounts counts(all_routes().paths());
-    const Router router({instrument, manifests, log, counts, nullptr, ChangePermission()});
+    RecentRefusals refusals;
+    const Router router(
+        {instrument, manifests, log, counts, refusals, nullptr, ChangePermission()});
     HttpRequest request;
     request.method = "GET";
     request.path = "/layout";

@@ -70,7 +70,7 @@ protected:
 
     Services services()
     {
-        return {instrument_, manifests_, log_, counts_, nullptr, ChangePermission()};
+        return {instrument_, manifests_, log_, counts_, refusals_, nullptr, ChangePermission()};
     }
 
     Services services(RegistrationStatus registration, AdvertisementStatus advertisement)
@@ -86,6 +86,7 @@ protected:
     ManifestFetcher manifests_{client_, ManifestHosts({}, {0x7f000000, 8}, {})};
     ClientLog log_;
     RequestCounts counts_{all_routes().paths()};
+    RecentRefusals refusals_;
 };
 
 TEST_F(StatusRoutes, Metrics)

@@ -12,7 +12,8 @@ import subprocess
 import tempfile
 import unittest
 
-from instrument import (EXAMPLES, PROGRAM, Instrument, file_patch, sdp_file, video_medium)
+from instrument import (CONNECTION, EXAMPLES, PROGRAM, Instrument, file_patch, sdp_file,
+                        video_medium)
 
 try:
     import jsonschema
@@ -141,6 +142,118 @@ class CheckSdp(unittest.TestCase):
         self.compare(paths, "--config", str(EXAMPLES / "st-2022-6.json"))
         whole, _ = check_sdp(OTHER_MAKERS)
         self.assertEqual([entry["file"] for entry in whole["files"]], [str(path) for path in paths])
+
+    def check(self, instrument, receiver, body, **more):
+        """What the instrument says to a file that it is only asked about."""
+        return instrument.request("POST", f"/check-sdp/{receiver.split('/')[1]}", body, **more)
+
+    def assert_asked_alike(self, paths, *options):
+        """POST /check-sdp and the command, with the same options, about all files."""
+        with Instrument(*options, log_level="off") as instrument:
+            receivers = instrument.resources("receivers")
+            shown = {kind: receivers[at] for kind, at in RECEIVERS.items() if at < len(receivers)}
+            before = instrument.get(f"{CONNECTION}/single/receivers/").body, [
+                instrument.staged(receiver) for receiver in shown.values()]
+            for kind, receiver in shown.items():
+                report, _ = check_sdp(*options, "--receiver", kind, *paths)
+                for path, entry in zip(paths, report["files"]):
+                    answer = self.check(instrument, receiver, path.read_bytes())
+                    self.assertEqual(answer.status, 200, path)
+                    self.assertEqual(answer.headers["content-type"], "application/json")
+                    del entry["file"]
+                    # The command names its option.
+                    entry["hints"] = [hint.replace("--receiver ", "") for hint in entry["hints"]]
+                    self.assertEqual(answer.json, entry, path)
+                    self.assertEqual(list(answer.json), list(entry))
+            self.assertEqual(before, (instrument.get(f"{CONNECTION}/single/receivers/").body, [
+                instrument.staged(receiver) for receiver in shown.values()]))
+            self.assertEqual(instrument.status()["last_refusals"], [])
+
+    def test_a_receiver_that_is_asked_says_the_same(self):
+        one, two = video_medium("233.252.0.1", source="203.0.113.1"), video_medium("233.252.0.2")
+        paths = self.write([
+            ("two-legs", sdp_file(one, two).encode()), ("nothing", b""),
+            ("latin-1", sdp_file(one, session="i=\u00e9").encode("latin-1")),
+            ("origin", b"v=0\no=caf\xe9 \xff\xfe \x1b \xc3\xa9\ns=x\nt=0 0\n"), *corpus_files()])
+        self.assert_asked_alike(paths)
+        for name in ("st-2022-6.json", "single-stream-video.json"):
+            self.assert_asked_alike(paths, "--config", str(EXAMPLES / name))
+
+    @unittest.skipUnless(OTHER_MAKERS, "NMOS_SDP_DIR is not set")
+    def test_a_receiver_that_is_asked_about_files_of_other_makers_says_the_same(self):
+        paths = sorted(path for path in pathlib.Path(OTHER_MAKERS).rglob("*.sdp"))
+        self.assertGreater(len(paths), 0)
+        self.assert_asked_alike(paths)
+
+    @unittest.skipUnless(jsonschema, "there is no python3-jsonschema")
+    def test_the_schema_of_the_manual_fits_a_receiver_that_is_asked(self):
+        schema = json.loads(re.search(r"```json\n(.*?)```", MANUAL.read_text(encoding="utf-8"),
+                                      re.S).group(1))
+        judged = {"definitions": schema["definitions"], **schema["definitions"]["judged"]}
+        judged["required"] = [name for name in judged["required"] if name != "file"]
+        validator = jsonschema.Draft7Validator(judged)
+        with Instrument(log_level="off") as instrument:
+            receiver = instrument.resources("receivers")[0]
+            for content in (b"", sdp_file(video_medium("233.252.0.1")).encode()):
+                validator.validate(self.check(instrument, receiver, content).json)
+
+    def test_hostile_files(self):
+        medium = "m=video 5004 RTP/AVP 96\r\nc=IN IP4 233.252.0.1/64\r\n"
+        files = {"nothing": b"", "one line of 1 MiB": b"a=" + b"x" * (2**20 - 2),
+                 "NUL": b"v=0\0\0\r\n", "not UTF-8": bytes(range(256)) * 16,
+                 "an origin that is not UTF-8": b"v=0\no=\xff\xc0\x80 \"\\ \x01\n",
+                 "10,000 media": ("v=0\r\n" + medium * 10_000).encode(),
+                 "empty lines": b"\n" * 2**20, "JSON": b'{"transport_file": null}'}
+        with Instrument() as instrument:
+            receiver = instrument.resources("receivers")[0]
+            for name, content in files.items():
+                with self.subTest(name):
+                    answer = self.check(instrument, receiver, content)
+                    self.assertEqual(answer.status, 200, answer)
+                    self.assertEqual(answer.json["verdict"], "refused")
+                    self.assertNotEqual(answer.json["findings"], [])
+            answer = self.check(instrument, receiver, b"x" * (2**20 + 1))
+            self.assertEqual((answer.status, answer.json["code"]), (413, 413))
+            self.assertEqual(instrument.get("/healthz").status, 200)
+
+    def test_who_may_ask(self):
+        for options in ((), ("--read-only",), ("--allow", "192.0.2.77")):
+            with Instrument(*options) as instrument:
+                receiver = instrument.resources("receivers")[0]
+                sender = instrument.resources("senders")[0]
+                content = sdp_file(video_medium("233.252.0.1"))
+                for media_type in (None, "application/sdp", "application/json", "nonsense"):
+                    headers = {"Content-Type": media_type} if media_type else {}
+                    answer = self.check(instrument, receiver, content, headers=headers)
+                    self.assertEqual(answer.status, 200, answer)
+                    self.assertEqual(answer.json["verdict"], "taken")
+                self.assertEqual(self.check(instrument, sender, content).status, 404)
+                self.assertEqual(self.check(instrument, "receivers/" + "0" * 36, "").status, 404)
+                path = f"/check-sdp/{receiver.split('/')[1]}"
+                self.assertEqual(instrument.request("POST", path + "/", content).status, 404)
+                self.assertEqual(instrument.get(path).status, 405)
+                # What a browser asks before it sends a file (CORS).
+                preflight = instrument.request("OPTIONS", path, headers={
+                    "Origin": "http://example.com", "Access-Control-Request-Method": "POST",
+                    "Access-Control-Request-Headers": "content-type"})
+                self.assertEqual(preflight.status, 200)
+                self.assertEqual(preflight.headers["access-control-allow-methods"], "POST, OPTIONS")
+                self.assertEqual(preflight.headers["access-control-allow-origin"], "*")
+                self.assertIn("Content-Type", preflight.headers["access-control-allow-headers"])
+
+    def test_a_receiver_of_another_kind_may_take_it(self):
+        with Instrument() as instrument:
+            video, audio = (instrument.resources("receivers")[at] for at in (0, 4))
+            content = sdp_file(video_medium("233.252.0.1"))
+            self.assertEqual(self.check(instrument, video, content).json["hints"], [])
+            self.assertEqual(self.check(instrument, audio, content).json["hints"],
+                             ["a receiver of another kind would take it: video"])
+
+    def test_hidden_receivers_cannot_be_asked(self):
+        with Instrument() as instrument:
+            audio = instrument.resources("receivers")[4]
+        with Instrument(configuration={"streams": {"receiver_essences": "video only"}}) as fewer:
+            self.assertEqual(self.check(fewer, audio, "").status, 404)
 
     @unittest.skipUnless(jsonschema, "there is no python3-jsonschema")
     def test_the_report_keeps_to_the_schema_of_the_manual(self):

@@ -76,6 +76,9 @@ class Readers(threading.Thread):
         self.requests = [
             ("GET", NODE + "/self", None), ("GET", NODE + "/receivers", None),
             ("GET", "/status", None), ("GET", "/nothing", None),
+            ("GET", "/layout", None), ("GET", "/panel/index.html", None),
+            ("POST", f"/check-sdp/{receiver.split('/')[1]}", sdp_file(video_medium())),
+            ("POST", f"/check-sdp/{receiver.split('/')[1]}", "a=mid:x\r\n" * 2000),
             ("PATCH", f"{SINGLE}/{receiver}/staged", {**file, **IMMEDIATE}),
             ("PATCH", f"{SINGLE}/{receiver}/staged", relative),
             ("PATCH", f"{SINGLE}/{receiver}/staged", {"activation": {"mode": None}}),

@@ -47,6 +47,8 @@ class UrlSpace(InstrumentTest):
             "/healthz": reading,
             "/status": reading,
             "/metrics": reading,
+            "/layout": reading,
+            f"/check-sdp/{self.receiver.split('/')[1]}": "POST, OPTIONS",
         }
         for resource in (self.sender, self.receiver):
             table |= {
