@@ -30,6 +30,7 @@ export class OfferedFile {
   #joined = make("ul", {id: "sdp-legs"});
   #lines = make("div");
   #timer;
+  #text = ""; // what is checked, and then sent
   #checks = 0;
   #isTaken = false;
   element;
@@ -54,29 +55,43 @@ export class OfferedFile {
       return null;
     const patch = {
       sender_id: this.#sender.value || null,
-      transport_file: {data: this.#area.value, type: "application/sdp"},
+      transport_file: {data: this.#text, type: "application/sdp"},
     };
     return this.#enable.checked ? {...patch, master_enable: true} : patch;
   }
 
-  async takeFile(file) {
-    this.#sender.value = "";
-    this.#check(await file.text());
+  takeFile(file) {
+    this.#take("", file.text());
   }
 
   /// Takes the file of a sender of this instrument.
-  async takeSender(id) {
-    this.#sender.value = id;
+  takeSender(id) {
     if (id !== "")
-      this.#check(await fileOf(id));
+      this.#take(id, fileOf(id));
   }
 
-  // A file that has been edited is not the sender's any more.
+  async #take(sender, coming) {
+    this.#sender.value = sender;
+    const number = this.#begin();
+    const text = await coming;
+    if (number !== this.#checks)
+      return; // something else has been chosen
+    this.#area.value = text;
+    this.#check(text);
+  }
+
+  // A file that has been edited is not the sender's any more. Its lines end with CR LF (RFC 4566 5).
   #edited() {
     this.#sender.value = "";
-    this.#judge(false);
+    this.#begin();
+    this.#timer = setTimeout(() => this.#check(this.#area.value.replaceAll("\n", "\r\n")), checkAfter);
+  }
+
+  // Whatever was judged before counts no more.
+  #begin() {
     clearTimeout(this.#timer);
-    this.#timer = setTimeout(() => this.#check(this.#area.value), checkAfter);
+    this.#judge(false);
+    return ++this.#checks;
   }
 
   #judge(isTaken) {
@@ -85,11 +100,8 @@ export class OfferedFile {
   }
 
   async #check(text) {
-    clearTimeout(this.#timer);
-    if (this.#area.value !== text)
-      this.#area.value = text;
-    this.#judge(false);
-    const number = ++this.#checks;
+    const number = this.#begin();
+    this.#text = text;
     const isEmpty = text.trim() === "";
     const answer = isEmpty ? null : await request("POST", `/check-sdp/${this.#id}`, text, "application/sdp");
     if (number !== this.#checks)
@@ -105,7 +117,7 @@ export class OfferedFile {
     const errors = findings.filter(one => one.severity === "error").length;
     const join = leg => make("li", {"data-leg": leg + 1}, make("b", texts.leg(leg + 1)), " ",
                              texts.joins(joined.find(one => one.leg === leg + 1)));
-    const lines = sdpLines(this.#area.value,
+    const lines = sdpLines(this.#text,
                            (_, number) => findings.filter(one => (one.line ?? 0) === number).map(shownFinding));
     this.#say(verdict, isTaken ? texts.taken(findings.length) : texts.refused(errors, more),
               isTaken ? legs.map(join) : [], [lines]);
