@@ -27,8 +27,12 @@ void add_data(std::string& event, std::string_view text)
 class EventFeed::Watcher : public HttpStream
 {
 public:
-    explicit Watcher(EventFeed& feed) : feed_(feed) {}
-    ~Watcher() override { --feed_.watchers_; }
+    Watcher(EventFeed& feed, const std::string& client) : feed_(feed), client_(client) {}
+    ~Watcher() override
+    {
+        const std::lock_guard lock(feed_.mutex_);
+        feed_.places_.give_back(client_);
+    }
 
     Watcher(const Watcher&) = delete;
     Watcher& operator=(const Watcher&) = delete;
@@ -37,6 +41,7 @@ public:
 
 private:
     EventFeed& feed_;
+    const std::string client_;
     std::optional<std::uint64_t> seen_; ///< the latest revision that was told
 };
 
@@ -48,16 +53,15 @@ EventFeed::EventFeed(const std::vector<WatchedPath>& paths, Read read,
         entries_.emplace_back().watched = path;
 }
 
-std::shared_ptr<HttpStream> EventFeed::watch()
+std::shared_ptr<HttpStream> EventFeed::watch(const std::string& client)
 {
-    if (++watchers_ > most_watchers) {
-        --watchers_;
+    const std::lock_guard lock(mutex_);
+    if (!places_.take(client))
         return nullptr;
-    }
     try {
-        return std::make_shared<Watcher>(*this);
+        return std::make_shared<Watcher>(*this, client);
     } catch (...) {
-        --watchers_;
+        places_.give_back(client);
         throw;
     }
 }

@@ -6,7 +6,6 @@
 #ifndef NMOS_INSTRUMENT_HOST_EVENTS_EVENT_FEED_H
 #define NMOS_INSTRUMENT_HOST_EVENTS_EVENT_FEED_H
 
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "http/client_places.h"
 #include "http/stream.h"
 
 namespace nmos_instrument::host {
@@ -40,7 +40,8 @@ public:
     /// What a path says, in JSON; nothing if it cannot be read now.
     using Read = std::function<std::optional<std::string>(const std::string& path)>;
 
-    static constexpr std::size_t most_watchers = 32;
+    static constexpr std::size_t most_watchers = 64;
+    static constexpr std::size_t most_of_one_client = 16; ///< so that none takes all places
 
     EventFeed(const std::vector<WatchedPath>& paths, Read read,
               std::function<TimePoint()> clock = std::chrono::steady_clock::now);
@@ -50,8 +51,9 @@ public:
     /// latest text of each, and misses what was in between. A path that cannot be read is not in an
     /// event until it can.
     ///
-    /// Null if there are as many watchers as may be. The feed must outlive the stream.
-    std::shared_ptr<HttpStream> watch();
+    /// `client` is as client_of() says it. Null if there are as many watchers as may be. The feed must
+    /// outlive the stream.
+    std::shared_ptr<HttpStream> watch(const std::string& client);
 
 private:
     class Watcher;
@@ -71,9 +73,9 @@ private:
 
     const Read read_;
     const std::function<TimePoint()> clock_;
-    std::atomic<std::size_t> watchers_{0};
 
     std::mutex mutex_; ///< of what follows
+    ClientPlaces places_{most_of_one_client, most_watchers};
     std::vector<Entry> entries_;
     std::uint64_t revision_ = 0; ///< of the latest change of all
 };

@@ -5,19 +5,27 @@
 #include <utility>
 
 #include "events/event_feed.h"
+#include "http/client_address.h"
 #include "http/error_response.h"
 #include "routes/routes.h"
 
 namespace nmos_instrument::host {
 namespace {
 
-HttpResponse events(const Services& services, std::size_t)
+HttpResponse too_many_watchers()
+{
+    return error_response(503, "Too many watchers",
+                          "allowed: " + std::to_string(EventFeed::most_of_one_client) +
+                              " at once for one client, " +
+                              std::to_string(EventFeed::most_watchers) + " in all");
+}
+
+HttpResponse events(const Services& services, std::size_t, const HttpRequest& request)
 {
     std::shared_ptr<HttpStream> stream =
-        services.events == nullptr ? nullptr : services.events->watch();
+        services.events == nullptr ? nullptr : services.events->watch(client_of(request.peer));
     if (!stream)
-        return error_response(503, "Too many watchers",
-                              "at most " + std::to_string(EventFeed::most_watchers) + " at once");
+        return too_many_watchers();
     HttpResponse response;
     response.content_type = "text/event-stream";
     response.headers = {{"Cache-Control", "no-store"}};

@@ -36,7 +36,7 @@ struct World
 TEST(EventFeed, FirstTellsEverythingThenWhatChanges)
 {
     World world;
-    const auto watcher = world.feed.watch();
+    const auto watcher = world.feed.watch("192.0.2.1");
     ASSERT_TRUE(watcher);
     EXPECT_EQ(watcher->next(),
               "retry: 1000\nevent: all\ndata: {\"/a\":1,\"/b\":2,\"/slow\":3}\n\n");
@@ -52,7 +52,7 @@ TEST(EventFeed, FirstTellsEverythingThenWhatChanges)
 TEST(EventFeed, ReadsEachPathAtMostOnceInItsInterval)
 {
     World world;
-    const auto watcher = world.feed.watch();
+    const auto watcher = world.feed.watch("192.0.2.1");
     EXPECT_EQ(world.reads, (std::vector<std::string>{}));
     static_cast<void>(watcher->next());
     EXPECT_EQ(world.reads, (std::vector<std::string>{"/a", "/b", "/slow"}));
@@ -74,8 +74,8 @@ TEST(EventFeed, ReadsEachPathAtMostOnceInItsInterval)
 TEST(EventFeed, ReadsOnceForAllWatchers)
 {
     World world;
-    const auto first = world.feed.watch();
-    const auto second = world.feed.watch();
+    const auto first = world.feed.watch("192.0.2.1");
+    const auto second = world.feed.watch("192.0.2.1");
     static_cast<void>(first->next());
     world.texts["/a"] = "10";
     world.now += 100ms;
@@ -90,8 +90,8 @@ TEST(EventFeed, ReadsOnceForAllWatchers)
 TEST(EventFeed, ASlowWatcherGetsTheLatestTexts)
 {
     World world;
-    const auto quick = world.feed.watch();
-    const auto slow = world.feed.watch();
+    const auto quick = world.feed.watch("192.0.2.1");
+    const auto slow = world.feed.watch("192.0.2.1");
     static_cast<void>(quick->next());
     static_cast<void>(slow->next());
     for (const char* const text : {"10", "11", "12"}) {
@@ -109,7 +109,7 @@ TEST(EventFeed, ASlowWatcherGetsTheLatestTexts)
 TEST(EventFeed, WhatIsAsBeforeAgainIsNoChange)
 {
     World world;
-    const auto watcher = world.feed.watch();
+    const auto watcher = world.feed.watch("192.0.2.1");
     static_cast<void>(watcher->next());
     world.texts["/a"] = "10";
     world.now += 100ms;
@@ -123,7 +123,7 @@ TEST(EventFeed, WhatCannotBeReadIsLeftOutUntilItCan)
 {
     World world;
     world.texts.erase("/a");
-    const auto watcher = world.feed.watch();
+    const auto watcher = world.feed.watch("192.0.2.1");
     EXPECT_EQ(watcher->next(), "retry: 1000\nevent: all\ndata: {\"/b\":2,\"/slow\":3}\n\n");
     world.texts["/a"] = "1";
     world.now += 200ms;
@@ -140,7 +140,7 @@ TEST(EventFeed, NothingAtAllIsAnEmptyObject)
 {
     World world;
     world.texts.clear();
-    const auto watcher = world.feed.watch();
+    const auto watcher = world.feed.watch("192.0.2.1");
     EXPECT_EQ(watcher->next(), "retry: 1000\nevent: all\ndata: {}\n\n");
     EXPECT_EQ(watcher->next(), "");
 }
@@ -150,7 +150,7 @@ TEST(EventFeed, EachLineOfATextIsALineOfData)
 {
     World world;
     world.texts = {{"/a", "{\n \"x\": 1\n}\n"}, {"/b", "[\r\n]"}};
-    const auto watcher = world.feed.watch();
+    const auto watcher = world.feed.watch("192.0.2.1");
     EXPECT_EQ(watcher->next(), "retry: 1000\nevent: all\n"
                                "data: {\"/a\":{\n"
                                "data:  \"x\": 1\n"
@@ -164,14 +164,17 @@ TEST(EventFeed, HasPlacesForSoManyWatchers)
 {
     World world;
     std::vector<std::shared_ptr<HttpStream>> watchers;
-    for (int i = 0; i < 32; ++i) {
-        watchers.push_back(world.feed.watch());
-        EXPECT_TRUE(watchers.back()) << i;
+    for (const char* const client : {"192.0.2.1", "192.0.2.2", "192.0.2.3", "192.0.2.4"}) {
+        for (int i = 0; i < 16; ++i) {
+            watchers.push_back(world.feed.watch(client));
+            EXPECT_TRUE(watchers.back()) << client << ' ' << i;
+        }
+        EXPECT_FALSE(world.feed.watch(client));
     }
-    EXPECT_FALSE(world.feed.watch());
-    EXPECT_FALSE(world.feed.watch());
+    EXPECT_FALSE(world.feed.watch("192.0.2.5"));
     watchers.pop_back();
-    EXPECT_TRUE(world.feed.watch());
+    EXPECT_FALSE(world.feed.watch("192.0.2.1"));
+    EXPECT_TRUE(world.feed.watch("192.0.2.5"));
 }
 
 // A watcher whose connection ends for want of memory has cost the others nothing.
@@ -188,12 +191,12 @@ TEST(EventFeed, AReadThatThrowsLosesNoChange)
             return texts[path];
         },
         [&] { return now; });
-    const auto watcher = feed.watch();
+    const auto watcher = feed.watch("192.0.2.1");
     static_cast<void>(watcher->next());
     texts = {{"/a", "10"}, {"/b", "20"}};
     now += 200ms;
     throws = true;
-    EXPECT_THROW(static_cast<void>(feed.watch()->next()), std::bad_alloc);
+    EXPECT_THROW(static_cast<void>(feed.watch("192.0.2.1")->next()), std::bad_alloc);
     throws = false;
     EXPECT_EQ(watcher->next(), "event: changes\ndata: {\"/a\":10,\"/b\":20}\n\n");
 }
@@ -209,7 +212,7 @@ TEST(EventFeed, MayBeWatchedOnManyThreads)
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&feed] {
             for (int round = 0; round < 20; ++round) {
-                const auto watcher = feed.watch();
+                const auto watcher = feed.watch("192.0.2.1");
                 ASSERT_TRUE(watcher);
                 ASSERT_TRUE(
                     watcher->next()->starts_with("retry: 1000\nevent: all\ndata: {\"/a\":"));
