@@ -254,7 +254,7 @@ class SlowReaders(unittest.TestCase):
                     for receiver in receivers:
                         instrument.patch(receiver, {
                             "transport_params": [{"destination_port": 1000 + number}, {}],
-                            **IMMEDIATE})
+                            **IMMEDIATE}, source="127.0.0.2")  # has its own lines in the log
                     time.sleep(0.2)
             self.assertEqual(instrument.get("/healthz").status, 200)
 
