@@ -245,7 +245,7 @@ class SlowReaders(unittest.TestCase):
             receivers = instrument.resources("receivers")
             with Watcher(instrument, receive_buffer=4096) as watcher:
                 watcher.next()
-                end = time.monotonic() + 120
+                end = time.monotonic() + 240
                 number = 0
                 # Its answers do not fit into the buffers any more; 30 seconds later it is ended.
                 while ENDED not in instrument.log:
