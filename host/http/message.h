@@ -59,7 +59,7 @@ struct HttpResponse
     std::vector<std::pair<std::string, std::string>> headers;
 
     /// If set, the body is what it gives, piece by piece, without Content-Length; `body` is not sent.
-    /// An answer to HEAD does not ask it.
+    /// An answer to HEAD does not ask it, and is the last one of its connection.
     std::shared_ptr<HttpStream> stream = nullptr;
 };
 

@@ -60,6 +60,23 @@ ResponsePointer response_around(ReadBytes read)
     return response;
 }
 
+ssize_t read_nothing(void*, std::uint64_t, char*, std::size_t)
+{
+    return MHD_CONTENT_READER_END_OF_STREAM;
+}
+
+// libmicrohttpd 0.9.75 sends the last chunk of a chunked answer to HEAD too, and the client would
+// take it for the next answer. So this is not chunked, and has no length.
+ResponsePointer response_of_unknown_length()
+{
+    ResponsePointer response(
+        MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 1, &read_nothing, nullptr, nullptr));
+    if (response && MHD_set_response_options(response.get(), MHD_RF_HTTP_1_0_COMPATIBLE_STRICT,
+                                             MHD_RO_END) != MHD_YES)
+        return nullptr;
+    return response;
+}
+
 bool add_header(MHD_Response& response, const char* name, const char* value)
 {
     return MHD_add_response_header(&response, name, value) == MHD_YES;
@@ -110,6 +127,13 @@ int queue_stream(MHD_Connection* connection, const HttpResponse& response, ReadB
     if (queue(connection, response, response_around(std::move(read)), after))
         return response.status;
     return queue_failure(connection, after);
+}
+
+int queue_head_of_stream(MHD_Connection* connection, const HttpResponse& response)
+{
+    if (queue(connection, response, response_of_unknown_length(), AfterAnswer::close_connection))
+        return response.status;
+    return queue_failure(connection, AfterAnswer::close_connection);
 }
 
 } // namespace nmos_instrument::host

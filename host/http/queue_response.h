@@ -32,6 +32,9 @@ int queue_response(MHD_Connection* connection, HttpResponse response, AfterAnswe
 int queue_stream(MHD_Connection* connection, const HttpResponse& response, ReadBytes read,
                  AfterAnswer after);
 
+/// The same for an answer to HEAD. The connection ends then.
+int queue_head_of_stream(MHD_Connection* connection, const HttpResponse& response);
+
 } // namespace nmos_instrument::host
 
 #endif

@@ -238,26 +238,26 @@ MHD_Result RequestFlow::hand_over(Connection& connection, MHD_Connection* mhd,
                                   HttpResponse response, AfterAnswer after)
 {
     connection.set_deadline(options_.answer_deadline);
-    Exchange& exchange = *connection.exchange;
-    if (response.stream) {
-        if (!exchange.is_head)
-            start_stream(connection, mhd, std::move(response.stream));
-        const auto read = [this, &connection](char* to, std::size_t most) {
-            return read_stream(connection, to, most);
-        };
-        exchange.status = queue_stream(mhd, response, read, after);
-    } else {
-        exchange.status = queue_response(mhd, std::move(response), after);
-    }
-    return exchange.status == 0 ? MHD_NO : MHD_YES;
+    int& status = connection.exchange->status;
+    if (!response.stream)
+        status = queue_response(mhd, std::move(response), after);
+    else if (connection.exchange->is_head)
+        status = queue_head_of_stream(mhd, response);
+    else
+        status = start_stream(connection, mhd, response, after);
+    return status == 0 ? MHD_NO : MHD_YES;
 }
 
-void RequestFlow::start_stream(Connection& connection, MHD_Connection* mhd,
-                               std::shared_ptr<HttpStream> stream)
+int RequestFlow::start_stream(Connection& connection, MHD_Connection* mhd,
+                              const HttpResponse& response, AfterAnswer after)
 {
-    std::shared_ptr<StreamedAnswer>& answer = connection.exchange->stream;
-    answer = std::make_shared<StreamedAnswer>(std::move(stream), mhd, connection.loop);
-    connections_.expect_stream(connection, answer);
+    std::shared_ptr<StreamedAnswer>& stream = connection.exchange->stream;
+    stream = std::make_shared<StreamedAnswer>(response.stream, mhd, connection.loop);
+    connections_.expect_stream(connection, stream);
+    const auto read = [this, &connection](char* to, std::size_t most) {
+        return read_stream(connection, to, most);
+    };
+    return queue_stream(mhd, response, read, after);
 }
 
 ssize_t RequestFlow::read_stream(Connection& connection, char* to, std::size_t most) noexcept
@@ -275,23 +275,23 @@ ssize_t RequestFlow::read_stream(Connection& connection, char* to, std::size_t m
 // libmicrohttpd asks for more when the system has accepted all that it got before.
 ssize_t RequestFlow::next_bytes(Connection& connection, char* to, std::size_t most)
 {
-    StreamedAnswer* const stream = connection.exchange->stream.get();
-    if (stream == nullptr || stream->is_ending())
+    StreamedAnswer& stream = *connection.exchange->stream;
+    if (stream.is_ending())
         return MHD_CONTENT_READER_END_OF_STREAM;
-    if (stream->left() == 0) {
+    if (stream.left() == 0) {
         give_back_memory(connection);
         connection.set_deadline(options_.answer_deadline);
-        const StreamedAnswer::Next next = stream->ask();
+        const StreamedAnswer::Next next = stream.ask();
         if (next == StreamedAnswer::Next::end)
             return MHD_CONTENT_READER_END_OF_STREAM;
         if (next == StreamedAnswer::Next::later) {
             connection.clear_deadline(); // the client has read all that there was
             return 0;
         }
-        if (!take_memory(connection, stream->left()))
+        if (!take_memory(connection, stream.left()))
             throw std::runtime_error("too many answers wait to be read");
     }
-    return static_cast<ssize_t>(stream->take(to, most));
+    return static_cast<ssize_t>(stream.take(to, most));
 }
 
 void RequestFlow::end(Connection& connection, MHD_RequestTerminationCode how)

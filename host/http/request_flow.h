@@ -18,7 +18,6 @@
 #include "http/pending_answer.h"
 #include "http/queue_response.h"
 #include "http/server.h"
-#include "http/stream.h"
 
 namespace nmos_instrument::host {
 
@@ -56,8 +55,8 @@ private:
     MHD_Result send_last(Connection& connection, MHD_Connection* mhd, HttpResponse response);
     MHD_Result hand_over(Connection& connection, MHD_Connection* mhd, HttpResponse response,
                          AfterAnswer after);
-    void start_stream(Connection& connection, MHD_Connection* mhd,
-                      std::shared_ptr<HttpStream> stream);
+    int start_stream(Connection& connection, MHD_Connection* mhd, const HttpResponse& response,
+                     AfterAnswer after);
     ssize_t read_stream(Connection& connection, char* to, std::size_t most) noexcept;
     ssize_t next_bytes(Connection& connection, char* to, std::size_t most);
     void report_failure(const HttpRequest& request, const char* what) const noexcept;

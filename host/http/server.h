@@ -42,7 +42,7 @@ struct HttpAccess
     std::string path;   ///< as in HttpRequest
     std::string peer;
     std::size_t route; ///< as the handler noted it; 0 if it was not asked
-    int status;        ///< 0 if the client went away before its answer; a stream has one when it has begun
+    int status; ///< 0 if the client went away before its answer; a stream has one when it has begun
     std::chrono::microseconds
         duration; ///< from the end of the headers to the last byte handed over
 };
@@ -79,7 +79,7 @@ struct HttpServerOptions
     std::chrono::milliseconds body_deadline{30'000}; ///< header end to body end
     std::chrono::milliseconds answer_deadline{
         30'000}; ///< reply to the last byte accepted; of a stream, each piece has as long
-    std::chrono::milliseconds idle_deadline{30'000};   ///< answer to the next request line
+    std::chrono::milliseconds idle_deadline{30'000}; ///< answer to the next request line
 
     /// How long stop() waits for running requests before it answers them with 503.
     std::chrono::milliseconds stop_deadline{1'500};

@@ -56,7 +56,7 @@ export class Feed {
     this.#timer = setTimeout(() => this.#look(), tryAgainAfter);
   }
 
-  // The instrument says something every second. A cable that is pulled says nothing at all.
+  // The instrument says something every second. A pulled cable says nothing.
   #expectLife() {
     if (this.#source && performance.now() - this.#last > 5 * tryAgainAfter)
       this.#failed();

@@ -23,7 +23,7 @@ const named = (model, resource) =>
   make("b", {dir: "auto"}, model.resource(...resource.split("/"))?.label ?? resource);
 
 function happened(model, one) {
-  const reasons = (one.debug ?? one.why ?? "").split("\n").filter(line => line);
+  const reasons = (one.debug ?? one.why)?.split(" | ") ?? [];
   return make("li", {"data-kind": one.kind}, times(one.time),
     make("div",
       make("p", make("span.lamp", texts.happened[one.kind]), " ", named(model, one.what), " ", texts.details[one.kind](one)),

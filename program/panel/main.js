@@ -22,7 +22,7 @@ const log = new Log(byId("events"), dialog);
 showRequestsIn(byId("requests"));
 
 function show() {
-  if (!clock.isSet)
+  if (!model.isComplete)
     return;
   const now = clock.now();
   header.showTime(now);

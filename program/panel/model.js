@@ -9,6 +9,11 @@ export const pathOf = (side, id, what) => `/x-nmos/connection/v1.0/single/${side
 export class Model {
   #bodies = {};
 
+  // What the instrument could not read comes later.
+  get isComplete() {
+    return [this.layout, this.status, this.self, this.device].every(body => body !== undefined);
+  }
+
   replace(bodies) {
     this.#bodies = bodies;
   }
@@ -30,7 +35,7 @@ export class Model {
   }
 
   get device() {
-    return this.#bodies[`${node}devices`][0];
+    return this.#bodies[`${node}devices`]?.[0];
   }
 
   /// What IS-04 says of one sender or receiver; undefined if it belongs to somebody else.

@@ -15,8 +15,7 @@ export async function fileOf(sender) {
   return answer.ok ? answer.body : "";
 }
 
-/// Browsers have a clipboard for pages of https and of the own machine only; on others, what is
-/// selected can be copied.
+/// Pages of http have no clipboard, but what is selected can be copied.
 async function copied(text, parent) {
   if (navigator.clipboard)
     return navigator.clipboard.writeText(text).then(() => true, () => false);

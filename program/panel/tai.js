@@ -42,10 +42,6 @@ export function localTime(tai) {
 export class TaiClock {
   #ahead = -Infinity; // of this page's own clock
 
-  get isSet() {
-    return this.#ahead !== -Infinity;
-  }
-
   now() {
     return performance.now() + this.#ahead;
   }

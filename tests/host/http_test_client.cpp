@@ -156,12 +156,34 @@ std::optional<TestResponse> TestClient::receive()
         return std::nullopt;
     const auto length =
         static_cast<std::size_t>(std::atoll(response->header("content-length").c_str()));
-    while (received_.size() < length)
-        if (!read_more(patience))
-            return std::nullopt;
+    if (!read_until(length))
+        return std::nullopt;
     response->body = received_.substr(0, length);
     received_.erase(0, length);
     return response;
+}
+
+std::optional<std::string> TestClient::receive_chunk()
+{
+    std::size_t line;
+    while ((line = received_.find("\r\n")) == std::string::npos)
+        if (!read_more(patience))
+            return std::nullopt;
+    const std::size_t size = std::strtoul(received_.c_str(), nullptr, 16);
+    const std::size_t begin = line + 2;
+    if (!read_until(begin + size + 2))
+        return std::nullopt;
+    std::string chunk = received_.substr(begin, size);
+    received_.erase(0, begin + size + 2);
+    return chunk;
+}
+
+bool TestClient::read_until(std::size_t size)
+{
+    while (received_.size() < size)
+        if (!read_more(patience))
+            return false;
+    return true;
 }
 
 bool TestClient::is_closed_within(std::chrono::milliseconds time)

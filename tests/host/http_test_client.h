@@ -49,6 +49,10 @@ public:
     /// The headers only, as of an answer to HEAD.
     std::optional<TestResponse> receive_head();
 
+    /// The next chunk of an answer whose head has been received; empty is the last one. Nothing when
+    /// the connection ends, or patience does, before it is complete.
+    std::optional<std::string> receive_chunk();
+
     /// Whether the server ends the connection, and within what time.
     bool is_closed_within(std::chrono::milliseconds time);
 
@@ -57,6 +61,7 @@ public:
 
 private:
     bool read_more(std::chrono::milliseconds time);
+    bool read_until(std::size_t size);
 
     int socket_;
     std::string received_;

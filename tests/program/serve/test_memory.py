@@ -104,6 +104,36 @@ class Readers(threading.Thread):
                 self.unexpected.append("no answer")
 
 
+class Watcher(threading.Thread):
+    """Comes to /events again and again, and stays for a while."""
+
+    def __init__(self, instrument, end):
+        super().__init__()
+        self.instrument, self.end = instrument, end
+        self.events = 0
+        self.unexpected = []
+
+    def run(self):
+        while time.monotonic() < self.end:
+            time.sleep(PAUSE)
+            connection = self.instrument.connect()
+            with contextlib.suppress(OSError, http.client.HTTPException), \
+                    contextlib.closing(connection):
+                connection.request("GET", "/events")
+                self.watch(connection.getresponse())
+
+    def watch(self, response):
+        if response.status not in (200, 500, 503):
+            self.unexpected.append(response.status)
+        leave = time.monotonic() + 1
+        while response.status == 200 and time.monotonic() < leave:
+            line = response.readline()
+            if line.startswith(b"event: "):
+                self.events += 1
+            elif line == b"":
+                return
+
+
 class Memory(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -120,16 +150,20 @@ class Memory(unittest.TestCase):
             changes = [Changes(instrument, receiver, end) for receiver in receivers[:2]]
             readers = [Readers(instrument, receiver, self.manifests.url("/good"), end)
                        for receiver in receivers[4:6]]
-            for thread in changes + readers:
+            watchers = [Watcher(instrument, end) for _ in range(2)]
+            others = readers + watchers
+            for thread in changes + others:
                 thread.start()
             # Long enough to save: what fails too often is not tried for seconds.
             self.memory.run_short(SECONDS, pause=0.06)
-            for thread in changes + readers:
+            for thread in changes + others:
                 thread.join()
             self.memory.set(0)
             self.assertIsNone(instrument.process.poll(), instrument.log[-2000:])
-            for thread in changes + readers:
+            for thread in changes + others:
                 self.assertEqual(thread.unexpected, [])
+            for watcher in watchers:
+                self.assertGreater(watcher.events, 5)
             # As soon as there is memory, everything works.
             self.assertEqual(instrument.get("/healthz").status, 200)
             for change in changes:

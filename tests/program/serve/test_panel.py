@@ -6,9 +6,10 @@ import re
 import socket
 import unittest
 
-from instrument import EXAMPLES, Instrument, InstrumentTest
+from instrument import EXAMPLES, InstrumentTest
 
 PAGE_FOLDER = EXAMPLES.parent.parent / "program" / "panel"
+LISTING = b'[\n    "x-nmos/"\n]\n'
 POLICY = ("default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; "
           "img-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'")
 TYPES = {".html": "text/html; charset=utf-8", ".css": "text/css; charset=utf-8",
@@ -54,12 +55,10 @@ class Page(InstrumentTest):
             with self.subTest(accept):
                 answer = self.get("/", accept)
                 self.assertEqual(answer.status, 200)
-                self.assertEqual(answer.json, ["x-nmos/"])
+                self.assertEqual(answer.body, LISTING)
                 self.assertEqual(answer.headers["content-type"], "application/json")
                 self.assertEqual(answer.headers["vary"], "Accept")
                 self.assertNotIn("etag", answer.headers)
-        with Instrument("--no-panel") as without:
-            self.assertEqual(self.get("/").body, without.get("/").body)
 
     def test_the_lines_of_accept_are_one_list(self):
         connection = self.instrument.connect()
@@ -212,7 +211,7 @@ class WithoutThePage(InstrumentTest):
     def test_the_root_is_the_listing_for_everybody(self):
         for accept in BROWSERS + OTHERS:
             answer = self.instrument.request("GET", "/", headers={"Accept": accept})
-            self.assertEqual(answer.json, ["x-nmos/"])
+            self.assertEqual(answer.body, LISTING)
             self.assertEqual(answer.headers["content-type"], "application/json")
             self.assertNotIn("vary", answer.headers)
 
