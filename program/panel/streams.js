@@ -80,7 +80,7 @@ class Signal {
     const isOther = legDiffers(this.#side, staged, active, leg);
     const line = this.#legs[leg];
     setAttribute(line.staged.parentElement, "data-differs", isOther);
-    setText(line.staged, (isOther ? "≠ " : "") + (legAddress(this.#side, staged, leg) ?? texts.onOff(false)));
+    setText(line.staged, (isOther ? "≠\u00a0" : "") + (legAddress(this.#side, staged, leg) ?? texts.onOff(false)));
     setText(line.active, legAddress(this.#side, active, leg) ?? texts.onOff(false));
   }
 }

@@ -80,6 +80,15 @@ for (const colorScheme of ["light", "dark"]) {
   }
 }
 
+test("the check finds what is wrong", async () => {
+  const page = await openPanel(it.browser, it.instrument);
+  await page.evaluate(() => document.querySelector("main").append(document.createElement("button")));
+  const found = await violations(page);
+  assert.equal(found.length, 1, found.join("\n"));
+  assert.match(found[0], /^button-name: /);
+  await closePanel(page);
+});
+
 test("with the keyboard the focus is always seen, and the dialog keeps it", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const [receiver] = await it.instrument.ids("receivers");

@@ -88,6 +88,22 @@ for (const [configuration, side, shown, hidden, reason] of [
   });
 }
 
+test("the longest address and port are never cut off", async () => {
+  const sender = `senders/${(await it.instrument.ids("senders"))[0]}`;
+  const leg = {destination_ip: "239.255.255.255", destination_port: 65535};
+  await it.instrument.patch(sender, {transport_params: [leg, leg]});
+  for (const width of [360, 800, 1280, 1440, 1920]) {
+    const page = await openPanel(it.browser, it.instrument, {width});
+    const staged = page.locator(`li[data-id="${sender.split("/")[1]}"] .staged`).first();
+    await staged.filter({hasText: "239.255.255.255:65535"}).waitFor();
+    assert.ok((await staged.textContent()).startsWith("≠"));
+    const cut = await page.locator(".staged, .leg").evaluateAll(
+      all => all.filter(one => one.scrollWidth > one.clientWidth).map(one => one.textContent));
+    assert.deepEqual(cut, [], `${width} pixels wide`);
+    await closePanel(page);
+  }
+});
+
 test("scripts that are not files of the page do not run", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const answer = await page.request.get(`${it.instrument.url}/`, {headers: {Accept: "text/html"}});

@@ -5,7 +5,7 @@
 
 const path = require("node:path");
 const {Instrument, SINGLE} = require("./support/instrument");
-const {closePanel, dialogOf, field, launch, openDialog, openPanel} = require("./support/panel");
+const {closePanel, field, launch, openDialog, openPanel} = require("./support/panel");
 const {twoLegs} = require("./support/sdp_files");
 
 const directory = process.argv[2];
@@ -31,9 +31,12 @@ async function work(instrument) {
   return receivers;
 }
 
-async function settled(page) {
-  await page.locator("#log li").first().waitFor();
-  await page.evaluate(() => document.fonts.ready);
+// What the page says of a file that is refused.
+async function refusal(page, receiver) {
+  const dialog = await openDialog(page, `receivers/${receiver}`, "SDP file");
+  await field(dialog, "SDP file").fill(twoLegs({rate: 24}));
+  await dialog.locator('#sdp-verdict[data-verdict="refused"]').waitFor();
+  await dialog.screenshot({path: path.join(directory, "panel-refused-dark.png")});
 }
 
 async function main() {
@@ -41,20 +44,17 @@ async function main() {
   const browser = await launch();
   try {
     const receivers = await work(instrument);
-    for (const colorScheme of ["light", "dark"])
-      for (const [width, height] of [[1440, 900], [390, 844]]) {
-        const page = await openPanel(browser, instrument, {width, height, colorScheme, reducedMotion: "reduce"});
-        await settled(page);
-        await page.screenshot({path: path.join(directory, `panel-${colorScheme}-${width}.png`)});
-        if (width === 1440) {
-          const dialog = await openDialog(page, `receivers/${receivers[3]}`, "SDP file");
-          await field(dialog, "SDP file").fill(twoLegs({rate: 24}));
-          await dialog.locator('#sdp-verdict[data-verdict="refused"]').waitFor();
-          await dialog.locator(".finding").first().scrollIntoViewIfNeeded();
-          await dialogOf(page).screenshot({path: path.join(directory, `panel-refused-${colorScheme}.png`)});
-        }
+    for (const colorScheme of ["light", "dark"]) {
+      for (const width of [1440, 390]) {
+        const page = await openPanel(browser, instrument, {width, height: 900, colorScheme, reducedMotion: "reduce"});
+        await page.locator("#log li").first().waitFor();
+        await page.screenshot({path: path.join(directory, `panel-${colorScheme}-${width}.png`),
+                               fullPage: width === 1440});
+        if (colorScheme === "dark" && width === 1440)
+          await refusal(page, receivers[3]);
         await closePanel(page);
       }
+    }
   } finally {
     await browser.close();
     await instrument.end();
