@@ -30,7 +30,7 @@ export function differsAnywhere(side, staged, active) {
     || legs.some(leg => legDiffers(side, staged, active, leg));
 }
 
-/// "233.252.0.11:5004"; null if the leg is off. A receiver that has no group receives at its own address.
+/// "233.252.0.11:5004"; null if the leg is off. A receiver without a group has its own address.
 export function legAddress(side, half, leg) {
   const parameters = half.transport_params[leg];
   const address = side === "senders" ? parameters.destination_ip

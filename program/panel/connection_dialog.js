@@ -44,7 +44,7 @@ export class ConnectionDialog {
         "aria-controls": `panel-${name}`,
         onkeydown: event => this.#turn(event),
       });
-      this.#panels[name] = make("div", {role: "tabpanel", id: `panel-${name}`, "aria-labelledby": `tab-${name}`});
+      this.#panels[name] = make("div", {role: "tabpanel", id: `panel-${name}`, "aria-labelledby": `tab-${name}`, tabindex: 0});
     }
     this.#dialog = make("dialog", {
       id: "connection-dialog",
@@ -54,7 +54,7 @@ export class ConnectionDialog {
     make("header", make("div", this.#heading, this.#about),
          button("button.close", "×", () => this.#dialog.close(), {"aria-label": texts.close}), this.#scheduled,
          make("div", {role: "tablist", "aria-label": texts.parts}, Object.values(this.#tabs))),
-    make("div.body", {tabindex: 0, role: "group", "aria-label": texts.parts}, Object.values(this.#panels)),
+    Object.values(this.#panels),
     make("footer", this.#message, this.#when.element, make("div.actions", this.#stage, this.#activate)));
     parent.append(this.#dialog);
   }
@@ -139,13 +139,10 @@ export class ConnectionDialog {
 
   async #send(activates) {
     const patch = this.#offersFile ? this.#file.patch : this.#parameters.patch;
-    try {
-      if (activates)
-        patch.activation = this.#when.activation;
-    } catch (error) {
-      this.#say("refused", error.message);
+    if (activates)
+      patch.activation = this.#when.activation;
+    if (patch.activation === null)
       return;
-    }
     if (Object.keys(patch).length === 0) {
       this.#say(null, texts.nothingEdited);
       return;

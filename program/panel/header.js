@@ -35,6 +35,7 @@ export class Header {
   #reference = new Fact(this.#facts, texts.reference);
   #node = new Fact(this.#facts, texts.node);
   #device = new Fact(this.#facts, texts.device);
+  #interfaces = new Fact(this.#facts, texts.interfaces);
 
   constructor(header) {
     header.append(make("section", {"aria-label": texts.instrument},
@@ -45,7 +46,7 @@ export class Header {
 
   /// "live", "lost" or "waiting"
   connectionIs(state) {
-    this.#connection.show(state, texts.connection[state], location.origin);
+    this.#connection.show(state, texts.connection[state], "");
   }
 
   update(model) {
@@ -59,9 +60,9 @@ export class Header {
       this.#reference.show(clock.locked ? "live" : "waiting", texts.ptp(clock.locked), clock.gmid);
     else
       this.#reference.show("live", texts.internalClock, clock.name);
-    const addresses = layout.interfaces.map(one => `${one.name} ${one.address}`).join(", ");
-    this.#node.show("none", self.id, `${self.href} · ${addresses}`);
+    this.#node.show("none", self.href, self.id);
     this.#device.show("none", device.label, device.id);
+    this.#interfaces.show("none", ...layout.interfaces.map(one => `${one.name} ${one.address}`));
   }
 
   #showRegistration(status) {

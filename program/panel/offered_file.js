@@ -80,11 +80,11 @@ export class OfferedFile {
     this.#check(text);
   }
 
-  // A file that has been edited is not the sender's any more. Its lines end with CR LF (RFC 4566 5).
+  // A file that has been edited is not the sender's any more.
   #edited() {
     this.#sender.value = "";
     this.#begin();
-    this.#timer = setTimeout(() => this.#check(this.#area.value.replaceAll("\n", "\r\n")), checkAfter);
+    this.#timer = setTimeout(() => this.#check(this.#area.value), checkAfter);
   }
 
   // Whatever was judged before counts no more.

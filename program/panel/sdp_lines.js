@@ -4,7 +4,7 @@
 
 import {make} from "./dom.js";
 
-/// `notesOf(line, number)` gives the elements that stand at a line; number 0 is the file as a whole.
+/// `notesOf(line, number)` gives what stands at a line; 0 is the file as a whole.
 export function sdpLines(sdp, notesOf) {
   const lines = sdp.replace(/\r?\n$/, "").split(/\r?\n/);
   const item = (line, number) => make("li", {"data-line": number}, make("span.number", String(number || "")),

@@ -26,6 +26,7 @@ export const texts = {
   internalClock: "internal",
   node: "Node",
   device: "Device",
+  interfaces: "Media",
   taiLong: "International Atomic Time",
   local: time => `${time} local`,
   tai: text => `TAI ${text}`,
@@ -52,7 +53,7 @@ export const texts = {
   nothingHappened: "Nothing has happened since the start.",
   happened: {activation: "activated", failure: "failed", refusal: "refused"},
   details: {
-    activation: one => `${one.mode}, ${(one.late_us / 1000).toFixed(1)} ms after it was due`,
+    activation: one => `${one.mode}, ${(one.late_us / 1000).toFixed(1)} ms late`,
     failure: one => one.mode,
     refusal: one => `${one.status} ${one.error}, asked by ${one.client}`,
   },
@@ -79,7 +80,7 @@ export const texts = {
   noSender: "none: a file of others",
   chooseFile: "Choose file",
   sdpFile: "SDP file",
-  pasteHere: "Paste an SDP file, or drop one. It is only checked until you stage or activate it.",
+  pasteHere: "Paste or drop an SDP file. It is only checked, until you stage or activate it.",
   enableReceiver: "Enable the receiver",
   taken: warnings => `The receiver takes this file${warnings ? `, with ${counted(warnings, "warning")}` : ""}.`,
   refused: (errors, more) => `The receiver refuses this file: ${counted(errors, "error")}`
@@ -97,7 +98,6 @@ export const texts = {
   whenWords: {now: "now", in: "in seconds", at: "at"},
   seconds: "Seconds",
   time: "Time",
-  badTime: {in: "The seconds must be a number from 0 on.", at: "A date and a time are needed."},
   stage: "Stage",
   activate: "Activate",
   nothingEdited: "Nothing has been edited.",

@@ -2,7 +2,7 @@
 //
 // When an activation shall happen: the "activation" object of IS-05.
 
-import {make, setAttribute} from "./dom.js";
+import {make} from "./dom.js";
 import {localDateAndClock, taiOfDate, taiText} from "./tai.js";
 import {texts} from "./texts.js";
 
@@ -11,8 +11,8 @@ const modes = {now: "activate_immediate", in: "activate_scheduled_relative", at:
 export class When {
   #radios = {};
   #fields = {
-    in: make("input", {type: "number", min: 0, step: "any", value: 5, "aria-label": texts.seconds}),
-    at: make("input", {type: "datetime-local", step: 1, "aria-label": texts.time}),
+    in: make("input", {type: "number", min: 0, step: "any", value: 5, required: true, "aria-label": texts.seconds}),
+    at: make("input", {type: "datetime-local", step: 1, required: true, "aria-label": texts.time}),
   };
   element = make("fieldset.when", make("legend", texts.when));
 
@@ -28,8 +28,6 @@ export class When {
 
   #choose(word) {
     this.#radios[word].checked = true;
-    for (const field of Object.values(this.#fields))
-      setAttribute(field, "aria-invalid", null);
   }
 
   /// Now; for "at", the minute after next is proposed.
@@ -40,19 +38,13 @@ export class When {
     this.#choose("now");
   }
 
-  /// Throws an Error with the reason if a field cannot be used; that field has the focus then.
+  /// Null if its field cannot be used; the browser says why.
   get activation() {
     const word = Object.keys(modes).find(one => this.#radios[one].checked);
-    return {mode: modes[word], requested_time: word === "now" ? null : this.#time(word)};
-  }
-
-  #time(word) {
     const field = this.#fields[word];
+    if (!field)
+      return {mode: modes[word], requested_time: null};
     const time = word === "in" ? field.valueAsNumber * 1000 : taiOfDate(new Date(field.value));
-    if (time >= 0)
-      return taiText(time);
-    setAttribute(field, "aria-invalid", "true");
-    field.focus();
-    throw new Error(texts.badTime[word]);
+    return field.reportValidity() ? {mode: modes[word], requested_time: taiText(time)} : null;
   }
 }

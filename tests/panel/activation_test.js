@@ -127,14 +127,15 @@ test("while one is scheduled a change is refused, and the page says so", async (
   await closePanel(page);
 });
 
-test("a number of seconds that is none is named at its field", async () => {
+test("a number of seconds that is none is said at its field, and nothing is sent", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await enable(page);
   await choose(dialog, "in seconds");
   const seconds = field(dialog, "Seconds");
   await seconds.fill("-1");
   await button(dialog, "Activate").click();
-  await eventually(() => seconds.getAttribute("aria-invalid"), "true");
+  assert.equal(await seconds.evaluate(input => input.validity.rangeUnderflow), true);
+  assert.equal(await seconds.evaluate(input => input === document.activeElement), true);
   assert.equal((await it.instrument.staged(sender)).activation.mode, null);
   await closePanel(page);
 });
