@@ -39,8 +39,8 @@ async function storm(receivers) {
 }
 
 // Notes what kept the page from drawing, and what moved on it.
-function observe(page) {
-  return page.evaluate(() => {
+async function observe(page) {
+  await page.evaluate(() => {
     window.longTasks = [];
     window.shifts = 0;
     new PerformanceObserver(list => window.longTasks.push(...list.getEntries().map(one => one.duration)))
@@ -48,6 +48,16 @@ function observe(page) {
     new PerformanceObserver(list => list.getEntries().forEach(one => { window.shifts += one.value; }))
       .observe({type: "layout-shift"});
   });
+  await it.browser.startTracing(page, {categories: ["disabled-by-default-devtools.timeline"]});
+}
+
+// The longest task of the page since then in milliseconds of the CPU: what else the machine did meanwhile
+// is not in it.
+async function longestTask() {
+  const {traceEvents} = JSON.parse(await it.browser.stopTracing());
+  const tasks = traceEvents.filter(one => one.name === "RunTask" && one.tdur > 0);
+  assert.ok(tasks.length > SECONDS, `${tasks.length} tasks`);
+  return tasks.reduce((longest, one) => Math.max(longest, one.tdur / 1000), 0);
 }
 
 // How long the page takes, in milliseconds, to open the dialog of each receiver.
@@ -74,28 +84,20 @@ async function isRight(page, receivers) {
   }
 }
 
-// Resolves to the long tasks and the layout shift.
-async function measured() {
-  const page = await openPanel(it.browser, it.instrument);
+test("a storm of changes", async () => {
+  const page = await openPanel(it.browser, it.instrument, {width: 1440});
   const receivers = await it.instrument.ids("receivers");
   await page.waitForTimeout(SETTLED);
   await observe(page);
   const [made, opened] = await Promise.all([storm(receivers), open(page, receivers.slice(0, 5))]);
+  const longest = await longestTask();
   await isRight(page, receivers);
   const {longTasks, shifts} = await page.evaluate(() => ({longTasks: window.longTasks, shifts: window.shifts}));
-  console.log(`${made} changes in ${SECONDS} s; tasks of 50 ms and more: ${longTasks.length} ` +
-              `(longest ${Math.max(0, ...longTasks)} ms); layout shift ${shifts}; ` +
-              `dialog opened in ${opened.join(", ")} ms`);
+  console.log(`${made} changes in ${SECONDS} s; longest task ${longest.toFixed(1)} ms of the CPU; ` +
+              `by the clock ${longTasks.length} of 50 ms and more (longest ${Math.max(0, ...longTasks)} ms); ` +
+              `layout shift ${shifts}; dialog opened in ${opened.join(", ")} ms`);
   assert.ok(made >= RATE * SECONDS * 0.9, `${made} changes`);
+  assert.ok(longest < 50, `${longest} ms`);
+  assert.ok(shifts < 0.01, `layout shift ${shifts}`);
   await closePanel(page);
-  return {longTasks, shifts};
-}
-
-test("a storm of changes", async () => {
-  let outcome = await measured();
-  // What else the machine does can hold up a task; a page that is slow itself is slow each time.
-  for (let again = 0; again < 2 && outcome.longTasks.length > 0; ++again)
-    outcome = await measured();
-  assert.deepEqual(outcome.longTasks, []);
-  assert.ok(outcome.shifts < 0.01, `layout shift ${outcome.shifts}`);
 });
