@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is going to happen, and what has happened: scheduled activations, activations, refusals.
+// What is scheduled, and what has happened.
 
 import {keepChildren, make, setText} from "./dom.js";
 import {localTime, taiOf} from "./tai.js";
@@ -33,6 +33,7 @@ function happened(model, one) {
 export class Log {
   #scheduled = make("ul", {id: "scheduled"});
   #list = make("ol", {id: "log", tabindex: 0});
+  #listed = "";
   #told;
 
   /// `told.cancel(side, id)` cancels what is scheduled.
@@ -49,7 +50,11 @@ export class Log {
     keepChildren(this.#scheduled, pending, one => one.resource + one.due, one => this.#pending(model, one));
     pending.forEach((one, i) =>
       setText(this.#scheduled.children[i].firstElementChild, texts.inTime(taiOf(one.due) - now)));
-    keepChildren(this.#list, happenings(model.status), one => one.kind + one.time + one.what, one => happened(model, one));
+    const all = happenings(model.status);
+    const listed = JSON.stringify(all);
+    if (listed !== this.#listed)
+      this.#list.replaceChildren(...all.map(one => happened(model, one)));
+    this.#listed = listed;
   }
 
   #pending(model, {resource, due}) {

@@ -149,7 +149,7 @@ test("with more watchers than the instrument takes, the page says so and comes i
   const instrument = await Instrument.start();
   const watchers = [];
   try {
-    for (let i = 0; i < 32; ++i)
+    for (let i = 0; i < 16; ++i)
       watchers.push(await new Promise((resolve, reject) => {
         const request = http.get(`${instrument.url}/events`, {agent: false}, answer => {
           answer.on("error", () => {});

@@ -65,7 +65,7 @@ test("an address and a port are staged, and nothing is active before it is activ
   await eventually(() => isDifferent(dialog, "leg1.destination_ip"), true);
   await eventually(() => isDifferent(dialog, "leg2.destination_port"), true);
   assert.equal(await isDifferent(dialog, "leg1.destination_port"), false);
-  assert.equal(await entryOf(page, sender).getAttribute("data-differs"), "true");
+  await eventually(() => entryOf(page, sender).getAttribute("data-differs"), "true");
   await button(dialog, "Activate").click();
   await eventually(async () => (await legs(sender, "active")).map(leg => [leg.destination_ip, leg.destination_port]),
                    [["233.252.0.77", 5004], ["233.252.0.21", 5077]]);
