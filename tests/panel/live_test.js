@@ -3,6 +3,7 @@
 // The page follows the instrument: changes of others, a restart, a page that nobody sees.
 
 const assert = require("node:assert/strict");
+const http = require("node:http");
 const {test} = require("node:test");
 const {Instrument} = require("./support/instrument");
 const {button, closePanel, entryOf, eventually, field, isLive, openDialog, openPanel, shared} =
@@ -144,27 +145,30 @@ test("a page that nobody sees asks for nothing, and goes on when it is seen", as
   await closePanel(page);
 });
 
+// A watcher of the events; null if the instrument has no room for it.
+function watch(instrument) {
+  return new Promise((resolve, reject) => {
+    const request = http.get(`${instrument.url}/events`, {agent: false}, answer => {
+      answer.on("error", () => {}); // it is ended from here
+      answer.resume();
+      resolve(answer.statusCode === 200 ? request : null);
+    });
+    request.on("error", reject);
+  });
+}
+
 test("with more watchers than the instrument takes, the page says so and comes in later", async () => {
-  const http = require("node:http");
   const instrument = await Instrument.start();
   const watchers = [];
   try {
-    for (let i = 0; i < 16; ++i)
-      watchers.push(await new Promise((resolve, reject) => {
-        const request = http.get(`${instrument.url}/events`, {agent: false}, answer => {
-          answer.on("error", () => {});
-          answer.resume();
-          resolve(request);
-        });
-        request.on("error", reject);
-      }));
+    for (let one = await watch(instrument); one !== null; one = await watch(instrument))
+      watchers.push(one);
     const context = await it.browser.newContext();
     const page = await context.newPage();
     await page.goto(`${instrument.url}/`);
     await eventually(() => page.locator("#connection").getAttribute("data-state"), "lost");
     watchers.pop().destroy();
     await isLive(page);
-    await context.close();
   } finally {
     for (const one of watchers)
       one.destroy();
