@@ -1,34 +1,52 @@
 // SPDX-License-Identifier: Apache-2.0
 "use strict";
-// The rules of WCAG that a program can check, in each state of the page, light and dark, on a telephone
-// and on a large screen.
+// The rules of WCAG that a program can check, in each state of the page, light and dark, on a
+// telephone and on a large screen.
 
 const assert = require("node:assert/strict");
 const {test} = require("node:test");
 const axe = require("axe-core");
 const {SINGLE} = require("./support/instrument");
-const {closePanel, dialogOf, entryOf, field, openDialog, openPanel, shared} = require("./support/panel");
+const {
+  closePanel,
+  dialogOf,
+  entryOf,
+  field,
+  openDialog,
+  openPanel,
+  shared,
+} = require("./support/panel");
 const {twoLegs} = require("./support/sdp_files");
 
 const it = shared({configuration: {streams: {audio_groups: 2}}});
 
 async function violations(page) {
-  if (!await page.evaluate(() => "axe" in window))
-    await page.evaluate(axe.source);
-  const found = await page.evaluate(() => window.axe.run(document, {
-    resultTypes: ["violations"],
-    runOnly: ["wcag2a", "wcag2aa", "wcag21a", "wcag21aa", "wcag22aa", "best-practice"],
-  }));
-  return found.violations.map(one => `${one.id}: ${one.help}\n  ` +
-    one.nodes.slice(0, 5).map(node => `${node.target}: ${node.failureSummary}`).join("\n  "));
+  if (!(await page.evaluate(() => "axe" in window))) await page.evaluate(axe.source);
+  const found = await page.evaluate(() =>
+    window.axe.run(document, {
+      resultTypes: ["violations"],
+      runOnly: ["wcag2a", "wcag2aa", "wcag21a", "wcag21aa", "wcag22aa", "best-practice"],
+    }),
+  );
+  return found.violations.map(
+    one =>
+      `${one.id}: ${one.help}\n  ` +
+      one.nodes
+        .slice(0, 5)
+        .map(node => `${node.target}: ${node.failureSummary}`)
+        .join("\n  "),
+  );
 }
 
 async function looksRight(page, state) {
   assert.deepEqual(await violations(page), [], state);
   for (const box of [page.locator("html"), dialogOf(page)])
     if (await box.isVisible())
-      assert.equal(await box.evaluate(element => element.scrollWidth > element.clientWidth), false,
-                   `${state}: something is wider than the ${await box.evaluate(element => element.localName)}`);
+      assert.equal(
+        await box.evaluate(element => element.scrollWidth > element.clientWidth),
+        false,
+        `${state}: something is wider than the ${await box.evaluate(element => element.localName)}`,
+      );
 }
 
 async function close(page) {
@@ -42,11 +60,17 @@ for (const colorScheme of ["light", "dark"]) {
       const [sender] = await it.instrument.ids("senders");
       const [receiver, other] = await it.instrument.ids("receivers");
       const soon = {mode: "activate_scheduled_relative", requested_time: "600:0"};
-      await it.instrument.patch(`receivers/${receiver}`, {transport_params: [{destination_port: 6000}, {}]});
+      await it.instrument.patch(`receivers/${receiver}`, {
+        transport_params: [{destination_port: 6000}, {}],
+      });
       await it.instrument.patch(`receivers/${other}`, {activation: {mode: null}});
       await it.instrument.patch(`receivers/${other}`, {master_enable: true, activation: soon});
       await it.instrument.request("PATCH", `${SINGLE}/senders/${sender}/staged`, "[]");
-      const page = await openPanel(it.browser, it.instrument, {width, colorScheme, reducedMotion: "reduce"});
+      const page = await openPanel(it.browser, it.instrument, {
+        width,
+        colorScheme,
+        reducedMotion: "reduce",
+      });
       await page.locator('#log li[data-kind="refusal"]').first().waitFor();
       await page.locator("#scheduled li").first().waitFor();
       await looksRight(page, "overview");
@@ -82,7 +106,9 @@ for (const colorScheme of ["light", "dark"]) {
 
 test("the check finds what is wrong", async () => {
   const page = await openPanel(it.browser, it.instrument);
-  await page.evaluate(() => document.querySelector("main").append(document.createElement("button")));
+  await page.evaluate(() =>
+    document.querySelector("main").append(document.createElement("button")),
+  );
   const found = await violations(page);
   assert.equal(found.length, 1, found.join("\n"));
   assert.match(found[0], /^button-name: /);
@@ -102,8 +128,14 @@ test("with the keyboard the focus is always seen, and the dialog keeps it", asyn
   await dialogOf(page).waitFor();
   for (let i = 0; i < 60; ++i) {
     await page.keyboard.press("Tab");
-    assert.equal(await page.evaluate(() => document.activeElement === document.body ||
-      document.querySelector("dialog").contains(document.activeElement)), true);
+    assert.equal(
+      await page.evaluate(
+        () =>
+          document.activeElement === document.body ||
+          document.querySelector("dialog").contains(document.activeElement),
+      ),
+      true,
+    );
   }
   await page.keyboard.press("Escape");
   assert.equal(await open.evaluate(element => element === document.activeElement), true);

@@ -5,8 +5,17 @@
 const assert = require("node:assert/strict");
 const {beforeEach, test} = require("node:test");
 const {SINGLE} = require("./support/instrument");
-const {button, closePanel, dialogOf, entryOf, eventually, field, openDialog, openPanel, shared} =
-  require("./support/panel");
+const {
+  button,
+  closePanel,
+  dialogOf,
+  entryOf,
+  eventually,
+  field,
+  openDialog,
+  openPanel,
+  shared,
+} = require("./support/panel");
 
 const it = shared();
 let sender;
@@ -14,7 +23,10 @@ let sender;
 beforeEach(async () => {
   sender = `senders/${(await it.instrument.ids("senders"))[0]}`;
   await it.instrument.patch(sender, {activation: {mode: null}}); // what a test that failed has left
-  await it.instrument.patch(sender, {master_enable: false, activation: {mode: "activate_immediate"}});
+  await it.instrument.patch(sender, {
+    master_enable: false,
+    activation: {mode: "activate_immediate"},
+  });
 });
 
 function masterEnable(half) {
@@ -40,8 +52,10 @@ test("now", async () => {
   const {activation} = await it.instrument.active(sender);
   assert.equal(activation.mode, "activate_immediate");
   await page.locator('#log li[data-kind="activation"]').first().waitFor();
-  assert.match(await page.locator('#log li[data-kind="activation"]').first().textContent(),
-               /IP Stream 1 Video Sender/);
+  assert.match(
+    await page.locator('#log li[data-kind="activation"]').first().textContent(),
+    /IP Stream 1 Video Sender/,
+  );
   await closePanel(page);
 });
 
@@ -51,7 +65,13 @@ test("in two seconds", async () => {
   await choose(dialog, "in seconds");
   await field(dialog, "Seconds").fill("2");
   await button(dialog, "Activate").click();
-  await eventually(() => entryOf(page, sender).getAttribute("data-scheduled").then(due => due !== null), true);
+  await eventually(
+    () =>
+      entryOf(page, sender)
+        .getAttribute("data-scheduled")
+        .then(due => due !== null),
+    true,
+  );
   const {activation} = await it.instrument.staged(sender);
   assert.equal(activation.mode, "activate_scheduled_relative");
   assert.equal(activation.requested_time, "2:000000000");
@@ -72,9 +92,11 @@ test("at a time of this machine's clock", async () => {
   const inTokyo = new Date((due + 9 * 3600) * 1000).toISOString().slice(0, 19);
   await dialog.getByLabel("Time", {exact: true}).fill(inTokyo);
   await button(dialog, "Activate").click();
-  await eventually(async () => (await it.instrument.staged(sender)).activation,
-                   {mode: "activate_scheduled_absolute", requested_time: `${due + 37}:000000000`,
-                    activation_time: `${due + 37}:0`});
+  await eventually(async () => (await it.instrument.staged(sender)).activation, {
+    mode: "activate_scheduled_absolute",
+    requested_time: `${due + 37}:000000000`,
+    activation_time: `${due + 37}:0`,
+  });
   await eventually(() => masterEnable("active"), true);
   assert.ok(Date.now() / 1000 >= due - 0.1, "too early");
   await closePanel(page);
@@ -91,18 +113,26 @@ test("what is scheduled counts down, and is cancelled in the list", async () => 
   await dialogOf(page).waitFor({state: "hidden"});
   const countdown = page.locator("#scheduled li .countdown");
   const first = await countdown.textContent();
-  await eventually(async () => await countdown.textContent() !== first, true);
+  await eventually(async () => (await countdown.textContent()) !== first, true);
   await button(page, "Cancel activation of IP Stream 1 Video Sender").click();
-  await eventually(async () => (await it.instrument.staged(sender)).activation,
-                   {mode: null, requested_time: null, activation_time: null});
+  await eventually(async () => (await it.instrument.staged(sender)).activation, {
+    mode: null,
+    requested_time: null,
+    activation_time: null,
+  });
   await eventually(() => page.locator("#scheduled li").count(), 0);
   assert.equal(await masterEnable("active"), false);
   await closePanel(page);
 });
 
 test("what is scheduled is cancelled in the dialog", async () => {
-  await it.instrument.patch(sender, {master_enable: true, activation: {
-    mode: "activate_scheduled_relative", requested_time: "300:0"}});
+  await it.instrument.patch(sender, {
+    master_enable: true,
+    activation: {
+      mode: "activate_scheduled_relative",
+      requested_time: "300:0",
+    },
+  });
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await openDialog(page, sender);
   await button(dialog, "Cancel activation").click();
@@ -113,10 +143,16 @@ test("what is scheduled is cancelled in the dialog", async () => {
 });
 
 test("while one is scheduled a change is refused, and the page says so", async () => {
-  await it.instrument.patch(sender, {master_enable: true, activation: {
-    mode: "activate_scheduled_relative", requested_time: "300:0"}});
-  const refused = await it.instrument.request(
-    "PATCH", `${SINGLE}/${sender}/staged`, {master_enable: false});
+  await it.instrument.patch(sender, {
+    master_enable: true,
+    activation: {
+      mode: "activate_scheduled_relative",
+      requested_time: "300:0",
+    },
+  });
+  const refused = await it.instrument.request("PATCH", `${SINGLE}/${sender}/staged`, {
+    master_enable: false,
+  });
   assert.equal(refused.status, 423);
   const page = await openPanel(it.browser, it.instrument);
   const line = page.locator('#log li[data-kind="refusal"]').first();

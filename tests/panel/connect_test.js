@@ -1,13 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 "use strict";
-// A receiver connected to a sender of the instrument: by dragging, and with the keyboard alone. What
-// the page asks for can be repeated in a shell.
+// A receiver connected to a sender of the instrument: by dragging, and with the keyboard alone.
+// What the page asks for can be repeated in a shell.
 
 const assert = require("node:assert/strict");
 const {execFileSync} = require("node:child_process");
 const {test} = require("node:test");
-const {button, closePanel, dialogOf, entryOf, eventually, field, openDialog, openPanel, shared} =
-  require("./support/panel");
+const {
+  button,
+  closePanel,
+  dialogOf,
+  entryOf,
+  eventually,
+  field,
+  openDialog,
+  openPanel,
+  shared,
+} = require("./support/panel");
 
 const it = shared();
 
@@ -18,7 +27,11 @@ async function resource(side, position) {
 async function isConnected(receiver, sender, groups) {
   await eventually(async () => {
     const active = await it.instrument.active(receiver);
-    return [active.master_enable, active.sender_id, active.transport_params.map(leg => leg.multicast_ip)];
+    return [
+      active.master_enable,
+      active.sender_id,
+      active.transport_params.map(leg => leg.multicast_ip),
+    ];
   }, [true, sender.split("/")[1], groups]);
 }
 
@@ -29,7 +42,10 @@ test("a sender is dragged onto a receiver", async () => {
   await entryOf(page, sender).dragTo(entryOf(page, receiver));
   const dialog = dialogOf(page);
   await dialog.locator('#sdp-verdict[data-verdict="taken"]').waitFor();
-  assert.equal(await dialog.getByRole("tab", {name: "SDP file"}).getAttribute("aria-selected"), "true");
+  assert.equal(
+    await dialog.getByRole("tab", {name: "SDP file"}).getAttribute("aria-selected"),
+    "true",
+  );
   assert.deepEqual(await it.instrument.staged(receiver), before);
   await button(dialog, "Activate").click();
   await isConnected(receiver, sender, ["233.252.0.11", "233.252.0.21"]);
@@ -41,7 +57,7 @@ test("a sender that does not fit is dragged onto a receiver", async () => {
   const [sender, receiver] = [await resource("senders", 4), await resource("receivers", 2)];
   await entryOf(page, sender).dragTo(entryOf(page, receiver));
   await dialogOf(page).locator('#sdp-verdict[data-verdict="refused"]').waitFor();
-  assert.ok(await dialogOf(page).locator('.finding[data-code="SDP020"]').count() > 0);
+  assert.ok((await dialogOf(page).locator('.finding[data-code="SDP020"]').count()) > 0);
   assert.equal(await button(dialogOf(page), "Activate").isDisabled(), true);
   await closePanel(page);
 });
@@ -49,8 +65,7 @@ test("a sender that does not fit is dragged onto a receiver", async () => {
 // Presses the key until the element has the focus.
 async function press(page, key, target, times = 200) {
   for (let i = 0; i < times; ++i) {
-    if (await target.evaluate(element => element === document.activeElement))
-      return;
+    if (await target.evaluate(element => element === document.activeElement)) return;
     await page.keyboard.press(key);
   }
   assert.fail(`${times} times ${key}, and the focus is not at ${target}`);
@@ -67,11 +82,10 @@ test("the keyboard alone does it too", async () => {
   const tab = dialog.getByRole("tab", {name: "SDP file"});
   await press(page, "Tab", dialog.getByRole("tab", {selected: true}));
   await press(page, "ArrowRight", tab, 3);
-  if (await tab.getAttribute("aria-selected") !== "true")
-    await page.keyboard.press("Enter");
+  if ((await tab.getAttribute("aria-selected")) !== "true") await page.keyboard.press("Enter");
   const select = field(dialog, "Sender");
   await press(page, "Tab", select);
-  for (let i = 0; i < 10 && await select.inputValue() !== sender.split("/")[1]; ++i)
+  for (let i = 0; i < 10 && (await select.inputValue()) !== sender.split("/")[1]; ++i)
     await page.keyboard.press("ArrowDown");
   await dialog.locator('#sdp-verdict[data-verdict="taken"]').waitFor();
   await press(page, "Tab", button(dialog, "Activate"));
@@ -93,14 +107,20 @@ test("the requests that the page makes do the same in a shell", async () => {
   const dialog = await openDialog(page, sender);
   await field(dialog, "Leg 1 address").fill("233.252.0.66");
   await button(dialog, "Activate").click();
-  const address = async () => (await it.instrument.active(sender)).transport_params[0].destination_ip;
+  const address = async () =>
+    (await it.instrument.active(sender)).transport_params[0].destination_ip;
   await eventually(address, "233.252.0.66");
   const line = await region.locator("li code").last().textContent();
   assert.ok(line.startsWith("curl ") && line.includes("PATCH"), line);
-  await it.instrument.patch(sender, {activation: {mode: "activate_immediate"},
-                                     transport_params: [{destination_ip: "233.252.0.13"}, {}]});
+  await it.instrument.patch(sender, {
+    activation: {mode: "activate_immediate"},
+    transport_params: [{destination_ip: "233.252.0.13"}, {}],
+  });
   assert.equal(await address(), "233.252.0.13");
-  const answer = execFileSync("sh", ["-c", line], {encoding: "utf8", stdio: ["ignore", "pipe", "ignore"]});
+  const answer = execFileSync("sh", ["-c", line], {
+    encoding: "utf8",
+    stdio: ["ignore", "pipe", "ignore"],
+  });
   assert.equal(JSON.parse(answer).transport_params[0].destination_ip, "233.252.0.66");
   assert.equal(await address(), "233.252.0.66");
   await closePanel(page);
@@ -112,14 +132,21 @@ test("an SDP file with quotes and line ends is the same in a shell", async () =>
   const {twoLegs} = require("./support/sdp_files");
   await page.getByLabel("Show requests").check();
   const dialog = await openDialog(page, receiver, "SDP file");
-  await field(dialog, "SDP file").fill(twoLegs({name: "it's \"$(here)\" \\n `x`"}));
+  await field(dialog, "SDP file").fill(twoLegs({name: 'it\'s "$(here)" \\n `x`'}));
   await dialog.locator('#sdp-verdict[data-verdict="taken"]').waitFor();
   await button(dialog, "Stage").click();
-  await eventually(async () => (await it.instrument.staged(receiver)).transport_file.data !== null, true);
+  await eventually(
+    async () => (await it.instrument.staged(receiver)).transport_file.data !== null,
+    true,
+  );
   const {transport_file} = await it.instrument.staged(receiver);
   assert.match(transport_file.data, /\ns=it's "\$\(here\)" \\n `x`\r?\n/);
   await it.instrument.patch(receiver, {transport_file: {data: null, type: null}});
-  const line = await page.getByRole("region", {name: "Requests", exact: true}).locator("li code").last().textContent();
+  const line = await page
+    .getByRole("region", {name: "Requests", exact: true})
+    .locator("li code")
+    .last()
+    .textContent();
   execFileSync("sh", ["-c", line], {stdio: ["ignore", "pipe", "ignore"]});
   assert.deepEqual((await it.instrument.staged(receiver)).transport_file, transport_file);
   await closePanel(page);

@@ -5,7 +5,15 @@
 const assert = require("node:assert/strict");
 const {test} = require("node:test");
 const {Instrument, SINGLE} = require("./support/instrument");
-const {closePanel, entryOf, eventually, field, openDialog, openPanel, shared} = require("./support/panel");
+const {
+  closePanel,
+  entryOf,
+  eventually,
+  field,
+  openDialog,
+  openPanel,
+  shared,
+} = require("./support/panel");
 const {twoLegs} = require("./support/sdp_files");
 
 const SCRIPT = "<script>alert(1)</script>";
@@ -25,7 +33,9 @@ function configurationWith(label, description) {
 const it = shared();
 
 async function overflows(page) {
-  return page.evaluate(() => document.documentElement.scrollWidth > document.documentElement.clientWidth);
+  return page.evaluate(
+    () => document.documentElement.scrollWidth > document.documentElement.clientWidth,
+  );
 }
 
 async function nothingRan(page, dialogs) {
@@ -43,24 +53,38 @@ for (const [what, label, description] of [
 ]) {
   for (const width of [360, 1280]) {
     test(`labels with ${what}, ${width} pixels wide`, async () => {
-      const instrument = await Instrument.start({configuration: configurationWith(label, description)});
+      const instrument = await Instrument.start({
+        configuration: configurationWith(label, description),
+      });
       try {
         const page = await openPanel(it.browser, instrument, {width});
         const dialogs = [];
         page.on("dialog", dialog => dialogs.push(dialog.message()));
         await eventually(() => page.locator("h1").textContent(), label);
-        assert.ok((await page.getByRole("region", {name: "Instrument"}).textContent()).includes(description));
+        assert.ok(
+          (await page.getByRole("region", {name: "Instrument"}).textContent()).includes(
+            description,
+          ),
+        );
         assert.equal(await overflows(page), false);
         // What is beside a reversed text is not reversed with it.
-        assert.notEqual(await page.locator("h1").evaluate(
-          element => getComputedStyle(element).unicodeBidi), "normal");
+        assert.notEqual(
+          await page.locator("h1").evaluate(element => getComputedStyle(element).unicodeBidi),
+          "normal",
+        );
         const [sender] = await instrument.ids("senders");
         await instrument.patch(`senders/${sender}`, {activation: {mode: "activate_immediate"}});
-        await eventually(async () => (await page.locator("#log li").first().textContent()).includes(label), true);
+        await eventually(
+          async () => (await page.locator("#log li").first().textContent()).includes(label),
+          true,
+        );
         const dialog = await openDialog(page, `senders/${sender}`);
         assert.ok((await dialog.textContent()).includes(label));
         assert.equal(await overflows(page), false);
-        assert.equal(await dialog.evaluate(element => element.scrollWidth > element.clientWidth), false);
+        assert.equal(
+          await dialog.evaluate(element => element.scrollWidth > element.clientWidth),
+          false,
+        );
         await nothingRan(page, dialogs);
         await closePanel(page);
       } finally {
@@ -76,10 +100,15 @@ test("an SDP file with markup", async () => {
   page.on("dialog", dialog => dialogs.push(dialog.message()));
   const [receiver] = await it.instrument.ids("receivers");
   const dialog = await openDialog(page, `receivers/${receiver}`, "SDP file");
-  await field(dialog, "SDP file").fill(twoLegs({name: "<img src=x onerror=alert(1)>", rate: SCRIPT}));
+  await field(dialog, "SDP file").fill(
+    twoLegs({name: "<img src=x onerror=alert(1)>", rate: SCRIPT}),
+  );
   await dialog.locator('#sdp-verdict[data-verdict="refused"]').waitFor();
-  assert.ok((await dialog.locator('#sdp-lines li[data-line="3"]').textContent())
-    .includes("s=<img src=x onerror=alert(1)>"));
+  assert.ok(
+    (await dialog.locator('#sdp-lines li[data-line="3"]').textContent()).includes(
+      "s=<img src=x onerror=alert(1)>",
+    ),
+  );
   assert.ok((await dialog.locator('#sdp-lines li[data-line="10"]').textContent()).includes(SCRIPT));
   await nothingRan(page, dialogs);
   await closePanel(page);
@@ -101,8 +130,9 @@ test("a refusal that quotes markup is shown as text in the log", async () => {
   const dialogs = [];
   page.on("dialog", dialog => dialogs.push(dialog.message()));
   const [receiver] = await it.instrument.ids("receivers");
-  const answer = await it.instrument.request(
-    "PATCH", `${SINGLE}/receivers/${receiver}/staged`, {sender_id: IMAGE});
+  const answer = await it.instrument.request("PATCH", `${SINGLE}/receivers/${receiver}/staged`, {
+    sender_id: IMAGE,
+  });
   assert.equal(answer.status, 400);
   const line = page.locator('#log li[data-kind="refusal"]').first();
   await eventually(async () => (await line.textContent()).includes(IMAGE), true);

@@ -6,8 +6,17 @@ const assert = require("node:assert/strict");
 const http = require("node:http");
 const {test} = require("node:test");
 const {Instrument} = require("./support/instrument");
-const {button, closePanel, entryOf, eventually, field, isLive, openDialog, openPanel, shared} =
-  require("./support/panel");
+const {
+  button,
+  closePanel,
+  entryOf,
+  eventually,
+  field,
+  isLive,
+  openDialog,
+  openPanel,
+  shared,
+} = require("./support/panel");
 
 const it = shared();
 
@@ -16,17 +25,24 @@ async function firstSender() {
 }
 
 function moveTo(instrument, resource, address) {
-  return instrument.patch(resource, {activation: {mode: "activate_immediate"},
-                                     transport_params: [{destination_ip: address, rtp_enabled: true}, {}]});
+  return instrument.patch(resource, {
+    activation: {mode: "activate_immediate"},
+    transport_params: [{destination_ip: address, rtp_enabled: true}, {}],
+  });
 }
 
 function legIs(page, resource, text) {
-  return eventually(() => entryOf(page, resource).locator('.leg[data-leg="1"]').textContent(), text);
+  return eventually(
+    () => entryOf(page, resource).locator('.leg[data-leg="1"]').textContent(),
+    text,
+  );
 }
 
 // What Chromium itself says when the instrument is not there.
 function forgetLostConnections(page) {
-  page.watched.errors = page.watched.errors.filter(one => !/ERR_CONNECTION|ERR_INCOMPLETE|ERR_EMPTY/.test(one));
+  page.watched.errors = page.watched.errors.filter(
+    one => !/ERR_CONNECTION|ERR_INCOMPLETE|ERR_EMPTY/.test(one),
+  );
 }
 
 test("a change by another client is there within a second", async () => {
@@ -35,14 +51,22 @@ test("a change by another client is there within a second", async () => {
   const leg = entryOf(page, sender).locator('.leg[data-leg="1"]');
   const took = [];
   for (let i = 1; i <= 7; ++i) {
-    const seen = leg.evaluate((element, text) => new Promise(resolve => {
-      const look = () => element.textContent === text && resolve(Date.now());
-      new MutationObserver(look).observe(element, {childList: true, characterData: true, subtree: true});
-      look();
-    }), `233.252.1.${i}:5004`);
+    const seen = leg.evaluate(
+      (element, text) =>
+        new Promise(resolve => {
+          const look = () => element.textContent === text && resolve(Date.now());
+          new MutationObserver(look).observe(element, {
+            childList: true,
+            characterData: true,
+            subtree: true,
+          });
+          look();
+        }),
+      `233.252.1.${i}:5004`,
+    );
     await moveTo(it.instrument, sender, `233.252.1.${i}`);
     const answered = Date.now();
-    took.push(await seen - answered);
+    took.push((await seen) - answered);
   }
   took.sort((a, b) => a - b);
   console.log(`milliseconds until a change is shown: ${took.join(", ")}`);
@@ -52,17 +76,22 @@ test("a change by another client is there within a second", async () => {
 });
 
 test("two browsers see each other's changes", async () => {
-  const pages = [await openPanel(it.browser, it.instrument), await openPanel(it.browser, it.instrument)];
+  const pages = [
+    await openPanel(it.browser, it.instrument),
+    await openPanel(it.browser, it.instrument),
+  ];
   const sender = await firstSender();
-  for (const [one, other, address] of [[0, 1, "233.252.2.1"], [1, 0, "233.252.2.2"]]) {
+  for (const [one, other, address] of [
+    [0, 1, "233.252.2.1"],
+    [1, 0, "233.252.2.2"],
+  ]) {
     const dialog = await openDialog(pages[one], sender);
     await field(dialog, "Leg 1 address").fill(address);
     await button(dialog, "Activate").click();
     await legIs(pages[other], sender, `${address}:5004`);
     await pages[one].keyboard.press("Escape");
   }
-  for (const page of pages)
-    await closePanel(page);
+  for (const page of pages) await closePanel(page);
 });
 
 test("a restart is said, and the page goes on without being loaded again", async () => {
@@ -72,7 +101,9 @@ test("a restart is said, and the page goes on without being loaded again", async
     const sender = `senders/${(await instrument.ids("senders"))[0]}`;
     await moveTo(instrument, sender, "233.252.3.1");
     await legIs(page, sender, "233.252.3.1:5004");
-    await page.evaluate(() => { window.neverLoadedAgain = true; });
+    await page.evaluate(() => {
+      window.neverLoadedAgain = true;
+    });
     await instrument.stop();
     await eventually(() => page.locator("#connection").getAttribute("data-state"), "lost");
     assert.equal(await page.locator("#connection").textContent(), "Connection lost: trying again");
@@ -104,7 +135,10 @@ test("a change that nobody answers is not taken for done", async () => {
     await instrument.runAgain();
     await isLive(page);
     await button(dialog, "Activate").click();
-    await eventually(async () => (await instrument.active(sender)).transport_params[0].destination_ip, "233.252.3.9");
+    await eventually(
+      async () => (await instrument.active(sender)).transport_params[0].destination_ip,
+      "233.252.3.9",
+    );
     forgetLostConnections(page);
     await closePanel(page);
   } finally {
@@ -115,13 +149,18 @@ test("a change that nobody answers is not taken for done", async () => {
 // How many streams of events have ended.
 async function ended(instrument) {
   const {text} = await instrument.request("GET", "/metrics");
-  return text.split("\n").filter(line => /^nmos_instrument_http_requests_total\{.*route="\/events"/.test(line))
+  return text
+    .split("\n")
+    .filter(line => /^nmos_instrument_http_requests_total\{.*route="\/events"/.test(line))
     .reduce((sum, line) => sum + Number(line.split(" ").at(-1)), 0);
 }
 
 function show(page, visible) {
   return page.evaluate(visible => {
-    Object.defineProperty(document, "visibilityState", {value: visible ? "visible" : "hidden", configurable: true});
+    Object.defineProperty(document, "visibilityState", {
+      value: visible ? "visible" : "hidden",
+      configurable: true,
+    });
     Object.defineProperty(document, "hidden", {value: !visible, configurable: true});
     document.dispatchEvent(new Event("visibilitychange"));
   }, visible);
@@ -157,7 +196,7 @@ function watch(instrument) {
   });
 }
 
-test("with more watchers than the instrument takes, the page says so and comes in later", async () => {
+test("with too many watchers the page says so, and comes in later", async () => {
   const instrument = await Instrument.start();
   const watchers = [];
   try {
@@ -170,8 +209,7 @@ test("with more watchers than the instrument takes, the page says so and comes i
     watchers.pop().destroy();
     await isLive(page);
   } finally {
-    for (const one of watchers)
-      one.destroy();
+    for (const one of watchers) one.destroy();
     await instrument.end();
   }
 });

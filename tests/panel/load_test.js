@@ -10,21 +10,27 @@ const {Instrument} = require("./support/instrument");
 const {closePanel, openPanel, shared} = require("./support/panel");
 
 const PAGE = path.join(__dirname, "../../program/panel");
-const POLICY = "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; " +
-               "img-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
+const POLICY =
+  "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; " +
+  "img-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
 const it = shared();
 
 // Of the senders or receivers of a stream, in the order in which they stand there.
 function idsOnPage(page, stream, side) {
-  return page.locator(`section[data-stream="${stream}"] li[data-side="${side}"]`)
+  return page
+    .locator(`section[data-stream="${stream}"] li[data-side="${side}"]`)
     .evaluateAll(all => all.map(one => one.dataset.id));
 }
 
 // The positions of the senders and receivers of each stream in the records.
 const senders = {1: [0, 4, 5], 2: [1], 3: [2], 4: [3]};
-const receivers = {1: [0, 4, 5, 6, 7, 20], 2: [1, 8, 9, 10, 11, 21], 3: [2, 12, 13, 14, 15, 22],
-                   4: [3, 16, 17, 18, 19, 23]};
+const receivers = {
+  1: [0, 4, 5, 6, 7, 20],
+  2: [1, 8, 9, 10, 11, 21],
+  3: [2, 12, 13, 14, 15, 22],
+  4: [3, 16, 17, 18, 19, 23],
+};
 
 test("everything that the node shows is there", async () => {
   const page = await openPanel(it.browser, it.instrument);
@@ -32,8 +38,14 @@ test("everything that the node shows is there", async () => {
   for (const [side, streams] of Object.entries({senders, receivers})) {
     const ids = await it.instrument.ids(side);
     for (const [stream, positions] of Object.entries(streams)) {
-      assert.equal(await page.locator(`section[data-stream="${stream}"] h2`).textContent(), `Stream ${stream}`);
-      assert.deepEqual(await idsOnPage(page, stream, side), positions.map(i => ids[i]));
+      assert.equal(
+        await page.locator(`section[data-stream="${stream}"] h2`).textContent(),
+        `Stream ${stream}`,
+      );
+      assert.deepEqual(
+        await idsOnPage(page, stream, side),
+        positions.map(i => ids[i]),
+      );
     }
   }
   const first = page.locator(`li[data-id="${(await it.instrument.ids("senders"))[0]}"]`);
@@ -65,9 +77,21 @@ test("TAI is that of the instrument", async () => {
 
 for (const [configuration, side, shown, hidden, reason] of [
   [{streams: {audio_groups: 1}}, "receivers", 12, 12, "streams.audio_groups is 1"],
-  [{streams: {receiver_essences: "video only"}}, "receivers", 4, 20, "streams.receiver_essences is \"video only\""],
-  [{streams: {senders: "stream 1"}}, "senders", 3, 3, "streams.senders is \"stream 1\""],
-  [{streams: {sender_essences: "video only"}}, "senders", 4, 2, "streams.sender_essences is \"video only\""],
+  [
+    {streams: {receiver_essences: "video only"}},
+    "receivers",
+    4,
+    20,
+    'streams.receiver_essences is "video only"',
+  ],
+  [{streams: {senders: "stream 1"}}, "senders", 3, 3, 'streams.senders is "stream 1"'],
+  [
+    {streams: {sender_essences: "video only"}},
+    "senders",
+    4,
+    2,
+    'streams.sender_essences is "video only"',
+  ],
 ]) {
   test(`what is hidden says why: ${reason}`, async () => {
     const instrument = await Instrument.start({configuration});
@@ -77,7 +101,10 @@ for (const [configuration, side, shown, hidden, reason] of [
       assert.equal(await entries.locator("button.open").count(), shown);
       assert.equal(await page.locator(`li.hidden[data-side="${side}"]`).count(), hidden);
       for (const one of await page.locator("li.hidden").all()) {
-        assert.ok((await one.getAttribute("data-hidden")).includes(reason), await one.getAttribute("data-hidden"));
+        assert.ok(
+          (await one.getAttribute("data-hidden")).includes(reason),
+          await one.getAttribute("data-hidden"),
+        );
         assert.ok((await one.textContent()).includes(reason), await one.textContent());
         assert.equal(await one.locator("button").count(), 0);
       }
@@ -97,8 +124,11 @@ test("the longest address and port are never cut off", async () => {
     const staged = page.locator(`li[data-id="${sender.split("/")[1]}"] .staged`).first();
     await staged.filter({hasText: "239.255.255.255:65535"}).waitFor();
     assert.ok((await staged.textContent()).startsWith("≠"));
-    const cut = await page.locator(".staged, .leg").evaluateAll(
-      all => all.filter(one => one.scrollWidth > one.clientWidth).map(one => one.textContent));
+    const cut = await page
+      .locator(".staged, .leg")
+      .evaluateAll(all =>
+        all.filter(one => one.scrollWidth > one.clientWidth).map(one => one.textContent),
+      );
     assert.deepEqual(cut, [], `${width} pixels wide`);
     await closePanel(page);
   }
@@ -109,12 +139,13 @@ test("scripts that are not files of the page do not run", async () => {
   const answer = await page.request.get(`${it.instrument.url}/`, {headers: {Accept: "text/html"}});
   assert.equal(answer.headers()["content-security-policy"], POLICY);
   assert.equal(answer.headers()["referrer-policy"], "no-referrer");
-  const ran = () => page.evaluate(() => {
-    const script = document.createElement("script");
-    script.textContent = "window.ranInline = true";
-    document.body.append(script);
-    return window.ranInline === true;
-  });
+  const ran = () =>
+    page.evaluate(() => {
+      const script = document.createElement("script");
+      script.textContent = "window.ranInline = true";
+      document.body.append(script);
+      return window.ranInline === true;
+    });
   assert.equal(await ran(), false);
   assert.match(page.watched.errors.join("\n"), /Content Security Policy/);
   page.watched.errors = [];
@@ -123,14 +154,22 @@ test("scripts that are not files of the page do not run", async () => {
 
 test("the page asks for its own files alone, and they weigh 60 KB at most", async () => {
   const page = await openPanel(it.browser, it.instrument);
-  const loaded = await page.evaluate(() => performance.getEntriesByType("resource")
-    .map(one => new URL(one.name).pathname).filter(name => name !== "/events"));
+  const loaded = await page.evaluate(() =>
+    performance
+      .getEntriesByType("resource")
+      .map(one => new URL(one.name).pathname)
+      .filter(name => name !== "/events"),
+  );
   const files = fs.readdirSync(PAGE).filter(name => /\.(html|css|js|svg)$/.test(name));
   for (const name of loaded)
     assert.ok(files.includes(path.basename(name)) && path.dirname(name) === "/panel", name);
   const bytes = files.reduce((sum, name) => sum + fs.statSync(path.join(PAGE, name)).size, 0);
-  const paint = await page.evaluate(() => performance.getEntriesByName("first-contentful-paint")[0]?.startTime);
-  console.log(`${files.length} files, ${bytes} bytes; first contentful paint after ${Math.round(paint)} ms`);
+  const paint = await page.evaluate(
+    () => performance.getEntriesByName("first-contentful-paint")[0]?.startTime,
+  );
+  console.log(
+    `${files.length} files, ${bytes} bytes; first contentful paint after ${Math.round(paint)} ms`,
+  );
   assert.ok(bytes <= 61440, `${bytes} bytes`);
   await closePanel(page);
 });

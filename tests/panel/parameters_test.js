@@ -4,8 +4,16 @@
 
 const assert = require("node:assert/strict");
 const {beforeEach, test} = require("node:test");
-const {button, closePanel, entryOf, eventually, field, openDialog, openPanel, shared} =
-  require("./support/panel");
+const {
+  button,
+  closePanel,
+  entryOf,
+  eventually,
+  field,
+  openDialog,
+  openPanel,
+  shared,
+} = require("./support/panel");
 
 const it = shared();
 let sender;
@@ -16,16 +24,31 @@ beforeEach(async () => {
   sender = `senders/${(await it.instrument.ids("senders"))[0]}`;
   receiver = `receivers/${(await it.instrument.ids("receivers"))[0]}`;
   const activation = {mode: "activate_immediate"};
-  const [one, two] = [{destination_port: 5004, rtp_enabled: true}, {destination_port: 5004, rtp_enabled: true}];
-  await it.instrument.patch(sender, {master_enable: true, activation, transport_params: [
-    {...one, destination_ip: "233.252.0.11"}, {...two, destination_ip: "233.252.0.21"}]});
-  await it.instrument.patch(receiver, {master_enable: true, activation, transport_params: [
-    {...one, multicast_ip: "233.252.0.11", source_ip: "192.0.2.10"},
-    {...two, multicast_ip: "233.252.0.21", source_ip: "198.51.100.10"}]});
+  const [one, two] = [
+    {destination_port: 5004, rtp_enabled: true},
+    {destination_port: 5004, rtp_enabled: true},
+  ];
+  await it.instrument.patch(sender, {
+    master_enable: true,
+    activation,
+    transport_params: [
+      {...one, destination_ip: "233.252.0.11"},
+      {...two, destination_ip: "233.252.0.21"},
+    ],
+  });
+  await it.instrument.patch(receiver, {
+    master_enable: true,
+    activation,
+    transport_params: [
+      {...one, multicast_ip: "233.252.0.11", source_ip: "192.0.2.10"},
+      {...two, multicast_ip: "233.252.0.21", source_ip: "198.51.100.10"},
+    ],
+  });
 });
 
 function isDifferent(dialog, parameter) {
-  return dialog.locator(`tr[data-parameter="${parameter}"]`)
+  return dialog
+    .locator(`tr[data-parameter="${parameter}"]`)
     .evaluate(row => row.classList.contains("differs") && row.textContent.includes("≠"));
 }
 
@@ -39,14 +62,32 @@ test("the dialog shows both halves beside each other", async () => {
   const dialog = await openDialog(page, receiver);
   for (const column of ["Parameter", "Staged", "Active"])
     assert.equal(await dialog.getByRole("columnheader", {name: column}).count(), 1);
-  for (const parameter of ["master_enable", "peer", "leg1.rtp_enabled", "leg1.multicast_ip", "leg1.destination_port",
-                           "leg1.source_ip", "leg1.interface_ip", "leg2.rtp_enabled", "leg2.multicast_ip",
-                           "leg2.destination_port", "leg2.source_ip", "leg2.interface_ip"]) {
+  for (const parameter of [
+    "master_enable",
+    "peer",
+    "leg1.rtp_enabled",
+    "leg1.multicast_ip",
+    "leg1.destination_port",
+    "leg1.source_ip",
+    "leg1.interface_ip",
+    "leg2.rtp_enabled",
+    "leg2.multicast_ip",
+    "leg2.destination_port",
+    "leg2.source_ip",
+    "leg2.interface_ip",
+  ]) {
     assert.equal(await dialog.locator(`tr[data-parameter="${parameter}"]`).count(), 1, parameter);
-    assert.equal(await isDifferent(dialog, parameter), parameter === "leg1.destination_port", parameter);
+    assert.equal(
+      await isDifferent(dialog, parameter),
+      parameter === "leg1.destination_port",
+      parameter,
+    );
   }
   assert.equal(await field(dialog, "Leg 1 port").inputValue(), "6000");
-  assert.match(await dialog.locator('tr[data-parameter="leg1.destination_port"]').textContent(), /5004/);
+  assert.match(
+    await dialog.locator('tr[data-parameter="leg1.destination_port"]').textContent(),
+    /5004/,
+  );
   assert.equal(await field(dialog, "Leg 2 address").inputValue(), "233.252.0.21");
   assert.equal(await field(dialog, "Leg 2 source").inputValue(), "198.51.100.10");
   await closePanel(page);
@@ -58,19 +99,39 @@ test("an address and a port are staged, and nothing is active before it is activ
   await field(dialog, "Leg 1 address").fill("233.252.0.77");
   await field(dialog, "Leg 2 port").fill("5077");
   await button(dialog, "Stage").click();
-  await eventually(async () => (await legs(sender, "staged")).map(leg => [leg.destination_ip, leg.destination_port]),
-                   [["233.252.0.77", 5004], ["233.252.0.21", 5077]]);
-  assert.deepEqual((await legs(sender, "active")).map(leg => [leg.destination_ip, leg.destination_port]),
-                   [["233.252.0.11", 5004], ["233.252.0.21", 5004]]);
+  await eventually(
+    async () =>
+      (await legs(sender, "staged")).map(leg => [leg.destination_ip, leg.destination_port]),
+    [
+      ["233.252.0.77", 5004],
+      ["233.252.0.21", 5077],
+    ],
+  );
+  assert.deepEqual(
+    (await legs(sender, "active")).map(leg => [leg.destination_ip, leg.destination_port]),
+    [
+      ["233.252.0.11", 5004],
+      ["233.252.0.21", 5004],
+    ],
+  );
   await eventually(() => isDifferent(dialog, "leg1.destination_ip"), true);
   await eventually(() => isDifferent(dialog, "leg2.destination_port"), true);
   assert.equal(await isDifferent(dialog, "leg1.destination_port"), false);
   await eventually(() => entryOf(page, sender).getAttribute("data-differs"), "true");
   await button(dialog, "Activate").click();
-  await eventually(async () => (await legs(sender, "active")).map(leg => [leg.destination_ip, leg.destination_port]),
-                   [["233.252.0.77", 5004], ["233.252.0.21", 5077]]);
+  await eventually(
+    async () =>
+      (await legs(sender, "active")).map(leg => [leg.destination_ip, leg.destination_port]),
+    [
+      ["233.252.0.77", 5004],
+      ["233.252.0.21", 5077],
+    ],
+  );
   await eventually(() => isDifferent(dialog, "leg1.destination_ip"), false);
-  await eventually(() => entryOf(page, sender).locator('.leg[data-leg="1"]').textContent(), "233.252.0.77:5004");
+  await eventually(
+    () => entryOf(page, sender).locator('.leg[data-leg="1"]').textContent(),
+    "233.252.0.77:5004",
+  );
   await closePanel(page);
 });
 
@@ -80,9 +141,17 @@ test("Activate sends what is in the fields, staged or not", async () => {
   await field(dialog, "Leg 1 source").fill("203.0.113.5");
   await field(dialog, "Leg 2 enabled").uncheck();
   await button(dialog, "Activate").click();
-  await eventually(async () => (await legs(receiver, "active")).map(leg => [leg.source_ip, leg.rtp_enabled]),
-                   [["203.0.113.5", true], ["198.51.100.10", false]]);
-  await eventually(() => entryOf(page, receiver).locator('.leg[data-leg="2"]').textContent(), "off");
+  await eventually(
+    async () => (await legs(receiver, "active")).map(leg => [leg.source_ip, leg.rtp_enabled]),
+    [
+      ["203.0.113.5", true],
+      ["198.51.100.10", false],
+    ],
+  );
+  await eventually(
+    () => entryOf(page, receiver).locator('.leg[data-leg="2"]').textContent(),
+    "off",
+  );
   await closePanel(page);
 });
 
@@ -134,8 +203,12 @@ for (const [kind, label, wrong, word] of [
     // Put right, the error is gone.
     await input.fill(right);
     await button(dialog, "Stage").click();
-    await eventually(() => input.getAttribute("aria-invalid").then(value => value === "true"), false);
-    page.watched.errors = page.watched.errors.filter(one => !one.includes("status of 400")); // Chromium's own
+    await eventually(
+      () => input.getAttribute("aria-invalid").then(value => value === "true"),
+      false,
+    );
+    // Chromium's own message
+    page.watched.errors = page.watched.errors.filter(one => !one.includes("status of 400"));
     await closePanel(page);
   });
 }
@@ -147,9 +220,18 @@ test("what somebody types stays while the instrument changes", async () => {
   await it.instrument.patch(sender, {transport_params: [{destination_port: 5099}, {}]});
   await eventually(() => field(dialog, "Leg 1 port").inputValue(), "5099");
   assert.equal(await field(dialog, "Leg 1 address").inputValue(), "233.252.0.88");
-  assert.equal(await field(dialog, "Leg 1 address").evaluate(input => input === document.activeElement), true);
+  assert.equal(
+    await field(dialog, "Leg 1 address").evaluate(input => input === document.activeElement),
+    true,
+  );
   await button(dialog, "Stage").click();
-  await eventually(async () => (await legs(sender, "staged")).map(leg => [leg.destination_ip, leg.destination_port]),
-                   [["233.252.0.88", 5099], ["233.252.0.21", 5004]]);
+  await eventually(
+    async () =>
+      (await legs(sender, "staged")).map(leg => [leg.destination_ip, leg.destination_port]),
+    [
+      ["233.252.0.88", 5099],
+      ["233.252.0.21", 5004],
+    ],
+  );
   await closePanel(page);
 });

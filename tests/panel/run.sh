@@ -19,7 +19,7 @@ missing() {
 }
 
 # What npm says when it does not reach a registry.
-unreachable='E50[0-9]|EAI_AGAIN|ECONNREFUSED|ECONNRESET|EHOSTUNREACH|ENETUNREACH|ENOTFOUND|ETIMEDOUT|ERR_SOCKET_TIMEOUT|network request to'
+unreachable='E50[0-9]|EAI_AGAIN|ECONN|EHOSTUNREACH|ENETUNREACH|ENOTFOUND|TIMEDOUT|SOCKET_TIMEOUT'
 
 install_packages() {
     cmp -s "$here/package-lock.json" "$build/node_modules/.installed" && return

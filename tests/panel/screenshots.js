@@ -18,16 +18,28 @@ async function work(instrument) {
   const fileOf = async sender => ({type: "application/sdp", data: await instrument.sdp(sender)});
   for (const sender of [senders[0], senders[4]])
     await instrument.patch(`senders/${sender}`, {master_enable: true, activation: NOW});
-  for (const [position, sender] of [[0, senders[0]], [4, senders[4]]])
+  for (const [position, sender] of [
+    [0, senders[0]],
+    [4, senders[4]],
+  ])
     await instrument.patch(`receivers/${receivers[position]}`, {
-      master_enable: true, sender_id: sender, activation: NOW, transport_file: await fileOf(sender)});
+      master_enable: true,
+      sender_id: sender,
+      activation: NOW,
+      transport_file: await fileOf(sender),
+    });
   await instrument.patch(`receivers/${receivers[1]}`, {
-    master_enable: true, transport_file: {type: "application/sdp", data: twoLegs()},
-    activation: {mode: "activate_scheduled_relative", requested_time: "754:0"}});
+    master_enable: true,
+    transport_file: {type: "application/sdp", data: twoLegs()},
+    activation: {mode: "activate_scheduled_relative", requested_time: "754:0"},
+  });
   await instrument.patch(`receivers/${receivers[2]}`, {
-    master_enable: true, transport_file: {type: "application/sdp", data: twoLegs({first: "233.252.0.111"})}});
-  await instrument.request("PATCH", `${SINGLE}/receivers/${receivers[5]}/staged`,
-                           {transport_params: [{destination_port: 70000}, {}]});
+    master_enable: true,
+    transport_file: {type: "application/sdp", data: twoLegs({first: "233.252.0.111"})},
+  });
+  await instrument.request("PATCH", `${SINGLE}/receivers/${receivers[5]}/staged`, {
+    transport_params: [{destination_port: 70000}, {}],
+  });
   return receivers;
 }
 
@@ -46,12 +58,18 @@ async function main() {
     const receivers = await work(instrument);
     for (const colorScheme of ["light", "dark"]) {
       for (const width of [1440, 390]) {
-        const page = await openPanel(browser, instrument, {width, height: 900, colorScheme, reducedMotion: "reduce"});
+        const page = await openPanel(browser, instrument, {
+          width,
+          height: 900,
+          colorScheme,
+          reducedMotion: "reduce",
+        });
         await page.locator("#log li").first().waitFor();
-        await page.screenshot({path: path.join(directory, `panel-${colorScheme}-${width}.png`),
-                               fullPage: width === 1440});
-        if (colorScheme === "dark" && width === 1440)
-          await refusal(page, receivers[3]);
+        await page.screenshot({
+          path: path.join(directory, `panel-${colorScheme}-${width}.png`),
+          fullPage: width === 1440,
+        });
+        if (colorScheme === "dark" && width === 1440) await refusal(page, receivers[3]);
         await closePanel(page);
       }
     }

@@ -34,18 +34,25 @@ for (const position of [0, 4, 5]) {
 test("no two kinds of lines have the same explanation", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const {dialog} = await open(page, 0);
-  const said = await dialog.locator('#sdp-lines li:not([data-line="0"])').evaluateAll(items => items.map(item => [
-    item.textContent.match(/([a-z]=(?:[a-z-]+(?=:))?)/)[1], item.querySelector(".explanation").textContent]));
+  const said = await dialog
+    .locator('#sdp-lines li:not([data-line="0"])')
+    .evaluateAll(items =>
+      items.map(item => [
+        item.textContent.match(/([a-z]=(?:[a-z-]+(?=:))?)/)[1],
+        item.querySelector(".explanation").textContent,
+      ]),
+    );
   const kinds = new Map();
   for (const [kind, explanation] of said)
-    kinds.set(explanation, new Set([...kinds.get(explanation) ?? [], kind]));
-  for (const [explanation, of] of kinds)
-    assert.equal(of.size, 1, `${[...of]}: ${explanation}`);
+    kinds.set(explanation, new Set([...(kinds.get(explanation) ?? []), kind]));
+  for (const [explanation, of] of kinds) assert.equal(of.size, 1, `${[...of]}: ${explanation}`);
   await closePanel(page);
 });
 
 test("Copy", async () => {
-  const page = await openPanel(it.browser, it.instrument, {permissions: ["clipboard-read", "clipboard-write"]});
+  const page = await openPanel(it.browser, it.instrument, {
+    permissions: ["clipboard-read", "clipboard-write"],
+  });
   const {dialog, sdp} = await open(page, 0);
   await button(dialog, "Copy").click();
   await eventually(() => page.evaluate(() => navigator.clipboard.readText()), sdp);
@@ -69,8 +76,10 @@ test("a file that changes is shown as it is then", async () => {
   const dialog = await openDialog(page, `senders/${id}`, "SDP file");
   const lines = dialog.locator("#sdp-lines");
   await lines.getByText("233.252.0.12").first().waitFor();
-  await it.instrument.patch(`senders/${id}`, {activation: {mode: "activate_immediate"},
-                                              transport_params: [{destination_ip: "233.252.0.99"}, {}]});
+  await it.instrument.patch(`senders/${id}`, {
+    activation: {mode: "activate_immediate"},
+    transport_params: [{destination_ip: "233.252.0.99"}, {}],
+  });
   await lines.getByText("233.252.0.99").first().waitFor();
   await closePanel(page);
 });

@@ -21,12 +21,20 @@ async function storm(receivers) {
   const waiting = new Set();
   let made = 0;
   while (Date.now() < begin + SECONDS * 1000) {
-    const due = (Date.now() - begin) / 1000 * RATE;
+    const due = ((Date.now() - begin) / 1000) * RATE;
     for (; made < due && waiting.size < 20; ++made) {
       const resource = `receivers/${receivers[made % receivers.length]}`;
       const change = {destination_port: 10000 + made, rtp_enabled: true};
-      const answer = it.instrument.request("PATCH", `${SINGLE}/${resource}/staged`, {
-        activation: {mode: "activate_immediate"}, transport_params: [change, change]}, agent)
+      const answer = it.instrument
+        .request(
+          "PATCH",
+          `${SINGLE}/${resource}/staged`,
+          {
+            activation: {mode: "activate_immediate"},
+            transport_params: [change, change],
+          },
+          agent,
+        )
         .then(({status}) => assert.equal(status, 200))
         .finally(() => waiting.delete(answer));
       waiting.add(answer);
@@ -43,16 +51,20 @@ async function observe(page) {
   await page.evaluate(() => {
     window.longTasks = [];
     window.shifts = 0;
-    new PerformanceObserver(list => window.longTasks.push(...list.getEntries().map(one => one.duration)))
-      .observe({type: "longtask"});
-    new PerformanceObserver(list => list.getEntries().forEach(one => { window.shifts += one.value; }))
-      .observe({type: "layout-shift"});
+    new PerformanceObserver(list =>
+      window.longTasks.push(...list.getEntries().map(one => one.duration)),
+    ).observe({type: "longtask"});
+    new PerformanceObserver(list =>
+      list.getEntries().forEach(one => {
+        window.shifts += one.value;
+      }),
+    ).observe({type: "layout-shift"});
   });
   await it.browser.startTracing(page, {categories: ["disabled-by-default-devtools.timeline"]});
 }
 
-// The longest task of the page since then in milliseconds of the CPU: what else the machine did meanwhile
-// is not in it.
+// The longest task of the page since then in milliseconds of the CPU: what else the machine did
+// meanwhile is not in it.
 async function longestTask() {
   const {traceEvents} = JSON.parse(await it.browser.stopTracing());
   const tasks = traceEvents.filter(one => one.name === "RunTask" && one.tdur > 0);
@@ -79,8 +91,10 @@ async function open(page, receivers) {
 async function isRight(page, receivers) {
   for (const receiver of receivers) {
     const [leg] = (await it.instrument.active(`receivers/${receiver}`)).transport_params;
-    await eventually(() => entryOf(page, `receivers/${receiver}`).locator('.leg[data-leg="1"]').textContent(),
-                     `${leg.multicast_ip ?? leg.interface_ip}:${leg.destination_port}`);
+    await eventually(
+      () => entryOf(page, `receivers/${receiver}`).locator('.leg[data-leg="1"]').textContent(),
+      `${leg.multicast_ip ?? leg.interface_ip}:${leg.destination_port}`,
+    );
   }
 }
 
@@ -92,10 +106,16 @@ test("a storm of changes", async () => {
   const [made, opened] = await Promise.all([storm(receivers), open(page, receivers.slice(0, 5))]);
   const longest = await longestTask();
   await isRight(page, receivers);
-  const {longTasks, shifts} = await page.evaluate(() => ({longTasks: window.longTasks, shifts: window.shifts}));
-  console.log(`${made} changes in ${SECONDS} s; longest task ${longest.toFixed(1)} ms of the CPU; ` +
-              `by the clock ${longTasks.length} of 50 ms and more (longest ${Math.max(0, ...longTasks)} ms); ` +
-              `layout shift ${shifts}; dialog opened in ${opened.join(", ")} ms`);
+  const {longTasks, shifts} = await page.evaluate(() => ({
+    longTasks: window.longTasks,
+    shifts: window.shifts,
+  }));
+  console.log(
+    `${made} changes in ${SECONDS} s; longest task ${longest.toFixed(1)} ms of the CPU; ` +
+      `by the clock ${longTasks.length} of 50 ms and more ` +
+      `(longest ${Math.max(0, ...longTasks)} ms); ` +
+      `layout shift ${shifts}; dialog opened in ${opened.join(", ")} ms`,
+  );
   assert.ok(made >= RATE * SECONDS * 0.9, `${made} changes`);
   assert.ok(longest < 50, `${longest} ms`);
   assert.ok(shifts < 0.01, `layout shift ${shifts}`);

@@ -21,7 +21,11 @@ class Instrument {
     const instrument = new Instrument();
     instrument.folder = fs.mkdtempSync(path.join(os.tmpdir(), "panel-test-"));
     instrument.logFile = path.join(instrument.folder, "log");
-    instrument.arguments = [...options, "--config", path.join(instrument.folder, "configuration.json")];
+    instrument.arguments = [
+      ...options,
+      "--config",
+      path.join(instrument.folder, "configuration.json"),
+    ];
     fs.writeFileSync(instrument.arguments.at(-1), JSON.stringify(configuration));
     await instrument.run(["--first-free-port", "--port", FIRST_PORT]);
     return instrument;
@@ -30,8 +34,9 @@ class Instrument {
   async run(where) {
     const log = fs.openSync(this.logFile, "a");
     // Whoever runs the tests may have a registry in the network: it must not hear of them.
-    this.process = spawn(PROGRAM, ["serve", "--no-registration", ...where, ...this.arguments],
-                         {stdio: ["ignore", "pipe", log]});
+    this.process = spawn(PROGRAM, ["serve", "--no-registration", ...where, ...this.arguments], {
+      stdio: ["ignore", "pipe", log],
+    });
     fs.closeSync(log);
     this.ended = once(this.process, "exit");
     const lines = readline.createInterface({input: this.process.stdout});
@@ -54,20 +59,22 @@ class Instrument {
   }
 
   async end() {
-    const status = this.process.exitCode ?? await this.stop();
+    const status = this.process.exitCode ?? (await this.stop());
     fs.rmSync(this.folder, {recursive: true});
-    if (status !== 0)
-      throw new Error(`the program ended with status ${status}`);
+    if (status !== 0) throw new Error(`the program ended with status ${status}`);
   }
 
   // `body` as it is when it is text, else as JSON. Without `agent` the connection is used once: the
   // program may have been started again meanwhile.
   request(method, path, body, agent = false) {
     const text = body === undefined || typeof body === "string" ? body : JSON.stringify(body);
-    const headers = text === undefined ? {} : {
-      "Content-Type": "application/json",
-      "Content-Length": Buffer.byteLength(text),
-    };
+    const headers =
+      text === undefined
+        ? {}
+        : {
+            "Content-Type": "application/json",
+            "Content-Length": Buffer.byteLength(text),
+          };
     return new Promise((resolve, reject) => {
       const request = http.request(this.url + path, {method, headers, agent}, async answer => {
         try {
@@ -88,16 +95,14 @@ class Instrument {
 
   async json(path) {
     const answer = await this.request("GET", path);
-    if (answer.status !== 200)
-      throw new Error(`GET ${path}: ${answer.status} ${answer.text}`);
+    if (answer.status !== 200) throw new Error(`GET ${path}: ${answer.status} ${answer.text}`);
     return JSON.parse(answer.text);
   }
 
   // `resource` like "receivers/<id>".
   async patch(resource, body) {
     const answer = await this.request("PATCH", `${SINGLE}/${resource}/staged`, body);
-    if (answer.status >= 300)
-      throw new Error(`PATCH ${resource}: ${answer.status} ${answer.text}`);
+    if (answer.status >= 300) throw new Error(`PATCH ${resource}: ${answer.status} ${answer.text}`);
     return JSON.parse(answer.text);
   }
 

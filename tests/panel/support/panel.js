@@ -30,9 +30,15 @@ function launch() {
   return chromium.launch({
     executablePath: process.env.NMOS_CHROMIUM || "/usr/bin/chromium",
     headless: true,
-    args: ["--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
-           "--disable-component-update", "--disable-sync",
-           ...process.getuid() === 0 ? ["--no-sandbox"] : []],
+    args: [
+      "--disable-gpu",
+      "--disable-quic",
+      "--no-first-run",
+      "--disable-background-networking",
+      "--disable-component-update",
+      "--disable-sync",
+      ...(process.getuid() === 0 ? ["--no-sandbox"] : []),
+    ],
   });
 }
 
@@ -105,12 +111,23 @@ async function eventually(read, expected, what = "") {
       assert.deepEqual(value, expected, what);
       return value;
     } catch (error) {
-      if (Date.now() > end)
-        throw error;
+      if (Date.now() > end) throw error;
     }
     await new Promise(resolve => setTimeout(resolve, 50));
   }
 }
 
-module.exports = {WAIT, shared, launch, openPanel, closePanel, isLive, entryOf, dialogOf, openDialog, field,
-                  button, eventually};
+module.exports = {
+  WAIT,
+  shared,
+  launch,
+  openPanel,
+  closePanel,
+  isLive,
+  entryOf,
+  dialogOf,
+  openDialog,
+  field,
+  button,
+  eventually,
+};
