@@ -99,6 +99,7 @@ export class ConnectionDialog {
   async cancel(side, id) {
     const answer = await request("PATCH", pathOf(side, id, "staged"), {activation: {mode: null}});
     this.#say(answer.ok ? "done" : "refused", answer.ok ? texts.canceled : texts.refusal(answer));
+    this.#tabs[this.#chosen].focus(); // the button goes
   }
 
   #choose(chosen) {
@@ -125,9 +126,8 @@ export class ConnectionDialog {
 
   // A file that is refused cannot be sent.
   #allowSending() {
-    const isBlocked = this.#offersFile && this.#file.patch === null;
-    this.#stage.disabled = isBlocked;
-    this.#activate.disabled = isBlocked;
+    for (const one of [this.#stage, this.#activate])
+      one.disabled = this.#offersFile && this.#file.patch === null;
   }
 
   #dropped({dataTransfer: {files: [file]}}) {
@@ -162,6 +162,8 @@ export class ConnectionDialog {
 
   #refused({status, body: {error, debug}}) {
     const isAtField = debug && !this.#offersFile;
+    if (isAtField)
+      this.#choose("parameters");
     this.#say("refused", texts.refusal({status, body: {error, debug: isAtField ? this.#parameters.refuse(debug) : debug}}));
   }
 

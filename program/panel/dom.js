@@ -34,22 +34,3 @@ export function setAttribute(target, name, value) {
   else if (target.getAttribute(name) !== String(value))
     target.setAttribute(name, value === true ? "" : String(value));
 }
-
-/// Makes `list` hold one child for each item, in their order. A child stays with its `key(item)`.
-export function keepChildren(list, items, key, makeChild) {
-  const old = new Map([...list.children].map(child => [child.dataset.key, child]));
-  let next = list.firstElementChild;
-  for (const item of items) {
-    let child = old.get(key(item));
-    old.delete(key(item));
-    if (child === undefined) {
-      child = makeChild(item);
-      child.dataset.key = key(item);
-    }
-    if (child === next)
-      next = next.nextElementSibling;
-    else
-      list.insertBefore(child, next);
-  }
-  old.forEach(child => child.remove());
-}

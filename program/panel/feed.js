@@ -32,8 +32,8 @@ export class Feed {
     clearTimeout(this.#timer);
     this.#source = new EventSource("/events");
     this.#last = performance.now();
-    this.#source.addEventListener("all", event => this.#take("all", event));
-    this.#source.addEventListener("changes", event => this.#take("changes", event));
+    for (const kind of ["all", "changes"])
+      this.#source.addEventListener(kind, event => this.#take(kind, event));
     this.#source.addEventListener("error", () => this.#failed());
   }
 

@@ -2,7 +2,7 @@
 //
 // What is scheduled, and what has happened.
 
-import {keepChildren, make, setText} from "./dom.js";
+import {make, setText} from "./dom.js";
 import {localTime, taiOf} from "./tai.js";
 import {texts} from "./texts.js";
 
@@ -40,16 +40,22 @@ export class Log {
   constructor(parent, told) {
     this.#told = told;
     const section = (heading, list, empty) =>
-      make("section", {"aria-label": heading}, make("h2", heading), list, make("p.empty", empty));
+      make("section", {"aria-label": heading, tabindex: -1}, make("h2", heading), list, make("p.empty", empty));
     parent.append(section(texts.scheduledActivations, this.#scheduled, texts.nothingScheduled),
                   section(texts.activationsAndRefusals, this.#list, texts.nothingHappened));
   }
 
   update(model, now) {
     const pending = model.status.pending_activations;
-    keepChildren(this.#scheduled, pending, one => one.resource + one.due, one => this.#pending(model, one));
-    pending.forEach((one, i) =>
-      setText(this.#scheduled.children[i].firstElementChild, texts.inTime(taiOf(one.due) - now)));
+    const keys = pending.map(one => one.resource + one.due);
+    const {children} = this.#scheduled;
+    // What stays may have the focus. The order never changes.
+    [...children].filter(child => !keys.includes(child.dataset.key)).forEach(child => child.remove());
+    pending.forEach((one, i) => {
+      if (children[i]?.dataset.key !== keys[i])
+        this.#scheduled.insertBefore(this.#pending(model, one), children[i]);
+      setText(children[i].firstElementChild, texts.inTime(taiOf(one.due) - now));
+    });
     const all = happenings(model.status);
     const listed = JSON.stringify(all);
     if (listed !== this.#listed)
@@ -59,11 +65,14 @@ export class Log {
 
   #pending(model, {resource, due}) {
     const name = named(model, resource);
-    return make("li", make("span.countdown"), times(due), name,
+    return make("li", {"data-key": resource + due}, make("span.countdown"), times(due), name,
       make("button", {
         type: "button",
         "aria-label": texts.cancelOf(name.textContent),
-        onclick: () => this.#told.cancel(...resource.split("/")),
+        onclick: () => {
+          this.#scheduled.parentElement.focus(); // the button goes
+          this.#told.cancel(...resource.split("/"));
+        },
       }, texts.cancelActivation));
   }
 }

@@ -35,7 +35,7 @@ class Row {
     this.#isFixed = fixed[side].includes(name);
     this.#error = make("p.error", {id: `${id}-error`});
     setAttribute(this.#input, "aria-label", label);
-    this.#input.type = name.endsWith("enable") || name.endsWith("enabled") ? "checkbox" : "text";
+    this.#input.type = /_enabled?$/.test(name) ? "checkbox" : "text";
     this.element = make("tr", {"data-parameter": id}, make("th", {scope: "row"}, label),
       make("td.staged", this.#mark, this.#isFixed ? this.#fixed : this.#input, this.#error), this.#active);
   }
@@ -107,7 +107,7 @@ export class Parameters {
                 `leg${leg + 1}.${name}`))),
     ];
     const head = [texts.parameter, texts.staged, texts.active].map(text => make("th", {scope: "col"}, text));
-    this.element = make("table.parameters", make("thead", make("tr", head)),
+    this.element = make("table", make("thead", make("tr", head)),
                         make("tbody", this.#rows.map(row => row.element)));
   }
 

@@ -15,14 +15,13 @@ function curlLine(method, path, type, body) {
   const url = quoted(location.origin + path);
   if (method === "GET")
     return `curl ${url}`;
-  return `curl -X ${method} -H ${quoted(`Content-Type: ${type}`)} --data-binary ${quoted(body)} ${url}`;
+  return `curl -X ${method} -H ${quoted(`Content-Type: ${type}`)} --data-raw ${quoted(body)} ${url}`;
 }
 
 function note(line) {
   list.append(make("li", make("code", line)));
   if (list.children.length > most)
     list.firstElementChild.remove();
-  list.parentElement?.scrollTo(0, list.scrollHeight);
 }
 
 /// {ok, status, body}: the body as JSON, or as text if it is none. An instrument that does not answer
@@ -40,7 +39,6 @@ export async function request(method, path, body, type = "application/json") {
   }
 }
 
-/// The switch and the list.
 export function showRequestsIn(footer) {
   const region = make("section", {"aria-label": texts.requests, hidden: true, tabindex: 0}, list);
   const toggle = make("input", {type: "checkbox", onchange: () => setAttribute(region, "hidden", !toggle.checked)});

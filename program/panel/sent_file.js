@@ -19,12 +19,14 @@ export async function fileOf(sender) {
 async function copied(text, parent) {
   if (navigator.clipboard)
     return navigator.clipboard.writeText(text).then(() => true, () => false);
+  const {activeElement} = document;
   const area = make("textarea.unseen");
   area.value = text;
   parent.append(area);
   area.select();
   const isDone = document.execCommand("copy");
   area.remove();
+  activeElement.focus();
   return isDone;
 }
 

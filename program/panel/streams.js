@@ -10,7 +10,9 @@ import {texts} from "./texts.js";
 // What a drag carries: the id of a sender.
 const senderType = "application/x-nmos-sender";
 
-/// One sender or receiver.
+// In front of what is not active as it is staged.
+const mark = isOther => isOther ? "≠\u00a0" : "";
+
 class Signal {
   #side;
   #id;
@@ -42,15 +44,17 @@ class Signal {
 
   #takesDrops(told) {
     const isOver = yes => this.element.classList.toggle("over", yes);
+    const offer = data => told.open("receivers", this.#id, {
+      sender: data.getData(senderType),
+      file: data.files[0] ?? new Blob([data.getData("text")]),
+    });
     this.element.addEventListener("dragover", () => isOver(true));
     this.element.addEventListener("dragleave", () => isOver(false));
     this.element.addEventListener("drop", ({dataTransfer}) => {
       isOver(false);
-      const sender = dataTransfer.getData(senderType);
-      const [file] = dataTransfer.files;
-      if (sender || file)
-        told.open("receivers", this.#id, {sender, file});
+      offer(dataTransfer);
     });
+    this.element.addEventListener("paste", ({clipboardData}) => offer(clipboardData));
   }
 
   update(model, now) {
@@ -72,15 +76,17 @@ class Signal {
     const word = texts.onOff(active.master_enable);
     if (differs(staged.master_enable, active.master_enable))
       return texts.stagedToBe(word, texts.onOff(staged.master_enable));
-    const peer = active[peerOf[this.#side]];
-    return peer ? texts.withPeer[this.#side](word, model.labelOf(otherSide[this.#side], peer)) : word;
+    const name = peerOf[this.#side];
+    const peer = active[name];
+    return mark(differs(staged[name], peer))
+      + (peer ? texts.withPeer[this.#side](word, model.labelOf(otherSide[this.#side], peer)) : word);
   }
 
   #showLeg(leg, staged, active) {
     const isOther = legDiffers(this.#side, staged, active, leg);
     const line = this.#legs[leg];
     setAttribute(line.staged.parentElement, "data-differs", isOther);
-    setText(line.staged, (isOther ? "≠\u00a0" : "") + (legAddress(this.#side, staged, leg) ?? texts.onOff(false)));
+    setText(line.staged, mark(isOther) + (legAddress(this.#side, staged, leg) ?? texts.onOff(false)));
     setText(line.active, legAddress(this.#side, active, leg) ?? texts.onOff(false));
   }
 }

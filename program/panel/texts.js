@@ -17,7 +17,7 @@ function span(ms) {
 export const texts = {
   instrument: "Instrument",
   page: "This page",
-  connection: {live: "Live", lost: "Connection lost: trying again", waiting: "Connecting"},
+  connection: {live: "Live", lost: "Connection lost", waiting: "Connecting"},
   registration: "Registration",
   noRegistration: "switched off",
   since: time => `since ${time}`,

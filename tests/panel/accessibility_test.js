@@ -115,6 +115,26 @@ test("the check finds what is wrong", async () => {
   await closePanel(page);
 });
 
+test("in forced colours a lamp that is on differs from one that is off", async () => {
+  const page = await openPanel(it.browser, it.instrument, {forcedColors: "active"});
+  const [receiver] = await it.instrument.ids("receivers");
+  const background = locator => locator.evaluate(element => getComputedStyle(element, "::before").backgroundColor);
+  const on = await background(page.locator("#connection"));
+  const off = await background(entryOf(page, `receivers/${receiver}`).locator(".lamp"));
+  assert.equal(on, "rgb(0, 0, 0)");
+  assert.equal(off, "rgba(0, 0, 0, 0)");
+  await closePanel(page);
+});
+
+test("in a low window the dialog scrolls as a whole", async () => {
+  const page = await openPanel(it.browser, it.instrument, {width: 640, height: 300});
+  const dialog = await openDialog(page, `receivers/${(await it.instrument.ids("receivers"))[0]}`);
+  const panel = dialog.getByRole("tabpanel");
+  assert.equal(await panel.evaluate(element => element.scrollHeight > element.clientHeight), false);
+  await dialog.getByRole("button", {name: "Activate"}).scrollIntoViewIfNeeded();
+  await closePanel(page);
+});
+
 test("with the keyboard the focus is always seen, and the dialog keeps it", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const [receiver] = await it.instrument.ids("receivers");

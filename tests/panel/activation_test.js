@@ -113,15 +113,15 @@ test("what is scheduled counts down, and is cancelled in the list", async () => 
   await dialogOf(page).waitFor({state: "hidden"});
   const countdown = page.locator("#scheduled li .countdown");
   const first = await countdown.textContent();
-  await eventually(async () => (await countdown.textContent()) !== first, true);
-  await button(page, "Cancel activation of IP Stream 1 Video Sender").click();
-  await eventually(async () => (await it.instrument.staged(sender)).activation, {
-    mode: null,
-    requested_time: null,
-    activation_time: null,
-  });
+  await eventually(async () => await countdown.textContent() !== first, true);
+  await button(page, "Cancel activation of IP Stream 1 Video Sender").focus();
+  await page.keyboard.press("Enter");
+  await eventually(async () => (await it.instrument.staged(sender)).activation,
+                   {mode: null, requested_time: null, activation_time: null});
   await eventually(() => page.locator("#scheduled li").count(), 0);
   assert.equal(await masterEnable("active"), false);
+  // The button is gone, the focus is not.
+  assert.equal(await page.evaluate(() => document.activeElement.getAttribute("aria-label")), "Scheduled activations");
   await closePanel(page);
 });
 
@@ -135,10 +135,32 @@ test("what is scheduled is cancelled in the dialog", async () => {
   });
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await openDialog(page, sender);
-  await button(dialog, "Cancel activation").click();
+  await button(dialog, "Cancel activation").focus();
+  await page.keyboard.press("Enter");
   await eventually(async () => (await it.instrument.staged(sender)).activation.mode, null);
   await eventually(() => button(dialog, "Cancel activation").isVisible(), false);
+  await dialog.getByRole("status").filter({hasText: "The activation was cancelled."}).waitFor();
+  assert.equal(await page.evaluate(() => document.activeElement.textContent), "Parameters");
   assert.equal(await masterEnable("active"), false);
+  await closePanel(page);
+});
+
+test("of two that are scheduled, one that is cancelled elsewhere leaves the focus at the other", async () => {
+  const other = `senders/${(await it.instrument.ids("senders"))[1]}`;
+  const soon = {activation: {mode: "activate_scheduled_relative", requested_time: "300:0"}};
+  await it.instrument.patch(sender, soon);
+  await it.instrument.patch(other, soon);
+  const page = await openPanel(it.browser, it.instrument);
+  const cancel = button(page, "Cancel activation of IP Stream 2 Video Sender");
+  await cancel.focus();
+  await it.instrument.patch(sender, {activation: {mode: null}});
+  await eventually(() => page.locator("#scheduled li").count(), 1);
+  assert.equal(await cancel.evaluate(element => element === document.activeElement), true);
+  await it.instrument.patch(sender, soon); // it comes before the other again
+  await eventually(() => page.locator("#scheduled li b").allTextContents(),
+                   ["IP Stream 1 Video Sender", "IP Stream 2 Video Sender"]);
+  assert.equal(await cancel.evaluate(element => element === document.activeElement), true);
+  await it.instrument.patch(other, {activation: {mode: null}});
   await closePanel(page);
 });
 

@@ -126,6 +126,41 @@ test("the requests that the page makes do the same in a shell", async () => {
   await closePanel(page);
 });
 
+test("the latest of many requests is seen at once", async () => {
+  const page = await openPanel(it.browser, it.instrument);
+  const dialog = await openDialog(page, await resource("receivers", 0), "SDP file");
+  const lines = page.locator("#requests li code");
+  for (let i = 2; i < 14; ++i) {
+    await field(dialog, "SDP file").fill(`s=${i}\n\n`);
+    await eventually(() => lines.count(), i);
+  }
+  await page.keyboard.press("Escape");
+  const isSeen = () => lines.last().evaluate(line => {
+    const box = document.querySelector("#requests section").getBoundingClientRect();
+    return line.getBoundingClientRect().bottom <= box.bottom;
+  });
+  await page.getByLabel("Show requests").check();
+  assert.equal(await isSeen(), true);
+  await openDialog(page, await resource("senders", 0), "SDP file");
+  await eventually(() => lines.count(), 14);
+  assert.equal(await isSeen(), true);
+  await closePanel(page);
+});
+
+test("a text that begins with @ is no name of a file in a shell", async () => {
+  const page = await openPanel(it.browser, it.instrument);
+  await page.getByLabel("Show requests").check();
+  const dialog = await openDialog(page, await resource("receivers", 0), "SDP file");
+  await field(dialog, "SDP file").fill("@/etc/hostname  two blanks");
+  await dialog.locator('#sdp-verdict[data-verdict="refused"]').waitFor();
+  const code = page.getByRole("region", {name: "Requests", exact: true}).locator("li code").last();
+  const said = execFileSync("sh", ["-c", await code.textContent()], {encoding: "utf8", stdio: ["ignore", "pipe", "ignore"]});
+  assert.match(JSON.parse(said).findings.map(one => one.text).join("\n"), /@/);
+  // It can be copied as it is shown.
+  assert.match(await code.innerText(), /@\/etc\/hostname  two blanks/);
+  await closePanel(page);
+});
+
 test("an SDP file with quotes and line ends is the same in a shell", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const receiver = await resource("receivers", 0);

@@ -213,6 +213,42 @@ for (const [kind, label, wrong, word] of [
   });
 }
 
+test("a wrong value is named at its field, also when its tab was not to be seen", async () => {
+  const page = await openPanel(it.browser, it.instrument);
+  const dialog = await openDialog(page, sender);
+  const input = field(dialog, "Leg 1 port");
+  await input.fill("70000");
+  await dialog.getByRole("tab", {name: "SDP file"}).click();
+  await button(dialog, "Activate").click();
+  assert.ok((await errorOf(page, input)).includes("65535"));
+  assert.equal(await input.isVisible(), true);
+  assert.equal(await input.evaluate(element => element === document.activeElement), true);
+  page.watched.errors = page.watched.errors.filter(one => !one.includes("status of 400")); // Chromium's own
+  await closePanel(page);
+});
+
+test("on a telephone the longest usual address is seen as a whole", async () => {
+  await it.instrument.patch(sender, {transport_params: [{destination_ip: "239.155.155.155"}, {}]});
+  const page = await openPanel(it.browser, it.instrument, {width: 360});
+  const input = field(await openDialog(page, sender), "Leg 1 address");
+  await eventually(() => input.inputValue(), "239.155.155.155");
+  assert.equal(await input.evaluate(element => element.scrollWidth > element.clientWidth), false);
+  await closePanel(page);
+});
+
+test("a sender that is staged for a receiver is marked in its row", async () => {
+  const [id] = await it.instrument.ids("senders");
+  const page = await openPanel(it.browser, it.instrument);
+  const state = entryOf(page, receiver).locator(".state");
+  await eventually(() => state.textContent(), "on");
+  await it.instrument.patch(receiver, {sender_id: id});
+  await eventually(() => state.textContent(), "≠\u00a0on");
+  await it.instrument.patch(receiver, {activation: {mode: "activate_immediate"}});
+  await eventually(() => state.textContent(), "on, from IP Stream 1 Video Sender");
+  await it.instrument.patch(receiver, {sender_id: null, activation: {mode: "activate_immediate"}});
+  await closePanel(page);
+});
+
 test("what somebody types stays while the instrument changes", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await openDialog(page, sender);

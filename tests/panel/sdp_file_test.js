@@ -103,6 +103,18 @@ test("a file that is dropped on a receiver opens its dialog, and is staged", asy
   await closePanel(page);
 });
 
+test("a file that is pasted on a receiver opens its dialog", async () => {
+  const page = await openPanel(it.browser, it.instrument, {permissions: ["clipboard-read", "clipboard-write"]});
+  const resource = await receiver(2);
+  await page.evaluate(text => navigator.clipboard.writeText(text), twoLegs());
+  await entryOf(page, resource).locator("button.open").focus();
+  await page.keyboard.press("Control+V");
+  await isTaken(dialogOf(page));
+  assert.equal(await dialogOf(page).getByRole("tab", {name: "SDP file"}).getAttribute("aria-selected"), "true");
+  assert.equal((await it.instrument.staged(resource)).transport_file.data, null);
+  await closePanel(page);
+});
+
 test("a file that is dropped on the dialog is checked", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await openDialog(page, await receiver(2), "SDP file");

@@ -59,6 +59,20 @@ test("Copy", async () => {
   await closePanel(page);
 });
 
+test("Copy where the browser has no clipboard for pages of http", async () => {
+  const page = await openPanel(it.browser, it.instrument, {permissions: ["clipboard-read", "clipboard-write"]});
+  const {dialog, sdp} = await open(page, 0);
+  const read = await page.evaluateHandle(() => navigator.clipboard);
+  await page.evaluate(() => Object.defineProperty(navigator, "clipboard", {value: undefined}));
+  await button(dialog, "Copy").focus();
+  await page.keyboard.press("Enter");
+  await dialog.getByRole("status").filter({hasText: "Copied."}).waitFor();
+  assert.equal((await read.evaluate(clipboard => clipboard.readText())).replaceAll("\r\n", "\n"),
+               sdp.replaceAll("\r\n", "\n"));
+  assert.equal(await button(dialog, "Copy").evaluate(element => element === document.activeElement), true);
+  await closePanel(page);
+});
+
 test("Download", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const {dialog, sdp} = await open(page, 0);
