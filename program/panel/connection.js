@@ -22,7 +22,7 @@ export function differs(staged, active) {
 
 export function legDiffers(side, staged, active, leg) {
   return parametersOf[side].some(name => differs(staged.transport_params[leg][name],
-                                                 active.transport_params[leg][name]));
+      active.transport_params[leg][name]));
 }
 
 export function differsAnywhere(side, staged, active) {

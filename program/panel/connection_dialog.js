@@ -26,7 +26,7 @@ export class ConnectionDialog {
   #about = make("p.about");
   #due = make("span.countdown");
   #scheduled = make("p.scheduled", this.#due,
-                    button("button", texts.cancelActivation, () => this.cancel(this.#side, this.#id)));
+      button("button", texts.cancelActivation, () => this.cancel(this.#side, this.#id)));
   #tabs = {};
   #panels = {};
   #when = new When();

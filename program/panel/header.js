@@ -72,7 +72,7 @@ export class Header {
     }
     const since = texts.since(localTime(taiOf(status.since)));
     this.#registration.show(status.registered ? "live" : "waiting", status.state,
-                            [since, status.registry].filter(text => text).join(" · "));
+        [since, status.registry].filter(Boolean).join(" · "));
   }
 
   showTime(tai) {

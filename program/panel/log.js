@@ -42,7 +42,7 @@ export class Log {
     const section = (heading, list, empty) =>
       make("section", {"aria-label": heading, tabindex: -1}, make("h2", heading), list, make("p.empty", empty));
     parent.append(section(texts.scheduledActivations, this.#scheduled, texts.nothingScheduled),
-                  section(texts.activationsAndRefusals, this.#list, texts.nothingHappened));
+        section(texts.activationsAndRefusals, this.#list, texts.nothingHappened));
   }
 
   update(model, now) {

@@ -14,8 +14,8 @@ const checkAfter = 250; // ms without a key
 
 function shownFinding({code, severity, text, allowed, title}) {
   return make("p.finding", {"data-code": code, "data-severity": severity},
-              make("b", texts.severity[severity]), " ", make("bdi", texts.finding(text, allowed)), " ",
-              make("span.code", `${code}: ${title}`));
+      make("b", texts.severity[severity]), " ", make("bdi", texts.finding(text, allowed)), " ",
+      make("span.code", `${code}: ${title}`));
 }
 
 export class OfferedFile {
@@ -25,7 +25,7 @@ export class OfferedFile {
   #chosen = make("input", {type: "file", hidden: true, onchange: () => this.takeFile(this.#chosen.files[0])});
   #enable = make("input", {type: "checkbox", checked: true});
   #area = make("textarea", {"aria-label": texts.sdpFile, rows: 8, spellcheck: "false", placeholder: texts.pasteHere,
-                            oninput: () => this.#edited()});
+      oninput: () => this.#edited()});
   #verdict = make("p", {id: "sdp-verdict", role: "status"});
   #joined = make("ul", {id: "sdp-legs"});
   #lines = make("div");
@@ -116,11 +116,11 @@ export class OfferedFile {
     const isTaken = verdict === "taken";
     const errors = findings.filter(one => one.severity === "error").length;
     const join = leg => make("li", {"data-leg": leg + 1}, make("b", texts.leg(leg + 1)), " ",
-                             texts.joins(joined.find(one => one.leg === leg + 1)));
+        texts.joins(joined.find(one => one.leg === leg + 1)));
     const lines = sdpLines(this.#text,
-                           (_, number) => findings.filter(one => (one.line ?? 0) === number).map(shownFinding));
+        (_, number) => findings.filter(one => (one.line ?? 0) === number).map(shownFinding));
     this.#say(verdict, isTaken ? texts.taken(findings.length) : texts.refused(errors, more),
-              isTaken ? legs.map(join) : [], [lines]);
+        isTaken ? legs.map(join) : [], [lines]);
     this.#lines.querySelector(".finding")?.scrollIntoView({block: "nearest"});
     this.#judge(isTaken);
   }

@@ -104,11 +104,11 @@ export class Parameters {
       new Row(side, peerOf[side], `/${peerOf[side]}`, label(peerOf[side]), "peer"),
       ...legs.flatMap(leg => parametersOf[side].map(name =>
         new Row(side, name, `/transport_params/${leg}/${name}`, `${texts.leg(leg + 1)} ${label(name)}`,
-                `leg${leg + 1}.${name}`))),
+            `leg${leg + 1}.${name}`))),
     ];
     const head = [texts.parameter, texts.staged, texts.active].map(text => make("th", {scope: "col"}, text));
     this.element = make("table", make("thead", make("tr", head)),
-                        make("tbody", this.#rows.map(row => row.element)));
+        make("tbody", this.#rows.map(row => row.element)));
   }
 
   show(staged, active) {

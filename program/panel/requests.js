@@ -11,11 +11,19 @@ const list = make("ol");
 /// In single quotes everything stands for itself but the quote.
 const quoted = text => `'${text.replaceAll("'", "'\\''")}'`;
 
+// They could work the terminal into which a line is pasted.
+const control = /[\0-\t\v-\x1f\x7f]/g;
+const octal = sign => `\\${sign.charCodeAt().toString(8).padStart(3, 0)}`; // for printf
+
 function curlLine(method, path, type, body) {
   const url = quoted(location.origin + path);
   if (method === "GET")
     return `curl ${url}`;
-  return `curl -X ${method} -H ${quoted(`Content-Type: ${type}`)} --data-raw ${quoted(body)} ${url}`;
+  const curl = `curl -X ${method} -H ${quoted(`Content-Type: ${type}`)}`;
+  if (body.search(control) < 0)
+    return `${curl} --data-raw ${quoted(body)} ${url}`;
+  const format = body.replace(/[\\%]/g, "$&$&").replace(control, octal);
+  return `printf -- ${quoted(format)} | ${curl} --data-binary @- ${url}`;
 }
 
 function note(line) {

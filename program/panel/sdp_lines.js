@@ -8,6 +8,6 @@ import {make} from "./dom.js";
 export function sdpLines(sdp, notesOf) {
   const lines = sdp.replace(/\r?\n$/, "").split(/\r?\n/);
   const item = (line, number) => make("li", {"data-line": number}, make("span.number", String(number || "")),
-                                      make("bdi", line), make("div.notes", notesOf(line, number)));
+      make("bdi", line), make("div.notes", notesOf(line, number)));
   return make("ol", {id: "sdp-lines"}, ["", ...lines].map(item));
 }

@@ -44,7 +44,7 @@ export class SentFile {
       make("div.actions",
         make("button", {type: "button", onclick: () => this.#copy()}, texts.copy),
         make("a.button", {href: pathOf("senders", id, "transportfile"), download: `${label.replace(/\W+/g, "_")}.sdp`},
-             texts.download),
+            texts.download),
         this.#said),
       this.#lines);
   }

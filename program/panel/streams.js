@@ -93,7 +93,7 @@ class Signal {
 
 function hiddenOne(side, entry) {
   return make("li.hidden", {"data-side": side, "data-id": entry.id, "data-hidden": entry.hidden},
-              make("span.kind", texts.kind(entry)), make("span.reason", texts.hidden(entry.hidden)));
+    make("span.kind", texts.kind(entry)), make("span.reason", texts.hidden(entry.hidden)));
 }
 
 export class Streams {
@@ -121,8 +121,8 @@ export class Streams {
     this.#main.replaceChildren(...layout.streams.map(stream => {
       const heading = `stream-${stream.stream}`;
       return make("section", {"data-stream": stream.stream, "aria-labelledby": heading},
-                  make("h2", {id: heading}, texts.stream(stream.stream)),
-                  ["receivers", "senders"].map(side => this.#list(side, stream[side])));
+        make("h2", {id: heading}, texts.stream(stream.stream)),
+        ["receivers", "senders"].map(side => this.#list(side, stream[side])));
     }));
   }
 

@@ -21,15 +21,15 @@ export function taiOfDate(date) {
   return date.getTime() + offset;
 }
 
-/// "2026-11-22" and "14:03:12", of the TAI scale itself.
+/// "2026-11-22" and "14:03:12", of the TAI scale itself. No Date is later than 864e13.
 export function taiDateAndClock(tai) {
-  return new Date(tai).toISOString().slice(0, 19).split("T");
+  return new Date(Math.min(tai, 864e13)).toISOString().split(/[T.]/);
 }
 
 /// The same in this machine's time zone.
 export function localDateAndClock(tai) {
-  const date = new Date(tai - offset);
-  return new Date(date - date.getTimezoneOffset() * 60_000).toISOString().slice(0, 19).split("T");
+  const utc = Math.min(tai, 864e13) - offset;
+  return taiDateAndClock(utc - new Date(utc).getTimezoneOffset() * 60_000);
 }
 
 /// "15:02:35", with the date in front if it is another day.

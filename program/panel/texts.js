@@ -10,8 +10,9 @@ const counted = (count, word) => `${count} ${word}${count === 1 ? "" : "s"}`;
 function span(ms) {
   if (ms < 60_000)
     return `${Math.max(0, ms / 1000).toFixed(1)} s`;
-  const clock = new Date(Math.ceil(ms / 1000) * 1000).toISOString().slice(11, 19);
-  return ms < 86_400_000 ? clock.replace(/^0(0:0?)?/, "") : `${Math.floor(ms / 86_400_000)} d ${clock}`;
+  const seconds = Math.ceil(ms / 1000);
+  const clock = new Date(seconds % 86_400 * 1000).toISOString().slice(11, 19);
+  return seconds < 86_400 ? clock.replace(/^0(0:0?)?/, "") : `${Math.floor(seconds / 86_400)} d ${clock}`;
 }
 
 export const texts = {

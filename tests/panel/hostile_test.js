@@ -3,6 +3,7 @@
 // Texts of others are shown as texts, whatever they contain, and stay in their place.
 
 const assert = require("node:assert/strict");
+const {execFileSync} = require("node:child_process");
 const {test} = require("node:test");
 const {Instrument, SINGLE} = require("./support/instrument");
 const {
@@ -138,5 +139,57 @@ test("a refusal that quotes markup is shown as text in the log", async () => {
   await eventually(async () => (await line.textContent()).includes(IMAGE), true);
   await nothingRan(page, dialogs);
   await entryOf(page, `receivers/${receiver}`).waitFor();
+  await closePanel(page);
+});
+
+for (const mode of ["activate_scheduled_absolute", "activate_scheduled_relative"]) {
+  test(`${mode} as late as can be: the page goes on`, async () => {
+    const page = await openPanel(it.browser, it.instrument);
+    const [first, second] = await it.instrument.ids("receivers");
+    // TAI has 48 bits of seconds; a Date ends in the year 275760.
+    const requested_time = mode === "activate_scheduled_absolute" ? "281474976710655:0" : "281473000000000:0";
+    await it.instrument.patch(`receivers/${first}`, {activation: {mode, requested_time}});
+    try {
+      await eventually(() => page.locator("#scheduled li .countdown").count(), 1);
+      assert.match(await page.locator("#scheduled li .countdown").textContent(), /^in \d{10} d \d\d:\d\d:\d\d$/);
+      assert.ok((await page.locator("#scheduled li").textContent()).includes("+275760-09-1"));
+      await openDialog(page, `receivers/${first}`);
+      await page.keyboard.press("Escape");
+      await it.instrument.patch(`receivers/${second}`, {activation: {mode: "activate_immediate"},
+                                                        transport_params: [{destination_port: 4321}, {}]});
+      const leg = entryOf(page, `receivers/${second}`).locator('.leg[data-leg="1"]');
+      await eventually(async () => (await leg.textContent()).endsWith(":4321"), true);
+    } finally {
+      await it.instrument.patch(`receivers/${first}`, {activation: {mode: null}});
+    }
+    await closePanel(page);
+  });
+}
+
+test("a request can be pasted into a terminal, whatever the SDP file has in it", async () => {
+  const page = await openPanel(it.browser, it.instrument);
+  const [receiver] = await it.instrument.ids("receivers");
+  await page.getByLabel("Show requests").check();
+  const line = page.getByRole("region", {name: "Requests", exact: true}).locator("li code").last();
+  // The end of what a terminal takes for pasted, an interrupt, a line; as two bytes of UTF-8 another.
+  for (const file of ["v=0\r\ns=\u001B[201~\u0003\ntouch 'x' \\101 %s %d \u00E9\u007F\r\n", "-v x\t\n", "@/etc/passwd",
+                      "a  b"]) {
+    const dialog = await openDialog(page, `receivers/${receiver}`, "SDP file");
+    await dialog.locator("input[type=file]").setInputFiles(
+      {name: "a.sdp", mimeType: "application/sdp", buffer: Buffer.from(file)});
+    await dialog.locator('#sdp-verdict[data-verdict="refused"]').waitFor();
+    await page.keyboard.press("Escape"); // nothing outside it can be selected
+    await dialog.waitFor({state: "hidden"});
+    // As it is copied: what is selected, not what is in the document.
+    const text = await line.evaluate(element => {
+      getSelection().selectAllChildren(element);
+      return getSelection().toString();
+    });
+    assert.doesNotMatch(text, /[^\P{Cc}\n]/u);
+    const sent = 'curl() { [ "$5" = --data-raw ] && printf %s "$6" || cat; }\n' + text;
+    assert.equal(execFileSync("sh", ["-c", sent], {encoding: "utf8"}), file, text);
+    const checked = execFileSync("sh", ["-c", text], {encoding: "utf8", stdio: ["ignore", "pipe", "ignore"]});
+    assert.equal(checked, (await it.instrument.request("POST", `/check-sdp/${receiver}`, file)).text);
+  }
   await closePanel(page);
 });
