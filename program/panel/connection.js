@@ -12,7 +12,6 @@ export const parametersOf = {
   receivers: ["rtp_enabled", "multicast_ip", "destination_port", "source_ip", "interface_ip"],
 };
 
-/// What names the other end.
 export const peerOf = {senders: "receiver_id", receivers: "sender_id"};
 
 /// "auto" is resolved by the activation, so it differs from nothing.

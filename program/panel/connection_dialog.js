@@ -52,8 +52,8 @@ export class ConnectionDialog {
       ondrop: event => this.#dropped(event),
     },
     make("header", make("div", this.#heading, this.#about),
-         button("button.close", "×", () => this.#dialog.close(), {"aria-label": texts.close}), this.#scheduled,
-         make("div", {role: "tablist", "aria-label": texts.parts}, Object.values(this.#tabs))),
+        button("button.close", "×", () => this.#dialog.close(), {"aria-label": texts.close}), this.#scheduled,
+        make("div", {role: "tablist", "aria-label": texts.parts}, Object.values(this.#tabs))),
     Object.values(this.#panels),
     make("footer", this.#message, this.#when.element, make("div.actions", this.#stage, this.#activate)));
     parent.append(this.#dialog);
@@ -148,7 +148,10 @@ export class ConnectionDialog {
       return;
     }
     const path = pathOf(this.#side, this.#id, "staged");
+    const parameters = this.#parameters;
     const answer = await request("PATCH", path, patch);
+    if (parameters !== this.#parameters)
+      return; // another dialog is open by now
     if (!answer.ok) {
       this.#refused(answer);
       return;

@@ -6,7 +6,6 @@ import {make, setAttribute, setText} from "./dom.js";
 import {localTime, taiDateAndClock, taiOf} from "./tai.js";
 import {texts} from "./texts.js";
 
-/// A lamp with words, and words beside it.
 class Fact {
   #lamp;
   #beside = make("span.beside");
@@ -44,7 +43,6 @@ export class Header {
       this.#facts));
   }
 
-  /// "live", "lost" or "waiting"
   connectionIs(state) {
     this.#connection.show(state, texts.connection[state], "");
   }

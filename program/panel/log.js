@@ -6,7 +6,6 @@ import {make, setText} from "./dom.js";
 import {localTime, taiOf} from "./tai.js";
 import {texts} from "./texts.js";
 
-/// Everything that the instrument remembers, newest first.
 function happenings(status) {
   const of = (kind, list, time, what) => (list ?? []).map(one => ({...one, kind, time: one[time], what: one[what]}));
   return [

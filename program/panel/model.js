@@ -47,12 +47,10 @@ export class Model {
     return this.resource(side, id)?.label ?? id;
   }
 
-  /// What is staged and what is active.
   halves(side, id) {
     return ["staged", "active"].map(half => this.#bodies[pathOf(side, id, half)]);
   }
 
-  /// The entry of the layout, with the number of its stream.
   entry(side, id) {
     return this.layout.streams.flatMap(({stream, [side]: entries}) => entries.map(one => ({...one, stream})))
       .find(one => one.id === id);

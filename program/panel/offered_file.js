@@ -61,10 +61,9 @@ export class OfferedFile {
   }
 
   takeFile(file) {
-    this.#take("", file.text());
+    this.#take("", file.text().catch(() => ""));
   }
 
-  /// Takes the file of a sender of this instrument.
   takeSender(id) {
     if (id !== "")
       this.#take(id, fileOf(id));
@@ -121,7 +120,8 @@ export class OfferedFile {
         (_, number) => findings.filter(one => (one.line ?? 0) === number).map(shownFinding));
     this.#say(verdict, isTaken ? texts.taken(findings.length) : texts.refused(errors, more),
         isTaken ? legs.map(join) : [], [lines]);
-    this.#lines.querySelector(".finding")?.scrollIntoView({block: "nearest"});
+    if (document.activeElement !== this.#area)
+      this.#lines.querySelector(".finding")?.scrollIntoView({block: "nearest"});
     this.#judge(isTaken);
   }
 

@@ -7,10 +7,7 @@ import {make, setAttribute, setText} from "./dom.js";
 import {texts} from "./texts.js";
 
 // What an instrument never changes.
-const fixed = {
-  senders: ["receiver_id", "source_ip"],
-  receivers: ["sender_id", "interface_ip"],
-};
+const fixed = {senders: "source_ip", receivers: "interface_ip"};
 
 function shown(value) {
   if (typeof value === "boolean")
@@ -32,7 +29,7 @@ class Row {
 
   constructor(side, name, pointer, label, id) {
     this.pointer = pointer;
-    this.#isFixed = fixed[side].includes(name);
+    this.#isFixed = fixed[side] === name;
     this.#error = make("p.error", {id: `${id}-error`});
     setAttribute(this.#input, "aria-label", label);
     this.#input.type = /_enabled?$/.test(name) ? "checkbox" : "text";
@@ -116,7 +113,6 @@ export class Parameters {
       row.show(valueAt(staged, row.pointer), valueAt(active, row.pointer));
   }
 
-  /// Takes back what has been edited.
   forget() {
     this.#rows.forEach(row => row.forget());
   }

@@ -9,7 +9,7 @@ import {request} from "./requests.js";
 import {sdpLines} from "./sdp_lines.js";
 import {texts} from "./texts.js";
 
-/// The text, or an empty one if there is no answer.
+/// Empty if there is no answer.
 export async function fileOf(sender) {
   const answer = await request("GET", pathOf("senders", sender, "transportfile"));
   return answer.ok ? answer.body : "";
@@ -55,6 +55,9 @@ export class SentFile {
       return;
     this.#version = version;
     this.#text = await fileOf(this.#id);
+    setText(this.#said, this.#text ? "" : texts.noAnswer);
+    if (!this.#text)
+      setTimeout(() => { this.#version = ""; }, 1000); // try again
     this.#lines.replaceChildren(sdpLines(this.#text, line => make("p.explanation", explain(line))));
   }
 

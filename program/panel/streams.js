@@ -30,7 +30,7 @@ class Signal {
       onclick: () => told.open(side, entry.id), // on the whole row; the button is for keys
     },
       make("button.open", {type: "button", "aria-haspopup": "dialog"},
-           make("span.lamp"), make("span.kind", texts.kind(entry)), this.#state),
+          make("span.lamp"), make("span.kind", texts.kind(entry)), this.#state),
       this.#legs.map((leg, i) => make("div.paths", make("span", String(i + 1)), leg.staged, leg.active)));
     if (side === "senders")
       this.#canBeDragged();

@@ -51,7 +51,7 @@ export const texts = {
   scheduledActivations: "Scheduled activations",
   nothingScheduled: "Nothing is scheduled.",
   activationsAndRefusals: "Activations and refusals",
-  nothingHappened: "Nothing has happened since the start.",
+  nothingHappened: "Nothing yet.",
   happened: {activation: "activated", failure: "failed", refusal: "refused"},
   details: {
     activation: one => `${one.mode}, ${(one.late_us / 1000).toFixed(1)} ms late`,
@@ -92,7 +92,7 @@ export const texts = {
     + ` at ${leg.interface.name} (${leg.interface.address})` : "is switched off",
   copy: "Copy",
   copied: "Copied.",
-  notCopied: "This browser does not let the page copy.",
+  notCopied: "The browser refused.",
   download: "Download",
 
   when: "When",

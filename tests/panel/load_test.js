@@ -170,6 +170,6 @@ test("the page asks for its own files alone, and they weigh 60 KB at most", asyn
   console.log(
     `${files.length} files, ${bytes} bytes; first contentful paint after ${Math.round(paint)} ms`,
   );
-  assert.ok(bytes <= 61440, `${bytes} bytes`);
+  assert.ok(bytes <= 60000, `${bytes} bytes`);
   await closePanel(page);
 });

@@ -249,6 +249,40 @@ test("a sender that is staged for a receiver is marked in its row", async () => 
   await closePanel(page);
 });
 
+test("a receiver is taken off its sender", async () => {
+  const [id] = await it.instrument.ids("senders");
+  await it.instrument.patch(receiver, {sender_id: id, activation: {mode: "activate_immediate"}});
+  const page = await openPanel(it.browser, it.instrument);
+  const dialog = await openDialog(page, receiver);
+  await eventually(() => field(dialog, "Sender").inputValue(), id);
+  await field(dialog, "Sender").fill("");
+  await button(dialog, "Activate").click();
+  await eventually(async () => (await it.instrument.active(receiver)).sender_id, null);
+  await closePanel(page);
+});
+
+test("an answer that comes late leaves the edits of another dialog alone", async () => {
+  const page = await openPanel(it.browser, it.instrument);
+  const first = await openDialog(page, sender);
+  let goOn;
+  const held = new Promise(resolve => { goOn = resolve; });
+  await page.route("**/staged", async route => {
+    await held;
+    await route.continue();
+  });
+  await field(first, "Leg 1 port").fill("5066");
+  await button(first, "Stage").click();
+  await page.keyboard.press("Escape");
+  const second = await openDialog(page, receiver);
+  await field(second, "Leg 1 port").fill("5067");
+  goOn();
+  await eventually(async () => (await it.instrument.staged(sender)).transport_params[0].destination_port, 5066);
+  await eventually(() => entryOf(page, sender).getAttribute("data-differs"), "true");
+  assert.equal(await field(second, "Leg 1 port").inputValue(), "5067");
+  assert.equal(await second.locator("#dialog-message").textContent(), "");
+  await closePanel(page);
+});
+
 test("what somebody types stays while the instrument changes", async () => {
   const page = await openPanel(it.browser, it.instrument);
   const dialog = await openDialog(page, sender);
