@@ -40,8 +40,8 @@ public:
     /// What a path says, in JSON; nothing if it cannot be read now.
     using Read = std::function<std::optional<std::string>(const std::string& path)>;
 
-    static constexpr std::size_t most_watchers = 64;
-    static constexpr std::size_t most_of_one_client = 16; ///< so that none takes all places
+    static constexpr std::size_t most_watchers = 128;
+    static constexpr std::size_t most_of_one_client = 32; ///< so that none takes all places
 
     EventFeed(const std::vector<WatchedPath>& paths, Read read,
               std::function<TimePoint()> clock = std::chrono::steady_clock::now);

@@ -165,7 +165,7 @@ TEST(EventFeed, HasPlacesForSoManyWatchers)
     World world;
     std::vector<std::shared_ptr<HttpStream>> watchers;
     for (const char* const client : {"192.0.2.1", "192.0.2.2", "192.0.2.3", "192.0.2.4"}) {
-        for (int i = 0; i < 16; ++i) {
+        for (int i = 0; i < 32; ++i) {
             watchers.push_back(world.feed.watch(client));
             EXPECT_TRUE(watchers.back()) << client << ' ' << i;
         }

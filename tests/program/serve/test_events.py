@@ -10,7 +10,7 @@ import unittest
 
 from instrument import IMMEDIATE, NODE, SINGLE, Instrument, InstrumentTest
 
-MOST = 16  # of one client
+MOST = 32  # of one client
 STATUS = "/status"
 ENDED = '"GET" "/events" 200'  # in the log, when a watcher has gone
 
@@ -184,7 +184,7 @@ class ManyWatchers(InstrumentTest):
             for watcher in watchers:
                 self.assertEqual(watcher.response.status, 200)
                 self.assertEqual(watcher.next()[0], "all")
-            self.assert_error(self.instrument.get("/events"), 503, "16 at once for one client, 64 in all")
+            self.assert_error(self.instrument.get("/events"), 503, "32 at once for one client, 128 in all")
             # Watchers that read take less than 200 KiB each. The sanitizers need more.
             if self.instrument.resident_kib() < 100_000:
                 self.assertLess(self.instrument.resident_kib() - before, MOST * 200)
