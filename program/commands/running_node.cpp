@@ -70,7 +70,8 @@ RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket sock
       activations_(instrument),
       manifests_(http_client_,
                  manifest_hosts(options, instrument.configuration(), instrument.address().host)),
-      events_(host::watched_paths(instrument), [this](const std::string& path) { return read(path); })
+      events_(host::watched_paths(instrument),
+              [this](const std::string& path) { return read(path); })
 {
     const host::RegistrationSettings& registration = instrument.configuration().registration;
     if (registration.enabled) {
