@@ -112,9 +112,10 @@ public:
     /// The option, or less if the system allows fewer open files.
     unsigned connection_limit() const;
 
-    /// Accepts nothing more, ends streams at once, closes idle connections, finishes running requests within the stop
-    /// deadline and closes the rest. When it returns, no handler runs and none will. Further calls
-    /// do nothing. A handler or a callback must not call it: it waits for their threads.
+    /// Accepts nothing more, ends streams at once, closes idle connections, finishes running
+    /// requests within the stop deadline and closes the rest. When it returns, no handler runs and
+    /// none will. Further calls do nothing. A handler or a callback must not call it: it waits for
+    /// their threads.
     void stop();
 
 private:
