@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <poll.h>
 #include <sys/socket.h>
 
 namespace nmos_instrument::host {
@@ -21,6 +22,13 @@ bool has_ended(int socket)
 {
     char next;
     return recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+}
+
+// Whether the system accepts nothing more for the client, who does not read.
+bool is_stalled(int socket)
+{
+    pollfd poll_socket{socket, POLLOUT, 0};
+    return poll(&poll_socket, 1, 0) == 0;
 }
 
 } // namespace
@@ -193,9 +201,13 @@ void ConnectionTable::end_streams()
 {
     const std::lock_guard lock(mutex_);
     ends_streams_ = true;
-    for (const Connection& connection : connections_)
-        if (connection.stream)
-            connection.stream->end_soon();
+    for (const Connection& connection : connections_) {
+        if (!connection.stream)
+            continue;
+        if (is_stalled(connection.socket))
+            shutdown(connection.socket, SHUT_RDWR); // it would wait for its piece to be read
+        connection.stream->end_soon();
+    }
 }
 
 bool ConnectionTable::wait_for_next_look(std::chrono::milliseconds interval)

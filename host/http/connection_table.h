@@ -123,7 +123,7 @@ public:
     /// Has every stream asked that had nothing to say.
     void ask_streams();
 
-    /// Ends every stream, from now on too.
+    /// Ends every stream, from now on too. One whose client does not read ends in the middle.
     void end_streams();
 
     /// Waits while there is no connection, then for `interval`; false after close_watch().

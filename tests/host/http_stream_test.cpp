@@ -490,6 +490,23 @@ TEST(HttpStream, EndsAtOnceWhenTheServerStops)
     EXPECT_TRUE(script.wait_for_streams(0));
 }
 
+TEST(HttpStream, EndsAtOnceAlsoIfItsClientDoesNotRead)
+{
+    Script script;
+    HttpServerOptions options;
+    options.stop_deadline = 20s;
+    HttpServer server(options, handler_of(script));
+    TestClient client(server.port());
+    script.say(std::string(15'000'000, 'x')); // more than the system keeps for it
+    client.send(get("/stream"));
+    ASSERT_TRUE(script.wait_until_asked(1));
+    std::this_thread::sleep_for(1s); // until the system has all that it keeps
+    const auto begin = Clock::now();
+    server.stop();
+    EXPECT_LT(Clock::now() - begin, 10s);
+    EXPECT_TRUE(script.wait_for_streams(0));
+}
+
 TEST(HttpStream, ThatBeginsWhileTheServerStopsEndsAtOnce)
 {
     std::mutex mutex;
