@@ -70,7 +70,7 @@ export class Header {
     }
     const since = texts.since(localTime(taiOf(status.since)));
     this.#registration.show(status.registered ? "live" : "waiting", status.state,
-        [since, status.registry].filter(Boolean).join(" · "));
+        status.registry ? `${since} · ${new URL(status.registry).host}` : since);
   }
 
   showTime(tai) {

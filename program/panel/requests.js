@@ -11,7 +11,7 @@ const list = make("ol");
 /// In single quotes everything stands for itself but the quote.
 const quoted = text => `'${text.replaceAll("'", "'\\''")}'`;
 
-// They could work the terminal into which a line is pasted.
+// They could work the terminal of who pastes a line.
 const control = /[\0-\t\v-\x1f\x7f]/g;
 const octal = sign => `\\${sign.charCodeAt().toString(8).padStart(3, 0)}`; // for printf
 

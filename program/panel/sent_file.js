@@ -57,7 +57,7 @@ export class SentFile {
     this.#text = await fileOf(this.#id);
     setText(this.#said, this.#text ? "" : texts.noAnswer);
     if (!this.#text)
-      setTimeout(() => { this.#version = ""; }, 1000); // try again
+      setTimeout(() => { this.#version = ""; }, 1000);
     this.#lines.replaceChildren(sdpLines(this.#text, line => make("p.explanation", explain(line))));
   }
 

@@ -3,11 +3,13 @@
 // What is on the page when it has been loaded, what it may do, and how much it weighs.
 
 const assert = require("node:assert/strict");
+const {once} = require("node:events");
 const fs = require("node:fs");
+const http = require("node:http");
 const path = require("node:path");
 const {test} = require("node:test");
 const {Instrument} = require("./support/instrument");
-const {closePanel, openPanel, shared} = require("./support/panel");
+const {closePanel, eventually, openPanel, shared} = require("./support/panel");
 
 const PAGE = path.join(__dirname, "../../program/panel");
 const POLICY =
@@ -54,6 +56,49 @@ test("everything that the node shows is there", async () => {
   assert.equal(await page.locator("li.hidden").count(), 0);
   assert.equal(await page.locator("#connection").textContent(), "Live");
   await closePanel(page);
+});
+
+// What a registry answers to a node that comes, stays and leaves.
+async function startRegistry() {
+  const registry = http.createServer((request, response) => {
+    request.resume();
+    const isHeartbeat = request.url.includes("/health/");
+    response.writeHead(request.method === "DELETE" ? 204 : isHeartbeat ? 200 : 201).end();
+  });
+  await once(registry.listen(0, "127.0.0.1"), "listening");
+  return registry;
+}
+
+test("the registration is told in words, with the registry and since when", async () => {
+  const registry = await startRegistry();
+  const place = `127.0.0.1:${registry.address().port}`;
+  const instrument = await Instrument.start({registry: `http://${place}`});
+  try {
+    const page = await openPanel(it.browser, instrument);
+    const state = page.locator("#registration");
+    await eventually(() => state.textContent(), "registered");
+    assert.equal(await state.getAttribute("data-state"), "live");
+    const beside = await page.locator("#registration + .beside").textContent();
+    assert.match(beside, /^since \d\d:\d\d:\d\d · 127\.0\.0\.1:\d+$/);
+    assert.ok(beside.endsWith(place), beside);
+    await closePanel(page);
+  } finally {
+    await instrument.end();
+    registry.close();
+  }
+});
+
+test("a registry that does not answer is said too", async () => {
+  const instrument = await Instrument.start({registry: "http://127.0.0.1:9"}); // nobody is there
+  try {
+    const page = await openPanel(it.browser, instrument);
+    const state = page.locator("#registration");
+    await eventually(() => state.textContent(), "looking for a registry");
+    assert.equal(await state.getAttribute("data-state"), "waiting");
+    await closePanel(page);
+  } finally {
+    await instrument.end();
+  }
 });
 
 test("every region has its name", async () => {

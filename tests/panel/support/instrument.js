@@ -16,12 +16,14 @@ const NODE = "/x-nmos/node/v1.2";
 const SINGLE = "/x-nmos/connection/v1.0/single";
 
 class Instrument {
-  // `configuration`: an object with what differs from the default one.
-  static async start({options = [], configuration = {}} = {}) {
+  // `configuration`: an object with what differs from the default one. `registry`: its URL; whoever runs
+  // the tests may have one in the network, which must not hear of them.
+  static async start({options = [], configuration = {}, registry = null} = {}) {
     const instrument = new Instrument();
     instrument.folder = fs.mkdtempSync(path.join(os.tmpdir(), "panel-test-"));
     instrument.logFile = path.join(instrument.folder, "log");
     instrument.arguments = [
+      ...(registry === null ? ["--no-registration"] : ["--registry", registry]),
       ...options,
       "--config",
       path.join(instrument.folder, "configuration.json"),
@@ -33,8 +35,7 @@ class Instrument {
 
   async run(where) {
     const log = fs.openSync(this.logFile, "a");
-    // Whoever runs the tests may have a registry in the network: it must not hear of them.
-    this.process = spawn(PROGRAM, ["serve", "--no-registration", ...where, ...this.arguments], {
+    this.process = spawn(PROGRAM, ["serve", ...where, ...this.arguments], {
       stdio: ["ignore", "pipe", log],
     });
     fs.closeSync(log);
