@@ -37,7 +37,7 @@ export class Header {
   #interfaces = new Fact(this.#facts, texts.interfaces);
 
   constructor(header) {
-    header.append(make("section", {"aria-label": texts.instrument},
+    header.replaceChildren(make("section", {"aria-label": texts.instrument},
       make("div.name", this.#label, this.#description),
       make("div.time", this.#clock, make("abbr", {title: texts.taiLong}, "TAI"), this.#date),
       this.#facts));
