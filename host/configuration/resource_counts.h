@@ -5,6 +5,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_CONFIGURATION_RESOURCE_COUNTS_H
 #define NMOS_INSTRUMENT_HOST_CONFIGURATION_RESOURCE_COUNTS_H
 
+#include <array>
 #include <cstddef>
 
 namespace nmos_instrument::host {
@@ -41,6 +42,9 @@ enum class Essence : std::size_t
     ancillary = 2
 };
 
+constexpr std::array<Essence, 3> all_essences = {Essence::video, Essence::audio,
+                                                 Essence::ancillary};
+
 constexpr std::size_t index_of(Essence essence)
 {
     return static_cast<std::size_t>(essence);
@@ -65,6 +69,12 @@ constexpr Essence essence_of_receiver(std::size_t receiver)
     if (receiver < first_audio_receiver)
         return Essence::video;
     return receiver < first_ancillary_receiver ? Essence::audio : Essence::ancillary;
+}
+
+/// Of an audio receiver, from 0: G1 is 0.
+constexpr std::size_t audio_group_of(std::size_t receiver)
+{
+    return (receiver - first_audio_receiver) % audio_group_count;
 }
 
 /// All receivers of one kind take the same SDP files, so one of them can speak for all.

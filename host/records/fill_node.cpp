@@ -54,9 +54,9 @@ std::string receiver_description(std::size_t receiver)
         return name + " received by " + stream_name(receiver);
     if (essence == Essence::ancillary)
         return name + " received by " + stream_name(receiver - first_ancillary_receiver);
-    const std::size_t place = receiver - first_audio_receiver;
-    return name + " group G" + std::to_string(place % audio_group_count + 1) + " received by " +
-           stream_name(place / audio_group_count);
+    const std::size_t stream = (receiver - first_audio_receiver) / audio_group_count;
+    return name + " group G" + std::to_string(audio_group_of(receiver) + 1) + " received by " +
+           stream_name(stream);
 }
 
 /// How many of the kinds video, audio and ancillary data the instrument sends.

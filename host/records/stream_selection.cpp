@@ -52,7 +52,7 @@ const char* why_receiver_is_hidden(const StreamSettings& streams, std::size_t re
         return R"(streams.receiver_essences is "video only": only receivers of video)";
     if (essence != Essence::audio)
         return nullptr;
-    const std::size_t group = (receiver - first_audio_receiver) % audio_group_count;
+    const std::size_t group = audio_group_of(receiver);
     if (streams.audio_groups == AudioGroups::g1 && group > 0)
         return "streams.audio_groups is 1: only group G1";
     if (streams.audio_groups == AudioGroups::g1_and_g2 && group > 1)

@@ -61,7 +61,7 @@ ChangeOutcome change(const Services& services, const std::string& peer, const Co
 void note_refusal(const Services& services, const std::string& peer, const std::string& what,
                   const Refusal& refusal)
 {
-    services.refusals.add(tai_now(), peer, what, refusal.status, refusal.error, refusal.debug);
+    services.refusals.add(tai_now(), peer, what, refusal);
 }
 
 void refuse(const Services& services, const HttpRequest& request, const HttpReply& reply,

@@ -9,26 +9,22 @@
 #include "configuration/resource_counts.h"
 #include "records/stream_selection.h"
 #include "routes/routes.h"
+#include "sdp/other_takers.h"
 #include "sdp/read_sdp.h"
 #include "sdp/reading_report.h"
 
 namespace nmos_instrument::host {
 namespace {
 
-/// Which other kinds of receivers that the node shows would take the file.
-std::vector<std::string> other_takers(const Instrument& instrument, const std::string& sdp,
-                                      Essence asked)
+OneOfEachKind shown_receivers(const Instrument& instrument)
 {
-    std::vector<std::string> hints;
-    for (const Essence other : {Essence::video, Essence::audio, Essence::ancillary}) {
-        const std::size_t receiver = first_receiver_of(other);
-        const bool is_shown =
-            why_receiver_is_hidden(instrument.configuration().streams, receiver) == nullptr;
-        if (other != asked && is_shown && read_sdp(sdp, instrument.sdp_receiver(receiver)).taken())
-            hints.push_back("a receiver of another kind would take it: " +
-                            std::string(name_of(other)));
+    OneOfEachKind receivers{};
+    for (const Essence kind : all_essences) {
+        const std::size_t first = first_receiver_of(kind);
+        if (why_receiver_is_hidden(instrument.configuration().streams, first) == nullptr)
+            receivers[index_of(kind)] = &instrument.sdp_receiver(first);
     }
-    return hints;
+    return receivers;
 }
 
 /// The body is the file, whatever its media type is said to be.
@@ -38,8 +34,11 @@ HttpResponse check_sdp(const Services& services, std::size_t receiver, const Htt
     const Essence kind = essence_of_receiver(receiver);
     const SdpReading reading = read_sdp(request.body, instrument.sdp_receiver(receiver));
     std::vector<std::string> hints;
-    if (!reading.taken())
-        hints = other_takers(instrument, request.body, kind);
+    if (!reading.taken()) {
+        for (const Essence other : other_takers(request.body, kind, shown_receivers(instrument)))
+            hints.push_back("a receiver of another kind would take it: " +
+                            std::string(name_of(other)));
+    }
     return json_response(
         reading_report({reading, kind, instrument.configuration().interfaces, hints}) + '\n');
 }

@@ -68,7 +68,7 @@ void add_receiver(JsonOutput& json, const Records& records, const StreamSettings
     const Essence essence = essence_of_receiver(receiver);
     OptionalText group;
     if (essence == Essence::audio)
-        group = group_names[(receiver - first_audio_receiver) % audio_group_count];
+        group = group_names[audio_group_of(receiver)];
     add_resource(json, text_of(record.id), essence, group, text_of(record.label),
                  text_or_nothing(why_receiver_is_hidden(streams, receiver)));
 }

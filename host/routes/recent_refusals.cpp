@@ -24,13 +24,16 @@ std::string shortened(std::string_view text)
 } // namespace
 
 void RecentRefusals::add(const TaiTime& time, std::string_view client, std::string_view what,
-                         int status, std::string_view error, std::string_view debug) noexcept
+                         const Refusal& refusal) noexcept
 {
     try {
-        RefusedChange refusal{time,   std::string(client), shortened(what),
-                              status, shortened(error),    shortened(one_line(debug))};
+        RefusedChange refused{
+            time,
+            std::string(client),
+            shortened(what),
+            {refusal.status, shortened(refusal.error), shortened(one_line(refusal.debug))}};
         const std::lock_guard lock(mutex_);
-        refusals_.push_front(std::move(refusal));
+        refusals_.push_front(std::move(refused));
         if (refusals_.size() > limit)
             refusals_.pop_back();
     } catch (...) {

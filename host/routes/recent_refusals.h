@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "routes/refusal.h"
 #include "time/tai_time.h"
 
 namespace nmos_instrument::host {
@@ -20,9 +21,7 @@ struct RefusedChange
     TaiTime time;
     std::string client; ///< address and port
     std::string what;   ///< "receivers/<id>", or the request like "PATCH /x-nmos/..."
-    int status = 0;
-    std::string error;
-    std::string debug; ///< empty: nothing
+    Refusal refusal;
 
     bool operator==(const RefusedChange&) const = default;
 };
@@ -37,8 +36,8 @@ public:
     static constexpr std::size_t longest_text = 1000;
 
     /// The texts may be any bytes and have several lines. Without memory this one is forgotten.
-    void add(const TaiTime& time, std::string_view client, std::string_view what, int status,
-             std::string_view error, std::string_view debug) noexcept;
+    void add(const TaiTime& time, std::string_view client, std::string_view what,
+             const Refusal& refusal) noexcept;
 
     /// The newest first.
     std::vector<RefusedChange> all() const;

@@ -18,6 +18,7 @@
 #include "routes/change_permission.h"
 #include "routes/client_log.h"
 #include "routes/recent_refusals.h"
+#include "routes/refusal.h"
 #include "routes/request_counts.h"
 
 namespace nmos_instrument::host {
@@ -36,14 +37,6 @@ struct Services
     std::function<AdvertisementStatus()> advertisement{}; ///< likewise
     EventFeed* events = nullptr;                          ///< null: there are none
     std::chrono::steady_clock::time_point started = std::chrono::steady_clock::now();
-};
-
-/// Why a client does not get the change that it asks for. `debug` may have several lines.
-struct Refusal
-{
-    int status = 0;
-    std::string error;
-    std::string debug;
 };
 
 /// Why nothing may be changed now, whatever a client asks for; nothing if changes are possible.

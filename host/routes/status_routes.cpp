@@ -55,14 +55,14 @@ void add(JsonOutput& json, const std::vector<InstrumentStatus::Pending>& activat
 void add(JsonOutput& json, const std::vector<RefusedChange>& refusals)
 {
     json.begin_array();
-    for (const RefusedChange& refusal : refusals) {
+    for (const RefusedChange& change : refusals) {
         json.element().begin_object();
-        json.key("time").text(to_text(refusal.time));
-        json.key("client").text(refusal.client);
-        json.key("what").text(refusal.what);
-        json.key("status").number(refusal.status);
-        json.key("error").text(refusal.error);
-        add_text_or_null(json.key("debug"), refusal.debug);
+        json.key("time").text(to_text(change.time));
+        json.key("client").text(change.client);
+        json.key("what").text(change.what);
+        json.key("status").number(change.refusal.status);
+        json.key("error").text(change.refusal.error);
+        add_text_or_null(json.key("debug"), change.refusal.debug);
         json.end_object();
     }
     json.end_array();

@@ -70,7 +70,7 @@ bool can_be_asked(const OfferedReceivers& receivers, std::optional<host::Essence
     if (!kind || receivers.are_shown(*kind))
         return true;
     std::vector<host::Essence> shown;
-    std::copy_if(receiver_kinds.begin(), receiver_kinds.end(), std::back_inserter(shown),
+    std::copy_if(host::all_essences.begin(), host::all_essences.end(), std::back_inserter(shown),
                  [&](host::Essence other) { return receivers.are_shown(other); });
     std::cerr << "--receiver: " << refusal_of(name_of(*kind), host::word_list(shown, host::name_of))
               << ": the configuration shows no other receivers\n";
@@ -131,7 +131,7 @@ ExitStatus check_sdp(const CheckSdpOptions& options)
 /// The kind of receiver that `word`, one of their names, stands for.
 host::Essence receiver_kind(const std::string& word)
 {
-    return *std::find_if(receiver_kinds.begin(), receiver_kinds.end(),
+    return *std::find_if(host::all_essences.begin(), host::all_essences.end(),
                          [&](host::Essence kind) { return word == name_of(kind); });
 }
 

@@ -9,6 +9,7 @@
 
 #include "connection/connection_facts.h"
 #include "records/fill_records.h"
+#include "sdp/other_takers.h"
 #include "sdp/rtp_format.h"
 #include "sdp/sdp_description.h"
 #include "text/ascii.h"
@@ -47,7 +48,7 @@ OfferedReceivers::OfferedReceivers(const host::Configuration& configuration)
     // What a receiver takes does not depend on the clock.
     const std::unique_ptr<host::Records> records =
         host::make_records(configuration, host::NodeAddress(), {});
-    for (const Essence kind : receiver_kinds) {
+    for (const Essence kind : host::all_essences) {
         const std::size_t index = first_receiver_of(kind);
         if (records->selection.shows_receiver(index))
             receivers_[index_of(kind)] =
@@ -63,12 +64,12 @@ OfferedFile OfferedReceivers::offer(const std::string& sdp, std::optional<Essenc
                            std::move(hints)};
     if (offered.reading.taken())
         return offered;
-    for (const Essence other : receiver_kinds) {
-        if (other != receiver && are_shown(other) &&
-            host::read_sdp(sdp, *receivers_[index_of(other)]).taken())
-            offered.hints.push_back("a receiver of another kind would take it: --receiver " +
-                                    std::string(name_of(other)));
-    }
+    host::OneOfEachKind shown{};
+    for (const Essence other : host::all_essences)
+        shown[index_of(other)] = are_shown(other) ? &*receivers_[index_of(other)] : nullptr;
+    for (const Essence other : host::other_takers(sdp, receiver, shown))
+        offered.hints.push_back("a receiver of another kind would take it: --receiver " +
+                                std::string(name_of(other)));
     return offered;
 }
 

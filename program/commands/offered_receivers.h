@@ -16,9 +16,6 @@
 
 namespace nmos_instrument::program {
 
-constexpr std::array<host::Essence, 3> receiver_kinds = {host::Essence::video, host::Essence::audio,
-                                                         host::Essence::ancillary};
-
 /// What the receivers of one kind make of a file.
 struct OfferedFile
 {
@@ -42,7 +39,7 @@ public:
 private:
     host::Essence receiver_for(const std::string& sdp, std::vector<std::string>& hints) const;
 
-    std::array<std::optional<host::SdpReceiver>, receiver_kinds.size()>
+    std::array<std::optional<host::SdpReceiver>, host::all_essences.size()>
         receivers_; ///< by index_of(Essence)
 };
 
