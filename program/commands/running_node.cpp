@@ -6,8 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include <spdlog/fmt/fmt.h>
-#include <spdlog/spdlog.h>
+#include <fmt/format.h>
 
 #include "http/manifest_hosts.h"
 #include "panel/panel.h"
@@ -20,27 +19,32 @@
 namespace nmos_instrument::program {
 namespace {
 
-host::HttpServerOptions server_options(const ServeOptions& options, host::ClientLog& log,
-                                       host::RequestCounts& counts)
+host::HttpServerOptions server_options(const ServeOptions& options, const host::Log& log,
+                                       host::ClientLog& client_log, host::RequestCounts& counts)
 {
     host::HttpServerOptions server;
     server.connections_per_address = options.connections_per_address;
-    server.on_request = [&log, &counts](const host::HttpAccess& access) {
+    server.on_request = [&log, &client_log, &counts](const host::HttpAccess& access) {
         counts.answered(access);
-        if (spdlog::should_log(spdlog::level::debug))
-            log.debug(access.peer, fmt::format("{} {} {} {} us", host::in_quotes(access.method),
-                                               host::in_quotes(access.path), access.status,
-                                               access.duration.count()));
+        if (log.wants(host::LogLevel::debug))
+            client_log.debug(access.peer,
+                             fmt::format("{} {} {} {} us", host::in_quotes(access.method),
+                                         host::in_quotes(access.path), access.status,
+                                         access.duration.count()));
     };
-    server.on_failure = [&log](const std::string& failure) { log.http_failure(failure); };
-    server.on_diagnostic = [&log](const std::string& remark) { log.http_remark(remark); };
+    server.on_failure = [&client_log](const std::string& failure) {
+        client_log.http_failure(failure);
+    };
+    server.on_diagnostic = [&client_log](const std::string& remark) {
+        client_log.http_remark(remark);
+    };
     return server;
 }
 
 /// The networks of the instrument's addresses, and those that the options add.
 host::ManifestHosts manifest_hosts(const ServeOptions& options,
                                    const host::Configuration& configuration,
-                                   const std::string& own_address)
+                                   const std::string& own_address, const host::Log& log)
 {
     const auto network_of = [](const std::string& address) {
         return host::network_of_interface(host::ipv4_from_dotted_quad(address).value_or(0));
@@ -49,7 +53,7 @@ host::ManifestHosts manifest_hosts(const ServeOptions& options,
     for (const host::MediaInterface& interface : configuration.interfaces)
         own.push_back(network_of(interface.address));
     host::ManifestHosts hosts(own, network_of(own_address), options.manifest_hosts);
-    spdlog::info("manifests of other senders are fetched from {}", hosts.text());
+    log.info("manifests of other senders are fetched from {}", hosts.text());
     return hosts;
 }
 
@@ -61,32 +65,37 @@ host::BrowserPage page(const ServeOptions& options)
 } // namespace
 
 RunningNode::RunningNode(const ServeOptions& options, host::ListeningSocket socket,
-                         host::Instrument& instrument, host::StateFile* state_file)
+                         host::Instrument& instrument, host::StateFile* state_file,
+                         const host::Log& log)
     : instrument_(instrument),
       state_file_(state_file),
       options_(options),
+      log_(log),
+      client_log_(log_),
       request_counts_(host::all_routes(page(options).files).paths()),
-      advertisement_(instrument, instrument.configuration().advertisement),
-      activations_(instrument),
-      manifests_(http_client_,
-                 manifest_hosts(options, instrument.configuration(), instrument.address().host)),
+      http_client_(log_),
+      advertisement_(instrument, instrument.configuration().advertisement, log_),
+      activations_(instrument, log_),
+      manifests_(http_client_, manifest_hosts(options, instrument.configuration(),
+                                              instrument.address().host, log_)),
       events_(host::watched_paths(instrument),
               [this](const std::string& path) { return read(path); })
 {
     const host::RegistrationSettings& registration = instrument.configuration().registration;
     if (registration.enabled) {
-        registries_.emplace(registration);
+        registries_.emplace(registration, log_);
         registration_.emplace(
             http_client_, *registries_, instrument_,
             host::RegistrationClient::Options{
                 .ca_file = registration.ca_file.value_or(""),
-                .has_registry = [this](bool yes) { advertisement_.has_registry(yes); }});
+                .has_registry = [this](bool yes) { advertisement_.has_registry(yes); }},
+            log_);
     } else {
         advertisement_.has_registry(false);
     }
     listen_to_instrument();
     router_.emplace(services(), page(options));
-    server_.emplace(std::move(socket), server_options(options, client_log_, request_counts_),
+    server_.emplace(std::move(socket), server_options(options, log_, client_log_, request_counts_),
                     [this](host::HttpRequest& request, const host::HttpReply& reply) {
                         router_->handle(request, reply);
                     });
@@ -103,7 +112,7 @@ RunningNode::~RunningNode()
 
 void RunningNode::move_to(const std::string& address)
 {
-    manifests_.allow(manifest_hosts(options_, instrument_.configuration(), address));
+    manifests_.allow(manifest_hosts(options_, instrument_.configuration(), address, log_));
     instrument_.move_to({address, instrument_.address().port});
 }
 

@@ -16,6 +16,7 @@
 #include "instrument/activation_thread.h"
 #include "instrument/instrument.h"
 #include "instrument/state_file.h"
+#include "log/log.h"
 #include "registration/registration_client.h"
 #include "registration/registry_source.h"
 #include "routes/client_log.h"
@@ -33,7 +34,7 @@ public:
     /// Everything runs when it returns. `instrument` and `state_file`, which may be null, must
     /// outlive it.
     RunningNode(const ServeOptions& options, host::ListeningSocket socket,
-                host::Instrument& instrument, host::StateFile* state_file);
+                host::Instrument& instrument, host::StateFile* state_file, const host::Log& log);
 
     /// When it has ended, which takes up to 2 s for the registry, nothing changes the instrument any more.
     ~RunningNode();
@@ -54,6 +55,7 @@ private:
     host::Instrument& instrument_;
     host::StateFile* const state_file_;
     const ServeOptions& options_;
+    const host::Log log_;
     host::ClientLog client_log_;
     host::RequestCounts request_counts_;
     host::RecentRefusals recent_refusals_;

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include <spdlog/fmt/fmt.h>
+#include <fmt/format.h>
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
@@ -89,32 +89,34 @@ struct Reached
     host::FollowedAddress address;
 };
 
-Reached listen(const ServeOptions& options, const host::Reach& reach, int port)
+Reached listen(const ServeOptions& options, const host::Reach& reach, int port,
+               const host::Log& log)
 {
     return {
         reach.listen,
         listen(reach.listen, static_cast<std::uint16_t>(port),
                options.first_free_port ? IfPortInUse::take_next_free_one : IfPortInUse::give_up),
-        host::FollowedAddress(reach.address)};
+        host::FollowedAddress(reach.address, log)};
 }
 
 /// Serves until a signal ends it. When it returns, nothing changes the instrument any more.
 void serve_until_signal(const ServeOptions& options, Reached reached, host::Instrument& instrument,
-                        host::StateFile* state_file, EndSignals& end_signals)
+                        host::StateFile* state_file, EndSignals& end_signals, const host::Log& log)
 {
     const std::string place = host::text_of(reached.listen, reached.socket.port());
-    host::InterfaceBinding binding(reached.socket, reached.listen.interface);
-    RunningNode node(options, std::move(reached.socket), instrument, state_file);
+    host::InterfaceBinding binding(reached.socket, reached.listen.interface, log);
+    RunningNode node(options, std::move(reached.socket), instrument, state_file, log);
     log_start(options, place, instrument, node.connection_limit());
-    log_reach(reached.listen, instrument.address(), instrument.configuration());
+    log_reach(reached.listen, instrument.address(), instrument.configuration(), log);
     print_url(host::base_url(instrument.address()));
 
     const auto move_to = [&](const std::string& address) { node.move_to(address); };
     spdlog::info("stopping on {}",
-                 follow_until_signal(reached.address, move_to, binding, end_signals));
+                 follow_until_signal(reached.address, move_to, binding, end_signals, log));
 }
 
-ExitStatus run(const ServeOptions& options, const host::Configuration& configuration)
+ExitStatus run(const ServeOptions& options, const host::Configuration& configuration,
+               const host::Log& log)
 {
     EndSignals end_signals;
     const host::ServerSettings& server = configuration.server;
@@ -124,24 +126,24 @@ ExitStatus run(const ServeOptions& options, const host::Configuration& configura
     // Before the port: a state file in use is the better reason to give up.
     const std::optional<host::ReplacedFile> file = open_state_file(options);
     // Before the instrument, because its records name the port.
-    Reached reached = listen(options, reach, server.port);
+    Reached reached = listen(options, reach, server.port, log);
     const std::optional<std::string> address =
-        first_address(reach.address, reached.address, end_signals);
+        first_address(reach.address, reached.address, end_signals, log);
     if (!address)
         return done;
 
     host::Instrument instrument(
         configuration, {*address, server.advertised_port.value_or(reached.socket.port())},
-        host::tai_now, {}, std::chrono::steady_clock::now,
+        host::tai_now, log, {}, std::chrono::steady_clock::now,
         options.as_is ? host::Presentation::as_is : host::Presentation::conforming);
     std::optional<host::StateFile> state_file;
     if (file) {
         host::restore_from(*file, instrument,
-                           options.state_reset ? host::StateReset::yes : host::StateReset::no);
-        state_file.emplace(*file, instrument);
+                           options.state_reset ? host::StateReset::yes : host::StateReset::no, log);
+        state_file.emplace(*file, instrument, log);
     }
     serve_until_signal(options, std::move(reached), instrument, state_file ? &*state_file : nullptr,
-                       end_signals);
+                       end_signals, log);
     return state_file && !state_file->finish() ? unreadable : done;
 }
 
@@ -161,7 +163,7 @@ ExitStatus serve(const ServeOptions& options)
     }
     const ProgramLog log(options.log_level);
     try {
-        return run(options, *configuration);
+        return run(options, *configuration, log.log());
     } catch (const std::exception& error) {
         spdlog::critical("cannot serve: {}", error.what());
         return unreadable;

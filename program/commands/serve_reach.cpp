@@ -9,8 +9,6 @@
 #include <system_error>
 #include <vector>
 
-#include <spdlog/spdlog.h>
-
 #include "http/url.h"
 #include "network/network_interfaces.h"
 #include "text/ipv4_address.h"
@@ -55,7 +53,7 @@ std::string announced_by(const host::Configuration& configuration)
 
 /// What goes wrong is tried again at the next look; said is what was said last.
 void look_at(host::FollowedAddress& address, const host::FollowedAddress::Moved& moved,
-             host::InterfaceBinding& binding, std::string& said) noexcept
+             host::InterfaceBinding& binding, std::string& said, const host::Log& log) noexcept
 {
     try {
         try {
@@ -65,7 +63,7 @@ void look_at(host::FollowedAddress& address, const host::FollowedAddress::Moved&
             said.clear();
         } catch (const std::exception& error) {
             if (said != error.what())
-                spdlog::error("the address of the instrument cannot be followed: {}", error.what());
+                log.error("the address of the instrument cannot be followed: {}", error.what());
             said = error.what();
         }
     } catch (...) {
@@ -93,7 +91,8 @@ host::ListeningSocket listen(const host::ListenAt& where, std::uint16_t port, If
 }
 
 std::optional<std::string> first_address(const host::AddressSource& source,
-                                         host::FollowedAddress& address, EndSignals& end_signals)
+                                         host::FollowedAddress& address, EndSignals& end_signals,
+                                         const host::Log& log)
 {
     std::optional<std::string> found;
     const auto take = [&](const std::string& first) { found = first; };
@@ -104,7 +103,7 @@ std::optional<std::string> first_address(const host::AddressSource& source,
         if (source.interface.empty())
             return "127.0.0.1";
         if (const std::optional<std::string> signal = end_signals.wait_for(between_looks)) {
-            spdlog::info("stopping on {}", *signal);
+            log.info("stopping on {}", *signal);
             return std::nullopt;
         }
     }
@@ -112,7 +111,8 @@ std::optional<std::string> first_address(const host::AddressSource& source,
 
 std::string follow_until_signal(host::FollowedAddress& address,
                                 const host::FollowedAddress::Moved& moved,
-                                host::InterfaceBinding& binding, EndSignals& end_signals)
+                                host::InterfaceBinding& binding, EndSignals& end_signals,
+                                const host::Log& log)
 {
     if (!address.may_move() && !binding.is_needed())
         return end_signals.wait();
@@ -120,20 +120,20 @@ std::string follow_until_signal(host::FollowedAddress& address,
     for (;;) {
         if (const std::optional<std::string> signal = end_signals.wait_for(between_looks))
             return *signal;
-        look_at(address, moved, binding, said);
+        look_at(address, moved, binding, said, log);
     }
 }
 
 void log_reach(const host::ListenAt& listen, const host::NodeAddress& address,
-               const host::Configuration& configuration)
+               const host::Configuration& configuration, const host::Log& log)
 {
     if (host::is_loopback(listen.address))
-        spdlog::info("only this machine can reach {}: serve --listen eth0, or \"listen\" in the "
-                     "configuration, is for a network",
-                     listen.address);
+        log.info("only this machine can reach {}: serve --listen eth0, or \"listen\" in the "
+                 "configuration, is for a network",
+                 listen.address);
     const std::string announced = announced_by(configuration);
     if (host::is_loopback(address.host) && !announced.empty())
-        spdlog::warn("{}", host::loopback_warning(address, announced));
+        log.warning("{}", host::loopback_warning(address, announced));
 }
 
 } // namespace nmos_instrument::program

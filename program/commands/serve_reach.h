@@ -13,6 +13,7 @@
 #include "configuration/configuration.h"
 #include "http/interface_binding.h"
 #include "http/listening_socket.h"
+#include "log/log.h"
 #include "network/followed_address.h"
 #include "network/reach.h"
 #include "records/addresses.h"
@@ -33,17 +34,19 @@ host::ListeningSocket listen(const host::ListenAt& where, std::uint16_t port,
 /// change. If no interface has one where any would do, it is 127.0.0.1 for now. Nothing if a signal
 /// has ended the wait.
 std::optional<std::string> first_address(const host::AddressSource& source,
-                                         host::FollowedAddress& address, EndSignals& end_signals);
+                                         host::FollowedAddress& address, EndSignals& end_signals,
+                                         const host::Log& log);
 
 /// Follows the address and the interface until a signal ends the program, and returns the name of
 /// the signal.
 std::string follow_until_signal(host::FollowedAddress& address,
                                 const host::FollowedAddress::Moved& moved,
-                                host::InterfaceBinding& binding, EndSignals& end_signals);
+                                host::InterfaceBinding& binding, EndSignals& end_signals,
+                                const host::Log& log);
 
 /// Logs it if others cannot reach what is listened at, or what they are told.
 void log_reach(const host::ListenAt& listen, const host::NodeAddress& address,
-               const host::Configuration& configuration);
+               const host::Configuration& configuration, const host::Log& log);
 
 } // namespace nmos_instrument::program
 
