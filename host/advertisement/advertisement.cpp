@@ -8,8 +8,6 @@
 #include <thread>
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 #include "advertisement/file_keeper.h"
 
 namespace nmos_instrument::host {
@@ -23,7 +21,7 @@ constexpr std::chrono::seconds longest_end{1};
 class Advertisement::File
 {
 public:
-    File(Instrument& instrument, std::string path, Advertise when);
+    File(Instrument& instrument, std::string path, Advertise when, Log log);
     ~File();
 
     File(const File&) = delete;
@@ -47,34 +45,38 @@ private:
     Instrument& instrument_;
     const std::string path_;
     const Advertise when_;
+    const Log log_;
     std::atomic<Registries> registries_{Registries::unknown};
     const std::shared_ptr<FileKeeper> keeper_; ///< the thread's too, which may be left behind
     std::thread thread_;
 };
 
-Advertisement::File::File(Instrument& instrument, std::string path, Advertise when)
+Advertisement::File::File(Instrument& instrument, std::string path, Advertise when, Log log)
     : instrument_(instrument),
       path_(std::move(path)),
       when_(when),
-      keeper_(std::make_shared<FileKeeper>(path_,
-                                           [this]() -> std::optional<std::string> {
-                                               if (!is_wanted())
-                                                   return std::nullopt;
-                                               return instrument_.service_text();
-                                           })),
+      log_(std::move(log)),
+      keeper_(std::make_shared<FileKeeper>(
+          path_,
+          [this]() -> std::optional<std::string> {
+              if (!is_wanted())
+                  return std::nullopt;
+              return instrument_.service_text();
+          },
+          log_)),
       thread_([keeper = keeper_] { keeper->run(); })
 {}
 
 Advertisement::File::~File()
 {
     if (!keeper_->end(longest_end)) {
-        spdlog::warn("{}: not withdrawn yet, the disk does not answer", path_);
+        log_.warning("{}: not withdrawn yet, the disk does not answer", path_);
         thread_.detach();
         return;
     }
     thread_.join();
     if (const std::string trouble = keeper_->trouble(); !trouble.empty())
-        spdlog::warn("{}: cannot be withdrawn: {}", path_, trouble);
+        log_.warning("{}: cannot be withdrawn: {}", path_, trouble);
 }
 
 void Advertisement::File::has_registry(bool yes)
@@ -109,11 +111,11 @@ AdvertisementStatus Advertisement::File::status() const
     return status;
 }
 
-Advertisement::Advertisement(Instrument& instrument, AdvertisementSettings settings)
-    : file_(
-          settings.service_file
-              ? std::make_unique<File>(instrument, *std::move(settings.service_file), settings.when)
-              : nullptr)
+Advertisement::Advertisement(Instrument& instrument, AdvertisementSettings settings, Log log)
+    : file_(settings.service_file
+                ? std::make_unique<File>(instrument, *std::move(settings.service_file),
+                                         settings.when, std::move(log))
+                : nullptr)
 {}
 
 Advertisement::~Advertisement() = default;

@@ -8,6 +8,7 @@
 
 #include "configuration/configuration.h"
 #include "instrument/instrument.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -25,7 +26,7 @@ class Advertisement
 {
 public:
     /// Without a service file in the settings it does nothing.
-    Advertisement(Instrument& instrument, AdvertisementSettings settings);
+    Advertisement(Instrument& instrument, AdvertisementSettings settings, Log log);
 
     /// Withdraws it.
     ~Advertisement();

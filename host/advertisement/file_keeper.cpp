@@ -4,8 +4,6 @@
 
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 #include "advertisement/service_file.h"
 #include "instrument/file_writer.h"
 
@@ -21,8 +19,8 @@ constexpr std::chrono::seconds until_next_try{10};
 
 } // namespace
 
-FileKeeper::FileKeeper(std::string path, Wanted wanted)
-    : path_(std::move(path)), wanted_(std::move(wanted))
+FileKeeper::FileKeeper(std::string path, Wanted wanted, Log log)
+    : path_(std::move(path)), log_(std::move(log)), wanted_(std::move(wanted))
 {}
 
 void FileKeeper::run() noexcept
@@ -80,14 +78,10 @@ void FileKeeper::note_success(std::optional<std::string> wanted) noexcept
     trouble_.clear();
     if (text_.has_value() == was_present || ends_)
         return;
-    try {
-        if (was_present)
-            spdlog::info("{}: withdrawn", path_);
-        else
-            spdlog::info("{}: advertised to the neighbours", path_);
-    } catch (...) {
-        return; // memory is short
-    }
+    if (was_present)
+        log_.info("{}: withdrawn", path_);
+    else
+        log_.info("{}: advertised to the neighbours", path_);
 }
 
 void FileKeeper::note_failure(const char* to_be_done, std::string reason) noexcept
@@ -97,12 +91,8 @@ void FileKeeper::note_failure(const char* to_be_done, std::string reason) noexce
     trouble_ = std::move(reason);
     if (!is_new || ends_)
         return;
-    try {
-        spdlog::warn("{}: cannot be {}: {}; it is tried again every {} s", path_, to_be_done,
-                     trouble_, until_next_try.count());
-    } catch (...) {
-        return; // memory is short
-    }
+    log_.warning("{}: cannot be {}: {}; it is tried again every {} s", path_, to_be_done, trouble_,
+                 until_next_try.count());
 }
 
 void FileKeeper::look_again() noexcept

@@ -10,6 +10,8 @@
 #include <optional>
 #include <string>
 
+#include "log/log.h"
+
 namespace nmos_instrument::host {
 
 /// Keeps a service file as it should be, on a thread that its owner starts for run(). A disk that
@@ -22,7 +24,7 @@ public:
     /// keeper's lock, and not any more after end().
     using Wanted = std::function<std::optional<std::string>()>;
 
-    FileKeeper(std::string path, Wanted wanted);
+    FileKeeper(std::string path, Wanted wanted, Log log);
 
     FileKeeper(const FileKeeper&) = delete;
     FileKeeper& operator=(const FileKeeper&) = delete;
@@ -52,6 +54,7 @@ private:
     void note_failure(const char* to_be_done, std::string reason) noexcept;
 
     const std::string path_;
+    const Log log_;
 
     mutable std::mutex mutex_;
     Wanted wanted_;

@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include <spdlog/fmt/fmt.h>
+#include <fmt/format.h>
 
 #include "records/record_text.h"
 #include "time/tai_time.h"

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include <avahi-common/address.h>
 #include <avahi-common/error.h>
 #include <avahi-common/malloc.h>
 #include <avahi-common/watch.h>
-#include <spdlog/spdlog.h>
 
 namespace nmos_instrument::host {
 namespace {
@@ -69,7 +69,8 @@ std::string text_of(const AvahiAddress& address)
 
 } // namespace
 
-AvahiSession::AvahiSession(const StopRequest& stop) : poll_(new_poll())
+AvahiSession::AvahiSession(const StopRequest& stop, Log log)
+    : log_(std::move(log)), poll_(new_poll())
 {
     const AvahiPoll* const poll = avahi_simple_poll_get(poll_.get());
     // That it wakes the loop is all.
@@ -202,7 +203,7 @@ void AvahiSession::add(AvahiClient* client, const Key& key, const char* type)
 {
     if (instances_.size() == most_resolvers) {
         if (!too_many_)
-            spdlog::warn("mDNS: there are more than {} registries; the others are not looked at",
+            log_.warning("mDNS: there are more than {} registries; the others are not looked at",
                          most_resolvers);
         too_many_ = true;
         return;

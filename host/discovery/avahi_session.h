@@ -19,6 +19,7 @@
 
 #include "discovery/advertised_registry.h"
 #include "discovery/stop_request.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -28,7 +29,7 @@ class AvahiSession
 {
 public:
     /// Throws std::runtime_error if there is no D-Bus. The daemon may come later.
-    explicit AvahiSession(const StopRequest& stop);
+    AvahiSession(const StopRequest& stop, Log log);
 
     AvahiSession(const AvahiSession&) = delete;
     AvahiSession& operator=(const AvahiSession&) = delete;
@@ -89,6 +90,7 @@ private:
     void remove(const Key& key);
     void forget_all();
 
+    const Log log_;
     const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::unique_ptr<AvahiSimplePoll, FreePoll> poll_;
     std::exception_ptr failure_; ///< the first of a callback

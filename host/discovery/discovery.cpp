@@ -11,8 +11,7 @@
 #include <thread>
 #include <utility>
 
-#include <spdlog/fmt/fmt.h>
-#include <spdlog/spdlog.h>
+#include <fmt/format.h>
 
 #include "discovery/dns_search.h"
 #include "discovery/judge_advertisement.h"
@@ -42,12 +41,13 @@ constexpr std::chrono::seconds pause_after_failure{1};
 class Discovery::Searches
 {
 public:
-    Searches(DiscoveryOptions options, Found found)
-        : development_(options.development_registries ? DevelopmentRegistries::used
+    Searches(DiscoveryOptions options, Log log, Found found)
+        : log_(std::move(log)),
+          development_(options.development_registries ? DevelopmentRegistries::used
                                                       : DevelopmentRegistries::left_out),
           tell_(std::move(found)),
-          dns_(std::move(options.dns_domain)),
-          mdns_([this] { mdns_has_changed(); }),
+          dns_(std::move(options.dns_domain), log_),
+          mdns_([this] { mdns_has_changed(); }, log_),
           thread_([this] { run(); })
     {}
 
@@ -94,8 +94,8 @@ private:
                 deliver();
                 wait();
             } catch (const std::exception& error) {
-                spdlog::error("registries are not looked for: {}; it is tried again in {} s",
-                              error.what(), pause_after_failure.count());
+                log_.error("registries are not looked for: {}; it is tried again in {} s",
+                           error.what(), pause_after_failure.count());
                 stop_.made_within(pause_after_failure);
             }
         }
@@ -156,7 +156,7 @@ private:
         }
         for (const std::string& line : left_out)
             if (!left_out_.contains(line))
-                spdlog::debug("{}", printable(line));
+                log_.debug("{}", printable(line));
         left_out_ = std::move(left_out);
         return registries;
     }
@@ -175,6 +175,7 @@ private:
         mdns_changed_ = false;
     }
 
+    const Log log_;
     const DevelopmentRegistries development_;
     const Found tell_;
     StopRequest stop_;
@@ -195,8 +196,8 @@ private:
     std::thread thread_; ///< the last member, since it uses the others
 };
 
-Discovery::Discovery(DiscoveryOptions options, Found found)
-    : searches_(std::make_unique<Searches>(std::move(options), std::move(found)))
+Discovery::Discovery(DiscoveryOptions options, Log log, Found found)
+    : searches_(std::make_unique<Searches>(std::move(options), std::move(log), std::move(found)))
 {}
 
 Discovery::~Discovery() = default;

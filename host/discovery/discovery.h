@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "discovery/registry.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -32,7 +33,7 @@ public:
     /// Looks for the first time at once. `found` is called on a thread of the discovery, one call
     /// at a time: at the end of this search and of each that is asked for, and whenever the list
     /// changes otherwise. It must not destroy the discovery.
-    Discovery(DiscoveryOptions options, Found found);
+    Discovery(DiscoveryOptions options, Log log, Found found);
 
     /// When it returns, `found` is not called any more.
     ~Discovery();

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include <spdlog/fmt/fmt.h>
+#include <fmt/format.h>
 
 #include "text/quoted_text.h"
 

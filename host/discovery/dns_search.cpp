@@ -7,8 +7,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 #include "discovery/dns_browse.h"
 #include "discovery/dns_channel.h"
 #include "text/quoted_text.h"
@@ -55,8 +53,8 @@ std::vector<std::string> usable_domains(const std::vector<std::string>& domains)
 class DnsSearch::Findings
 {
 public:
-    Findings(std::string domain, std::string server)
-        : domain_(std::move(domain)), server_(std::move(server))
+    Findings(std::string domain, Log log, std::string server)
+        : log_(std::move(log)), domain_(std::move(domain)), server_(std::move(server))
     {}
 
     std::vector<AdvertisedRegistry> search(const StopRequest& stop)
@@ -130,21 +128,22 @@ private:
     {
         const std::string where = trouble.empty() ? word_list(domains_, printable) : "";
         const bool is_news = std::exchange(told_, where) != where;
-        const auto level = is_news ? spdlog::level::info : spdlog::level::debug;
+        const auto level = is_news ? LogLevel::info : LogLevel::debug;
         if (trouble.empty())
-            spdlog::log(level, "DNS-SD: looking for registries in {}", where);
+            log_.formatted(level, "DNS-SD: looking for registries in {}", where);
         else
-            spdlog::log(level, "DNS-SD: {}; until that changes, unicast DNS finds nothing new",
-                        trouble);
+            log_.formatted(level, "DNS-SD: {}; until that changes, unicast DNS finds nothing new",
+                           trouble);
     }
 
     void tell_too_many(std::size_t count)
     {
         if (std::exchange(too_many_, count) != count && count > 0)
-            spdlog::warn("DNS-SD: there are more than {} registries; {} are not looked at",
+            log_.warning("DNS-SD: there are more than {} registries; {} are not looked at",
                          most_instances, count);
     }
 
+    const Log log_;
     const std::string domain_;
     const std::string server_;
     std::vector<std::string> domains_; ///< of the last search
@@ -154,8 +153,8 @@ private:
     std::size_t too_many_ = 0;
 };
 
-DnsSearch::DnsSearch(std::string domain, std::string server)
-    : findings_(std::make_unique<Findings>(std::move(domain), std::move(server)))
+DnsSearch::DnsSearch(std::string domain, Log log, std::string server)
+    : findings_(std::make_unique<Findings>(std::move(domain), std::move(log), std::move(server)))
 {}
 
 DnsSearch::~DnsSearch() = default;

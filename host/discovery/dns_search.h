@@ -10,6 +10,7 @@
 
 #include "discovery/advertised_registry.h"
 #include "discovery/stop_request.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -21,7 +22,7 @@ public:
 
     /// `domain`: empty for the search domains of resolv.conf(5), which is read for each search.
     /// `server`: one like "127.0.0.1:5300" instead of those of resolv.conf; for tests.
-    explicit DnsSearch(std::string domain, std::string server = "");
+    DnsSearch(std::string domain, Log log, std::string server = "");
     ~DnsSearch();
 
     DnsSearch(const DnsSearch&) = delete;

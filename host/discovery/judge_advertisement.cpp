@@ -8,8 +8,8 @@
 #include <string_view>
 
 #include <arpa/inet.h>
+#include <fmt/format.h>
 #include <netinet/in.h>
-#include <spdlog/fmt/fmt.h>
 
 #include "text/ascii.h"
 #include "text/ipv4_address.h"

@@ -11,8 +11,6 @@
 #include <thread>
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 #include "discovery/avahi_session.h"
 #include "discovery/stop_request.h"
 
@@ -55,7 +53,9 @@ struct Shared
 class Follower
 {
 public:
-    explicit Follower(std::shared_ptr<Shared> shared) : shared_(std::move(shared)) {}
+    Follower(std::shared_ptr<Shared> shared, Log log)
+        : shared_(std::move(shared)), log_(std::move(log))
+    {}
 
     void run() noexcept
     {
@@ -77,7 +77,7 @@ private:
     {
         bool has_bus = false;
         try {
-            AvahiSession session(shared_->stop);
+            AvahiSession session(shared_->stop, log_);
             has_bus = true;
             while (!shared_->stop.is_made() && !session.is_stale()) {
                 if (session.has_daemon()) {
@@ -101,14 +101,14 @@ private:
     {
         if (std::exchange(told_, Told::runs) == Told::runs || shared_->stop.is_made())
             return;
-        spdlog::info("mDNS: avahi-daemon runs; registries are found by mDNS");
+        log_.info("mDNS: avahi-daemon runs; registries are found by mDNS");
     }
 
     void lose(const char* why) noexcept
     {
         if (std::exchange(told_, Told::absent) != Told::absent && !shared_->stop.is_made())
-            spdlog::info(
-                "mDNS: no avahi-daemon: {}; registries are not found by mDNS until it runs", why);
+            log_.info("mDNS: no avahi-daemon: {}; registries are not found by mDNS until it runs",
+                      why);
         shared_->publish({}, true);
     }
 
@@ -120,6 +120,7 @@ private:
     };
 
     const std::shared_ptr<Shared> shared_;
+    const Log log_;
     Told told_ = Told::nothing;
 };
 
@@ -128,9 +129,9 @@ private:
 class MdnsBrowser::Thread
 {
 public:
-    explicit Thread(Changed changed) : shared_(std::make_shared<Shared>(std::move(changed)))
+    Thread(Changed changed, const Log& log) : shared_(std::make_shared<Shared>(std::move(changed)))
     {
-        std::packaged_task<void()> follow([shared = shared_] { Follower(shared).run(); });
+        std::packaged_task<void()> follow([shared = shared_, log] { Follower(shared, log).run(); });
         ended_ = follow.get_future();
         thread_ = std::thread(std::move(follow));
     }
@@ -169,7 +170,9 @@ private:
     std::thread thread_;
 };
 
-MdnsBrowser::MdnsBrowser(Changed changed) : thread_(std::make_unique<Thread>(std::move(changed))) {}
+MdnsBrowser::MdnsBrowser(Changed changed, Log log)
+    : thread_(std::make_unique<Thread>(std::move(changed), std::move(log)))
+{}
 
 MdnsBrowser::~MdnsBrowser() = default;
 

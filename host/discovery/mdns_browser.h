@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "discovery/advertised_registry.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -20,7 +21,7 @@ public:
 
     /// `changed` is called on a thread of the browser, with a lock held: it must neither wait nor
     /// call the browser. It is also called when has_looked() becomes true.
-    explicit MdnsBrowser(Changed changed);
+    MdnsBrowser(Changed changed, Log log);
 
     /// `changed` is not called any more then. It takes half a second at most, even if avahi-daemon
     /// hangs.

@@ -4,8 +4,6 @@
 
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 #include "discovery/dns_search.h"
 
 namespace nmos_instrument::host {
@@ -13,9 +11,9 @@ namespace nmos_instrument::host {
 class DnsSearch::Findings
 {};
 
-DnsSearch::DnsSearch(std::string /*domain*/, std::string /*server*/)
+DnsSearch::DnsSearch(std::string /*domain*/, Log log, std::string /*server*/)
 {
-    spdlog::debug("this build has no unicast DNS-SD");
+    log.debug("this build has no unicast DNS-SD");
 }
 
 DnsSearch::~DnsSearch() = default;

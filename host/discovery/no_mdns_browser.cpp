@@ -2,8 +2,6 @@
 //
 // In place of mdns_browser.cpp in a build without libavahi-client.
 
-#include <spdlog/spdlog.h>
-
 #include "discovery/mdns_browser.h"
 
 namespace nmos_instrument::host {
@@ -11,9 +9,9 @@ namespace nmos_instrument::host {
 class MdnsBrowser::Thread
 {};
 
-MdnsBrowser::MdnsBrowser(Changed /*changed*/)
+MdnsBrowser::MdnsBrowser(Changed /*changed*/, Log log)
 {
-    spdlog::debug("this build has no mDNS");
+    log.debug("this build has no mDNS");
 }
 
 MdnsBrowser::~MdnsBrowser() = default;

@@ -62,7 +62,7 @@ CURLM* new_multi_handle()
 class HttpClient::Worker
 {
 public:
-    Worker() : multi_(new_multi_handle())
+    explicit Worker(Log log) : log_(std::move(log)), multi_(new_multi_handle())
     {
         const AllSignalsBlocked inherited_by_thread;
         thread_ = std::thread([this] { run(); });
@@ -156,7 +156,7 @@ private:
     {
         Tasks due = take_due();
         for (; !due.empty(); due.erase(due.begin()))
-            with_exceptions_logged(due.begin()->second);
+            with_exceptions_logged(log_, due.begin()->second);
     }
 
     Tasks take_due()
@@ -255,6 +255,7 @@ private:
         void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
     };
 
+    const Log log_;
     const std::unique_ptr<CURLM, CleanUp> multi_;
     Transfers running_; ///< used by the thread only
     std::mutex mutex_;
@@ -264,13 +265,13 @@ private:
     std::thread thread_;
 };
 
-HttpClient::HttpClient() : worker_(std::make_unique<Worker>()) {}
+HttpClient::HttpClient(Log log) : log_(std::move(log)), worker_(std::make_unique<Worker>(log_)) {}
 
 HttpClient::~HttpClient() = default;
 
 void HttpClient::send(ClientRequest request, Receive receive)
 {
-    start(std::make_unique<RequestTransfer>(std::move(request), std::move(receive)));
+    start(std::make_unique<RequestTransfer>(std::move(request), std::move(receive), log_));
 }
 
 void HttpClient::start(std::unique_ptr<ClientTransfer> transfer)

@@ -3,7 +3,7 @@
 // An HTTP/1.1 client around libcurl: one thread and one set of connections for all that a process
 // asks of other servers, however many instruments it runs.
 //
-//     HttpClient client;
+//     HttpClient client(log);
 //     client.send({.method = "POST", .url = url, .json = body}, [](const ClientAnswer& answer) {
 //         if (answer.status == 201) ...
 //     });
@@ -21,6 +21,7 @@
 #include <string>
 
 #include "http/client_transfer.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -59,7 +60,7 @@ public:
     using Task = std::function<void()>;
     using Receive = std::function<void(const ClientAnswer&)>;
 
-    HttpClient();
+    explicit HttpClient(Log log);
 
     /// Gives up the transfers that run or wait, with a reason, and waits for no name server. Tasks
     /// that wait are dropped. It must not be called on the client's own thread.
@@ -87,6 +88,7 @@ public:
 
 private:
     class Worker;
+    const Log log_;
     std::unique_ptr<Worker> worker_;
 };
 

@@ -7,14 +7,14 @@
 #include <utility>
 
 #include <net/if.h>
-#include <spdlog/spdlog.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace nmos_instrument::host {
 
-InterfaceBinding::InterfaceBinding(const ListeningSocket& socket, std::string interface)
+InterfaceBinding::InterfaceBinding(const ListeningSocket& socket, std::string interface, Log log)
     : interface_(std::move(interface)),
+      log_(std::move(log)),
       descriptor_(interface_.empty() ? -1 : socket.duplicate()),
       index_(if_nametoindex(interface_.c_str()))
 {}
@@ -33,11 +33,11 @@ void InterfaceBinding::look()
     index_ = index;
     if (setsockopt(descriptor_, SOL_SOCKET, SO_BINDTODEVICE, interface_.c_str(),
                    static_cast<socklen_t>(interface_.size() + 1)) == 0)
-        spdlog::info("{}: the interface was made again, listening at it", interface_);
+        log_.info("{}: the interface was made again, listening at it", interface_);
     else
-        spdlog::error("{}: the interface was made again, and nobody who comes by it is heard until "
-                      "the program is started again: {}",
-                      interface_, std::generic_category().message(errno));
+        log_.error("{}: the interface was made again, and nobody who comes by it is heard until "
+                   "the program is started again: {}",
+                   interface_, std::generic_category().message(errno));
 }
 
 } // namespace nmos_instrument::host

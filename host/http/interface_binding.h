@@ -6,6 +6,7 @@
 #include <string>
 
 #include "http/listening_socket.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -15,7 +16,7 @@ class InterfaceBinding
 {
 public:
     /// `interface`: empty if the socket is bound to none. It needs the socket no longer.
-    InterfaceBinding(const ListeningSocket& socket, std::string interface);
+    InterfaceBinding(const ListeningSocket& socket, std::string interface, Log log);
     ~InterfaceBinding();
 
     InterfaceBinding(const InterfaceBinding&) = delete;
@@ -29,6 +30,7 @@ public:
 
 private:
     const std::string interface_;
+    const Log log_;
     const int descriptor_; ///< of the same socket
     unsigned index_;       ///< by which the system knows the interface
 };

@@ -5,27 +5,20 @@
 
 #include <exception>
 
-#include <spdlog/spdlog.h>
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
 /// Calls what somebody else has given us. What it throws is logged, and goes no further.
 template <class Call>
-void with_exceptions_logged(const Call& call) noexcept
+void with_exceptions_logged(const Log& log, const Call& call) noexcept
 {
-    const auto log = [](const char* what) noexcept {
-        try {
-            spdlog::error("HTTP client: {}", what);
-        } catch (...) {
-            return; // not even that is possible
-        }
-    };
     try {
         call();
     } catch (const std::exception& error) {
-        log(error.what());
+        log.error("HTTP client: {}", error.what());
     } catch (...) {
-        log("an exception of unknown type");
+        log.error("HTTP client: an exception of unknown type");
     }
 }
 

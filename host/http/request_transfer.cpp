@@ -17,8 +17,8 @@ constexpr std::size_t longest_body = std::size_t{1024} * 1024;
 
 } // namespace
 
-RequestTransfer::RequestTransfer(ClientRequest request, HttpClient::Receive receive)
-    : request_(std::move(request)), receive_(std::move(receive))
+RequestTransfer::RequestTransfer(ClientRequest request, HttpClient::Receive receive, Log log)
+    : request_(std::move(request)), receive_(std::move(receive)), log_(std::move(log))
 {}
 
 CURL* RequestTransfer::begin()
@@ -137,7 +137,7 @@ void RequestTransfer::deliver() noexcept
 {
     answer_.duration = std::chrono::duration_cast<std::chrono::microseconds>(
         std::chrono::steady_clock::now() - begin_);
-    with_exceptions_logged([this] { receive_(answer_); });
+    with_exceptions_logged(log_, [this] { receive_(answer_); });
 }
 
 } // namespace nmos_instrument::host

@@ -14,6 +14,7 @@
 #include "http/client.h"
 #include "http/client_transfer.h"
 #include "http/easy_handle.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -21,7 +22,7 @@ namespace nmos_instrument::host {
 class RequestTransfer : public ClientTransfer
 {
 public:
-    RequestTransfer(ClientRequest request, HttpClient::Receive receive);
+    RequestTransfer(ClientRequest request, HttpClient::Receive receive, Log log);
 
     CURL* begin() override;
     void end(CURLcode result) override;
@@ -44,6 +45,7 @@ private:
 
     const ClientRequest request_;
     const HttpClient::Receive receive_;
+    const Log log_;
     std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
     ClientAnswer answer_;
     std::size_t received_ = 0; ///< of the body

@@ -5,10 +5,10 @@
 #include <chrono>
 #include <exception>
 #include <optional>
+#include <utility>
 
 #include <pthread.h>
 #include <sched.h>
-#include <spdlog/spdlog.h>
 
 #include "time/tai_clock.h"
 
@@ -27,20 +27,10 @@ void become_punctual()
 /// What fails again and again, as when memory is short, takes neither the log nor a CPU.
 constexpr std::chrono::milliseconds pause_after_failure{100};
 
-void log_failure(const char* what) noexcept
-{
-    try {
-        spdlog::error("a scheduled activation has to be tried again: {}", what);
-    } catch (...) {
-        // There is nobody left to tell.
-    }
-    std::this_thread::sleep_for(pause_after_failure);
-}
-
 } // namespace
 
-ActivationThread::ActivationThread(Instrument& instrument)
-    : instrument_(instrument), thread_([this] { run(); })
+ActivationThread::ActivationThread(Instrument& instrument, Log log)
+    : instrument_(instrument), log_(std::move(log)), thread_([this] { run(); })
 {}
 
 ActivationThread::~ActivationThread()
@@ -58,9 +48,9 @@ void ActivationThread::run()
         try {
             activate_next();
         } catch (const std::exception& error) {
-            log_failure(error.what());
+            note_failure(error.what());
         } catch (...) {
-            log_failure("unknown exception");
+            note_failure("unknown exception");
         }
     }
 }
@@ -75,6 +65,12 @@ void ActivationThread::activate_next()
     alarm_.wait(system, due.steady);
     if (!ends_)
         instrument_.activate_due();
+}
+
+void ActivationThread::note_failure(const char* what) const noexcept
+{
+    log_.error("a scheduled activation has to be tried again: {}", what);
+    std::this_thread::sleep_for(pause_after_failure);
 }
 
 } // namespace nmos_instrument::host

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "instrument/instrument.h"
+#include "log/log.h"
 #include "time/alarm.h"
 
 namespace nmos_instrument::host {
@@ -15,7 +16,7 @@ namespace nmos_instrument::host {
 class ActivationThread
 {
 public:
-    explicit ActivationThread(Instrument& instrument);
+    ActivationThread(Instrument& instrument, Log log);
     ~ActivationThread();
 
     ActivationThread(const ActivationThread&) = delete;
@@ -27,8 +28,10 @@ public:
 private:
     void run();
     void activate_next();
+    void note_failure(const char* what) const noexcept;
 
     Instrument& instrument_;
+    const Log log_;
     Alarm alarm_;
     std::atomic<bool> ends_{false};
     std::thread thread_; ///< last: it uses the members above

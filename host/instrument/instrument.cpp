@@ -7,8 +7,7 @@
 #include <new>
 #include <utility>
 
-#include <spdlog/fmt/fmt.h>
-#include <spdlog/spdlog.h>
+#include <fmt/format.h>
 
 #include "connection/activate_staged.h"
 #include "connection/activation_request.h"
@@ -102,19 +101,14 @@ void add_line(std::vector<std::string>& lines, std::string (*make_line)(const Ac
     }
 }
 
-void log_all(const std::vector<std::string>& lines)
-{
-    for (const std::string& line : lines)
-        spdlog::info("{}", line);
-}
-
 } // namespace
 
 Instrument::Instrument(const Configuration& configuration, const NodeAddress& address, Clock clock,
-                       ApplyToMedia apply_to_media, SteadyClock steady_clock,
+                       Log log, ApplyToMedia apply_to_media, SteadyClock steady_clock,
                        Presentation presentation)
     : configuration_(configuration),
       clock_(std::move(clock)),
+      log_(std::move(log)),
       apply_to_media_(std::move(apply_to_media)),
       steady_clock_(std::move(steady_clock)),
       address_(address),
@@ -339,9 +333,10 @@ bool Instrument::activate_due()
     }
     if (performed.any && listeners_.changed)
         listeners_.changed();
-    log_all(performed.done);
+    for (const std::string& line : performed.done)
+        log_.line(LogLevel::info, line);
     for (const std::string& line : performed.failed)
-        spdlog::error("{}", line);
+        log_.line(LogLevel::error, line);
     if (trouble)
         std::rethrow_exception(trouble);
     return performed.any;

@@ -26,6 +26,7 @@
 #include "instrument/change_outcome.h"
 #include "instrument/node_resource.h"
 #include "instrument/saved_state.h"
+#include "log/log.h"
 #include "records/addresses.h"
 #include "records/fill_records.h"
 #include "records/resource_index.h"
@@ -61,7 +62,7 @@ public:
         std::function<void(const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active)>;
 
     /// `address`: where it is reached at first.
-    Instrument(const Configuration& configuration, const NodeAddress& address, Clock clock,
+    Instrument(const Configuration& configuration, const NodeAddress& address, Clock clock, Log log,
                ApplyToMedia apply_to_media = {},
                SteadyClock steady_clock = std::chrono::steady_clock::now,
                Presentation presentation = Presentation::conforming);
@@ -197,6 +198,7 @@ private:
 
     const Configuration configuration_;
     const Clock clock_;
+    const Log log_;
     const ApplyToMedia apply_to_media_;
     const SteadyClock steady_clock_;
     Listeners listeners_;

@@ -8,8 +8,6 @@
 #include <memory>
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 #include "records/resource_version.h"
 #include "time/tai_time.h"
 
@@ -32,7 +30,7 @@ void Instrument::move_to(const NodeAddress& address)
     }
     if (listeners_.changed)
         listeners_.changed();
-    spdlog::info("{}", line);
+    log_.line(LogLevel::info, line);
 }
 
 /// All that may fail happens to a copy.

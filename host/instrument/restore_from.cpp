@@ -7,8 +7,6 @@
 #include <string>
 #include <system_error>
 
-#include <spdlog/spdlog.h>
-
 #include "instrument/saved_state.h"
 #include "text/quoted_text.h"
 #include "text/whole_file.h"
@@ -25,14 +23,14 @@ constexpr std::size_t longest_reason = 400;
 
 constexpr const char* previous = ".previous";
 
-void set_aside(const ReplacedFile& file, const std::string& reason)
+void set_aside(const ReplacedFile& file, const std::string& reason, const Log& log)
 {
     const std::string why =
         printable(reason.substr(0, longest_reason)) + (reason.size() > longest_reason ? "..." : "");
     const std::string ending = ".damaged-" + std::to_string(tai_now().seconds);
     file.rename_beside(ending);
-    spdlog::error("--state {} is damaged: {}; it is now {}; starting with the configuration",
-                  file.name(), why, file.beside(ending));
+    log.error("--state {} is damaged: {}; it is now {}; starting with the configuration",
+              file.name(), why, file.beside(ending));
 }
 
 [[noreturn]] void refuse_other_instrument(std::size_t saved)
@@ -43,47 +41,50 @@ void set_aside(const ReplacedFile& file, const std::string& reason)
                              "file, or --state-reset to start afresh");
 }
 
-void restore(const ReplacedFile& file, const std::string& text, Instrument& instrument)
+void restore(const ReplacedFile& file, const std::string& text, Instrument& instrument,
+             const Log& log)
 {
     const SavedState saved = parse_saved_state(text);
     const std::size_t known = instrument.count_known(saved);
     if (known == 0 && saved.connections() != 0)
         refuse_other_instrument(saved.connections());
     for (const std::string& message : instrument.restore(saved))
-        spdlog::warn("--state {}: {}", file.name(), message);
+        log.warning("--state {}: {}", file.name(), message);
     if (known < saved.connections()) {
         file.write_beside(previous, text);
-        spdlog::warn("--state {}: {} keeps the file as it was", file.name(), file.beside(previous));
+        log.warning("--state {}: {} keeps the file as it was", file.name(), file.beside(previous));
     }
-    spdlog::info("state restored from {}", file.name());
+    log.info("state restored from {}", file.name());
 }
 
-void restore_or_reset(const ReplacedFile& file, Instrument& instrument, StateReset reset)
+void restore_or_reset(const ReplacedFile& file, Instrument& instrument, StateReset reset,
+                      const Log& log)
 {
     const std::optional<std::string> text = file.read(size_limit);
     if (!text) {
-        spdlog::info("no {} yet: starting with the configuration", file.name());
+        log.info("no {} yet: starting with the configuration", file.name());
         return;
     }
     if (reset == StateReset::yes) {
         file.rename_beside(previous);
-        spdlog::warn("--state {} is now {}; starting with the configuration", file.name(),
-                     file.beside(previous));
+        log.warning("--state {} is now {}; starting with the configuration", file.name(),
+                    file.beside(previous));
         return;
     }
     try {
-        restore(file, *text, instrument);
+        restore(file, *text, instrument, log);
     } catch (const DamagedState& error) {
-        set_aside(file, error.what());
+        set_aside(file, error.what(), log);
     }
 }
 
 } // namespace
 
-void restore_from(const ReplacedFile& file, Instrument& instrument, StateReset reset)
+void restore_from(const ReplacedFile& file, Instrument& instrument, StateReset reset,
+                  const Log& log)
 {
     try {
-        restore_or_reset(file, instrument, reset);
+        restore_or_reset(file, instrument, reset, log);
     } catch (const std::runtime_error& error) {
         throw std::runtime_error("--state " + file.name() + ": " + error.what());
     }

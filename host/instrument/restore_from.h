@@ -5,6 +5,7 @@
 
 #include "instrument/instrument.h"
 #include "instrument/replaced_file.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -18,7 +19,8 @@ enum class StateReset
 /// one is renamed, and the log says so. If the configuration lacks some of the saved senders and
 /// receivers, <file>.previous keeps a copy. Throws std::runtime_error for a file that cannot be
 /// read, and for one of another instrument: the configuration has none of its senders and receivers.
-void restore_from(const ReplacedFile& file, Instrument& instrument, StateReset reset);
+void restore_from(const ReplacedFile& file, Instrument& instrument, StateReset reset,
+                  const Log& log);
 
 } // namespace nmos_instrument::host
 

@@ -9,8 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include <spdlog/fmt/fmt.h>
-#include <spdlog/spdlog.h>
+#include <fmt/format.h>
 
 namespace nmos_instrument::host {
 namespace {
@@ -23,21 +22,22 @@ std::string takes_longer_than(std::chrono::milliseconds time)
 
 /// Gives each its answer. One that finds no memory for it does not keep the others from theirs.
 template <class Waiting>
-void answer(const std::vector<Waiting>& waiting, const std::string& trouble)
+void answer(const std::vector<Waiting>& waiting, const std::string& trouble, const Log& log)
 {
     for (const Waiting& one : waiting) {
         try {
             one.then(trouble);
         } catch (const std::exception& error) {
-            spdlog::error("a change was not answered: {}", error.what());
+            log.error("a change was not answered: {}", error.what());
         }
     }
 }
 
 } // namespace
 
-StateFile::StateFile(ReplacedFile file, Instrument& instrument, StateFilePatience patience)
+StateFile::StateFile(ReplacedFile file, Instrument& instrument, Log log, StateFilePatience patience)
     : instrument_(instrument),
+      log_(std::move(log)),
       patience_(patience),
       writer_(std::move(file)),
       pause_(patience.first_pause)
@@ -98,8 +98,7 @@ bool StateFile::finish()
         wake_up_.notify_one();
         thread_.join();
         if (saved_ < changes_)
-            spdlog::error("the last changes are not saved in {}: {}", writer_.file().name(),
-                          trouble_);
+            log_.error("the last changes are not saved in {}: {}", writer_.file().name(), trouble_);
     }
     return saved_ == changes_;
 }
@@ -184,8 +183,8 @@ void StateFile::look_at_deadlines(Clock::time_point write_deadline)
         late = std::exchange(waiting_, {});
     }
     if (is_news)
-        spdlog::error("the state cannot be saved: {}", trouble);
-    answer(late, trouble);
+        log_.error("the state cannot be saved: {}", trouble);
+    answer(late, trouble, log_);
 }
 
 bool StateFile::gives_up()
@@ -208,8 +207,8 @@ void StateFile::saved(std::uint64_t changes)
     }
     pause_ = patience_.first_pause;
     if (is_news)
-        spdlog::info("the state can be saved again");
-    answer(answered, "");
+        log_.info("the state can be saved again");
+    answer(answered, "", log_);
 }
 
 /// It needs no memory: that may be the trouble.
@@ -227,8 +226,8 @@ void StateFile::not_saved(std::string trouble)
     pause_ = std::min(2 * pause_, patience_.longest_pause);
     // Only this thread changes it.
     if (is_news)
-        spdlog::error("the state cannot be saved: {}; it is tried again", trouble_);
-    answer(answered, trouble_);
+        log_.error("the state cannot be saved: {}; it is tried again", trouble_);
+    answer(answered, trouble_, log_);
 }
 
 /// Removes those whose changes are among the first ones, and returns them.

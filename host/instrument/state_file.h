@@ -15,6 +15,7 @@
 #include "instrument/file_writer.h"
 #include "instrument/instrument.h"
 #include "instrument/replaced_file.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -36,7 +37,7 @@ public:
     using Then = std::function<void(const std::string& trouble)>;
 
     /// Writes the file for the first time. Throws std::runtime_error if it cannot be written.
-    StateFile(ReplacedFile file, Instrument& instrument, StateFilePatience patience = {});
+    StateFile(ReplacedFile file, Instrument& instrument, Log log, StateFilePatience patience = {});
 
     /// As finish().
     ~StateFile();
@@ -79,6 +80,7 @@ private:
     std::vector<Waiting> take_waiting(std::uint64_t changes);
 
     Instrument& instrument_;
+    const Log log_;
     const StateFilePatience patience_;
     FileWriter writer_;               ///< used by the thread only
     std::chrono::milliseconds pause_; ///< after the next failure; used by the thread only

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 #include "text/ipv4_address.h"
 
 namespace nmos_instrument::host {
@@ -28,8 +26,8 @@ bool has_only_ipv6(const AddressSource& source, const std::vector<NetworkInterfa
 
 } // namespace
 
-FollowedAddress::FollowedAddress(AddressSource source, Interfaces interfaces)
-    : source_(std::move(source)), interfaces_(std::move(interfaces))
+FollowedAddress::FollowedAddress(AddressSource source, Log log, Interfaces interfaces)
+    : source_(std::move(source)), log_(std::move(log)), interfaces_(std::move(interfaces))
 {}
 
 void FollowedAddress::look(const Moved& moved)
@@ -43,7 +41,7 @@ void FollowedAddress::look(const Moved& moved)
     if (found != current_)
         moved(dotted_quad(*found));
     else if (is_absent_)
-        spdlog::info("{}: the address {} is back", name_of(source_), dotted_quad(*found));
+        log_.info("{}: the address {} is back", name_of(source_), dotted_quad(*found));
     current_ = found;
     is_absent_ = false;
 }
@@ -54,14 +52,14 @@ void FollowedAddress::note_absence(const std::vector<NetworkInterface>& interfac
         return;
     is_absent_ = true;
     if (current_)
-        spdlog::warn("{}: the address {} is gone; it is named until there is another",
+        log_.warning("{}: the address {} is gone; it is named until there is another",
                      name_of(source_), dotted_quad(*current_));
     else if (has_only_ipv6(source_, interfaces))
-        spdlog::warn("waiting for an IPv4 address of {}: it has only IPv6, which the texts of the "
+        log_.warning("waiting for an IPv4 address of {}: it has only IPv6, which the texts of the "
                      "instrument cannot name; --address names another one",
                      name_of(source_));
     else
-        spdlog::warn("waiting for an IPv4 address of {}", name_of(source_));
+        log_.warning("waiting for an IPv4 address of {}", name_of(source_));
 }
 
 } // namespace nmos_instrument::host

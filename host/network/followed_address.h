@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "log/log.h"
 #include "network/address_source.h"
 #include "network/network_interfaces.h"
 
@@ -22,7 +23,7 @@ public:
     using Interfaces = std::function<std::vector<NetworkInterface>()>;
     using Moved = std::function<void(const std::string& address)>;
 
-    explicit FollowedAddress(AddressSource source, Interfaces interfaces = network_interfaces);
+    FollowedAddress(AddressSource source, Log log, Interfaces interfaces = network_interfaces);
 
     /// True if it can change.
     bool may_move() const { return source_.fixed.empty(); }
@@ -36,6 +37,7 @@ private:
     void note_absence(const std::vector<NetworkInterface>& interfaces);
 
     const AddressSource source_;
+    const Log log_;
     const Interfaces interfaces_;
     std::optional<std::uint32_t> current_;
     bool is_absent_ = false;

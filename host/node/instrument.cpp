@@ -172,7 +172,7 @@ bool Instrument::Inside::start(const std::function<bool()>& wait)
         socket = host::listen(reach.listen, static_cast<std::uint16_t>(server.port),
                               options_.first_free_port ? host::IfPortInUse::take_next_free_one
                                                        : host::IfPortInUse::give_up);
-    followed_.emplace(reach.address);
+    followed_.emplace(reach.address, log_);
     if (!find_address(reach.address, wait))
         return false;
     be_at(address_, server.advertised_port.value_or(socket ? socket->port() : server.port));

@@ -58,22 +58,24 @@ RunningNode::RunningNode(const ServedAs& served, std::optional<ListeningSocket> 
       state_file_(state_file),
       served_(served),
       log_(log),
-      client_log_(log),
+      client_log_(log_),
       request_counts_(all_routes(served.page.files).paths()),
-      advertisement_(instrument, instrument.configuration().advertisement),
-      activations_(instrument),
+      http_client_(log_),
+      advertisement_(instrument, instrument.configuration().advertisement, log_),
+      activations_(instrument, log_),
       manifests_(http_client_, manifest_hosts(served_, instrument.configuration(),
                                               instrument.address().host, log_)),
       events_(watched_paths(instrument), [this](const std::string& path) { return read(path); })
 {
     const RegistrationSettings& registration = instrument.configuration().registration;
     if (registration.enabled) {
-        registries_.emplace(registration);
+        registries_.emplace(registration, log_);
         registration_.emplace(
             http_client_, *registries_, instrument_,
             RegistrationClient::Options{
                 .ca_file = registration.ca_file.value_or(""),
-                .has_registry = [this](bool yes) { advertisement_.has_registry(yes); }});
+                .has_registry = [this](bool yes) { advertisement_.has_registry(yes); }},
+            log_);
     } else {
         advertisement_.has_registry(false);
     }

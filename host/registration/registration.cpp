@@ -8,8 +8,6 @@
 #include <array>
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 namespace nmos_instrument::host {
 namespace {
 
@@ -27,9 +25,10 @@ constexpr milliseconds patience_at_end{1'300};
 
 } // namespace
 
-Registration::Registration(Instrument& instrument, Surroundings surroundings)
+Registration::Registration(Instrument& instrument, Surroundings surroundings, Log log)
     : instrument_(instrument),
       surroundings_(std::move(surroundings)),
+      log_(std::move(log)),
       resources_(instrument.shown_resources()),
       choice_(surroundings_.random),
       book_(resources_)
@@ -105,8 +104,8 @@ void Registration::found(std::vector<Registry> registries)
     const bool had_ours = choice_.has(registry_.url);
     choice_.update(std::move(registries));
     if (had_ours && !choice_.has(registry_.url) && state_ == State::registered)
-        spdlog::info("registry {} is not announced any more; it is used as long as it answers",
-                     registry_.url);
+        log_.info("registry {} is not announced any more; it is used as long as it answers",
+                  registry_.url);
     if (state_ != State::searching && state_ != State::lost)
         return;
     if (std::exchange(awaits_search_, false)) {

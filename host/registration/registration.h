@@ -3,7 +3,7 @@
 // The registration of one node: does what registration_table.h says, and knows what the registry
 // knows. It has no socket, thread or clock: its surroundings give it answers and time.
 //
-//     Registration registration(instrument, surroundings);
+//     Registration registration(instrument, surroundings, log);
 //     registration.start();
 //     registration.found(registries);       // the answer to surroundings.search()
 //     ...                                   // answers come as surroundings.send() was told
@@ -25,6 +25,7 @@
 #include "discovery/registry.h"
 #include "http/client.h"
 #include "instrument/instrument.h"
+#include "log/log.h"
 #include "registration/registration_status.h"
 #include "registration/registration_table.h"
 #include "registration/registry_choice.h"
@@ -56,7 +57,7 @@ public:
         std::string ca_file; ///< see ClientRequest
     };
 
-    Registration(Instrument& instrument, Surroundings surroundings);
+    Registration(Instrument& instrument, Surroundings surroundings, Log log);
     Registration(const Registration&) = delete;
     Registration& operator=(const Registration&) = delete;
 
@@ -144,6 +145,7 @@ private:
 
     Instrument& instrument_;
     const Surroundings surroundings_;
+    const Log log_;
     const std::vector<NodeResource>& resources_;
 
     RegistrationState state_ = RegistrationState::stopped;

@@ -14,8 +14,6 @@
 #include <utility>
 #include <vector>
 
-#include <spdlog/spdlog.h>
-
 #include "registration/registration.h"
 
 namespace nmos_instrument::host {
@@ -38,10 +36,12 @@ std::function<double()> random_numbers()
 class RegistrationClient::Driver : public std::enable_shared_from_this<Driver>
 {
 public:
-    Driver(HttpClient& client, RegistrySource& source, Instrument& instrument, Options options)
+    Driver(HttpClient& client, RegistrySource& source, Instrument& instrument, Options options,
+           Log log)
         : client_(client),
           source_(source),
-          registration_(instrument, surroundings(std::move(options)))
+          log_(std::move(log)),
+          registration_(instrument, surroundings(std::move(options)), log_)
     {}
 
     void start()
@@ -141,7 +141,7 @@ private:
                 what(registration_);
             } catch (const std::exception& error) {
                 registration_.begin_again();
-                spdlog::error("registration: {}", error.what());
+                log_.error("registration: {}", error.what());
             }
             due = registration_.next_due();
         }
@@ -200,6 +200,7 @@ private:
 
     HttpClient& client_;
     RegistrySource& source_;
+    const Log log_;
     // The timer is the client's thread's own.
     std::optional<Registration::TimePoint> timer_due_;
     std::uint64_t timer_ = 0; ///< the number of the last one
@@ -213,8 +214,9 @@ private:
 };
 
 RegistrationClient::RegistrationClient(HttpClient& client, RegistrySource& source,
-                                       Instrument& instrument, Options options)
-    : driver_(std::make_shared<Driver>(client, source, instrument, std::move(options)))
+                                       Instrument& instrument, Options options, Log log)
+    : driver_(
+          std::make_shared<Driver>(client, source, instrument, std::move(options), std::move(log)))
 {}
 
 RegistrationClient::~RegistrationClient()

@@ -9,6 +9,7 @@
 
 #include "http/client.h"
 #include "instrument/instrument.h"
+#include "log/log.h"
 #include "registration/registration_status.h"
 #include "registration/registry_source.h"
 
@@ -31,7 +32,7 @@ public:
 
     /// What it is given must outlive it.
     RegistrationClient(HttpClient& client, RegistrySource& source, Instrument& instrument,
-                       Options options);
+                       Options options, Log log);
 
     /// The registry is not told: call leave() before.
     ~RegistrationClient();

@@ -6,8 +6,6 @@
 
 #include <utility>
 
-#include <spdlog/spdlog.h>
-
 #include "records/addresses.h"
 #include "registration/registry_answer.h"
 #include "text/ipv4_address.h"
@@ -28,8 +26,8 @@ void Registration::post_node()
     if (state_ == State::registering_node)
         began_ = now();
     if (state_ == State::registering_node && told_.count(registry_.url) == 0)
-        spdlog::info("registering at {} ({}, priority {})", registry_.url, registry_.origin,
-                     registry_.priority);
+        log_.info("registering at {} ({}, priority {})", registry_.url, registry_.origin,
+                  registry_.priority);
     warn_of_loopback();
     // Its answer may be lost, and the node be there.
     note_used();
@@ -48,7 +46,7 @@ void Registration::warn_of_loopback()
         !is_loopback(own.host))
         return;
     told_of_loopback_ = true;
-    spdlog::warn("{}", loopback_warning(own, registry_.url));
+    log_.warning("{}", loopback_warning(own, registry_.url));
 }
 
 void Registration::node_posted(const ClientAnswer& answer, const std::string& text)
@@ -58,7 +56,7 @@ void Registration::node_posted(const ClientAnswer& answer, const std::string& te
         registry_failed("POST of the node", answer);
     } else if (result == PostAnswer::refused) {
         ++status_.refusals;
-        spdlog::warn("registry {} refuses the node, which is not posted there again unchanged: {}; "
+        log_.warning("registry {} refuses the node, which is not posted there again unchanged: {}; "
                      "the body was {}",
                      registry_.url, shown_answer(answer), printable(text));
         choice_.note_refusal(registry_.url, text);
@@ -67,7 +65,7 @@ void Registration::node_posted(const ClientAnswer& answer, const std::string& te
         book_.begin(text);
         book_is_of_registry();
         if (state_ == State::registering_node_again && result == PostAnswer::updated)
-            spdlog::warn("registry {} has this node again: does another one have the same id?",
+            log_.warning("registry {} has this node again: does another one have the same id?",
                          registry_.url);
         happen(result == PostAnswer::created ? Event::node_created : Event::node_existed);
     }
@@ -75,8 +73,7 @@ void Registration::node_posted(const ClientAnswer& answer, const std::string& te
 
 void Registration::clear()
 {
-    spdlog::info("registry {} still knows this node: what it knows is deleted first",
-                 registry_.url);
+    log_.info("registry {} still knows this node: what it knows is deleted first", registry_.url);
     exchange("DELETE", path_of(node_position), {},
              [this](const ClientAnswer& answer) { node_deleted(answer); });
 }
@@ -91,7 +88,7 @@ void Registration::node_deleted(const ClientAnswer& answer)
         registry_failed("DELETE of the node", answer);
         return;
     case DeleteAnswer::refused:
-        spdlog::warn("registry {} does not delete this node: {}", registry_.url,
+        log_.warning("registry {} does not delete this node: {}", registry_.url,
                      shown_answer(answer));
         happen(Event::not_cleared);
         return;
@@ -190,7 +187,7 @@ void Registration::resource_refused(std::size_t position, const std::string& tex
                                     const ClientAnswer& answer)
 {
     ++status_.refusals;
-    spdlog::warn("registry {} refuses {}, which is not posted again unchanged: {}; the body was {}",
+    log_.warning("registry {} refuses {}, which is not posted again unchanged: {}; the body was {}",
                  registry_.url, name_of(position), shown_answer(answer), printable(text));
     book_.note_refused(position);
     // A registry that has lost the node refuses all that belongs to it; a heartbeat tells. One that

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include <nmos_instrument/nmos_instrument.h>
-#include <spdlog/spdlog.h>
 
 #include "registration/registry_answer.h"
 
@@ -73,8 +72,8 @@ void Registration::pause()
     const milliseconds pause = retry_pause_.next(surroundings_.random());
     pause_until_ = now() + pause;
     if (!std::exchange(told_of_no_registry_, true))
-        spdlog::info("no registry can be used; looking again in {} ms, later at least every 30 s",
-                     pause.count());
+        log_.info("no registry can be used; looking again in {} ms, later at least every 30 s",
+                  pause.count());
     surroundings_.has_registry(false);
 }
 
@@ -84,12 +83,12 @@ void Registration::settle()
     const std::string left_out =
         book_.left_out() == 0 ? "" : ", " + std::to_string(book_.left_out()) + " left out";
     if (lost_since_)
-        spdlog::info("back at registry {} after {} ms: {}{}", registry_.url,
-                     duration_cast<milliseconds>(now() - *lost_since_).count(),
-                     shown_count(book_.size()), left_out);
+        log_.info("back at registry {} after {} ms: {}{}", registry_.url,
+                  duration_cast<milliseconds>(now() - *lost_since_).count(),
+                  shown_count(book_.size()), left_out);
     else
-        spdlog::info("registered at {}: {} in {} ms{}", registry_.url, shown_count(book_.size()),
-                     took.count(), left_out);
+        log_.info("registered at {}: {} in {} ms{}", registry_.url, shown_count(book_.size()),
+                  took.count(), left_out);
     if (!last_registry_.empty() && last_registry_ != registry_.url)
         ++status_.fail_overs;
     last_registry_ = registry_.url;
@@ -105,8 +104,8 @@ void Registration::check()
 {
     pause_until_.reset();
     if (told_.count(registry_.url) == 0)
-        spdlog::info("asking registry {} ({}, priority {}) whether it knows this node",
-                     registry_.url, registry_.origin, registry_.priority);
+        log_.info("asking registry {} ({}, priority {}) whether it knows this node", registry_.url,
+                  registry_.origin, registry_.priority);
     heartbeat();
 }
 
@@ -142,7 +141,7 @@ void Registration::heartbeat_answered(const RegistrationStatus::Heartbeat& beat,
         return;
     case HeartbeatAnswer::unknown:
         if (state_ == State::registered || state_ == State::registering)
-            spdlog::warn("registry {} does not know this node any more", registry_.url);
+            log_.warning("registry {} does not know this node any more", registry_.url);
         happen(Event::node_unknown);
         return;
     case HeartbeatAnswer::failed:
@@ -159,7 +158,7 @@ void Registration::registry_failed(const std::string& what, const ClientAnswer& 
         told_.clear();
     std::string& told = told_[registry_.url];
     if (told != news)
-        spdlog::warn("registry {} {}: {}: {}", registry_.url,
+        log_.warning("registry {} {}: {}: {}", registry_.url,
                      state_ == State::registered ? "is lost" : "cannot be used", what,
                      shown_answer(answer));
     told = std::move(news);
@@ -211,7 +210,7 @@ void Registration::finish()
 {
     const bool left = end_at_ && book_.size() == 0 && !registry_.url.empty();
     if (left)
-        spdlog::info("left registry {}", registry_.url);
+        log_.info("left registry {}", registry_.url);
     forget_requests();
     book_.note_all_deleted();
     registry_ = {};

@@ -22,7 +22,7 @@ bool is_interested(const RegistrySource::Found& found,
 
 } // namespace
 
-RegistrySource::RegistrySource(const RegistrationSettings& settings)
+RegistrySource::RegistrySource(const RegistrationSettings& settings, const Log& log)
 {
     int place = 0;
     for (const std::string& url : settings.registries)
@@ -30,7 +30,7 @@ RegistrySource::RegistrySource(const RegistrationSettings& settings)
     if (named_.empty())
         discovery_ = std::make_unique<Discovery>(
             DiscoveryOptions{settings.dns_domain.value_or(""), settings.development_registries},
-            [this](const std::vector<Registry>& found) { tell(found); });
+            log, [this](const std::vector<Registry>& found) { tell(found); });
 }
 
 void RegistrySource::listen(Found found)

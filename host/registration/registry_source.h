@@ -11,6 +11,7 @@
 #include "configuration/configuration.h"
 #include "discovery/discovery.h"
 #include "discovery/registry.h"
+#include "log/log.h"
 
 namespace nmos_instrument::host {
 
@@ -22,7 +23,7 @@ public:
     /// False if the listener is not interested any more.
     using Found = std::function<bool(const std::vector<Registry>&)>;
 
-    explicit RegistrySource(const RegistrationSettings& settings);
+    RegistrySource(const RegistrationSettings& settings, const Log& log);
 
     /// `found` is called on any thread: after each search, whoever asked for it, and whenever the
     /// list has changed otherwise.

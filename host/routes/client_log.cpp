@@ -4,8 +4,6 @@
 
 #include <chrono>
 
-#include <spdlog/spdlog.h>
-
 #include "http/client_address.h"
 
 namespace nmos_instrument::host {
@@ -16,6 +14,10 @@ namespace {
 constexpr const char* http = "http:";
 
 } // namespace
+
+ClientLog::ClientLog(const Log& log)
+    : error_(log, LogLevel::error), info_(log, LogLevel::info), debug_(log, LogLevel::debug)
+{}
 
 ClientLog::~ClientLog()
 {
@@ -58,8 +60,8 @@ void ClientLog::Level::write(const std::string& peer, std::string_view line) noe
 
 void ClientLog::Level::write_if_allowed(const std::string& peer, std::string_view line)
 {
-    if (spdlog::should_log(level_) && allows(peer))
-        spdlog::log(level_, "{} {}", peer, line);
+    if (log_.wants(level_) && allows(peer))
+        log_.formatted(level_, "{} {}", peer, line);
 }
 
 void ClientLog::Level::say_what_else_was_left_out()
@@ -88,7 +90,7 @@ bool ClientLog::Level::allows(const std::string& peer)
 void ClientLog::Level::say_left_out(const std::vector<LineLimit::LeftOut>& clients) const
 {
     for (const LineLimit::LeftOut& client : clients)
-        spdlog::log(level_, "{} lines of {} were left out", client.lines, client.client);
+        log_.formatted(level_, "{} lines of {} were left out", client.lines, client.client);
 }
 
 } // namespace nmos_instrument::host

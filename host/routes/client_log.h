@@ -6,10 +6,10 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include <spdlog/common.h>
-
+#include "log/log.h"
 #include "routes/line_limit.h"
 
 namespace nmos_instrument::host {
@@ -20,7 +20,7 @@ namespace nmos_instrument::host {
 class ClientLog
 {
 public:
-    ClientLog() = default;
+    explicit ClientLog(const Log& log);
     ~ClientLog();
 
     ClientLog(const ClientLog&) = delete;
@@ -40,7 +40,7 @@ private:
     class Level
     {
     public:
-        explicit Level(spdlog::level::level_enum level) : level_(level) {}
+        Level(Log log, LogLevel level) : log_(std::move(log)), level_(level) {}
 
         void write(const std::string& peer, std::string_view line) noexcept;
         void say_what_else_was_left_out();
@@ -50,15 +50,16 @@ private:
         bool allows(const std::string& peer);
         void say_left_out(const std::vector<LineLimit::LeftOut>& clients) const;
 
-        const spdlog::level::level_enum level_;
+        const Log log_;
+        const LogLevel level_;
         std::mutex mutex_;
         LineLimit limit_;
         LineLimit::Time last_look_;
     };
 
-    Level error_{spdlog::level::err};
-    Level info_{spdlog::level::info};
-    Level debug_{spdlog::level::debug};
+    Level error_;
+    Level info_;
+    Level debug_;
 };
 
 } // namespace nmos_instrument::host

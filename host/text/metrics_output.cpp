@@ -2,7 +2,7 @@
 
 #include "text/metrics_output.h"
 
-#include <spdlog/fmt/fmt.h>
+#include <fmt/format.h>
 
 namespace nmos_instrument::host {
 namespace {

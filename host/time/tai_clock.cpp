@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include <spdlog/fmt/fmt.h>
+#include <fmt/format.h>
 #include <sys/timex.h>
 
 namespace nmos_instrument::host {

@@ -6,9 +6,9 @@
 #include <exception>
 #include <iostream>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <system_error>
-#include <vector>
 
 #include <spdlog/spdlog.h>
 #include <unistd.h>
@@ -16,10 +16,10 @@
 #include "commands/configuration_options.h"
 #include "commands/end_signals.h"
 #include "commands/serve_options.h"
+#include "log/instrument_log.h"
 #include "log/patient_output.h"
 #include "log/program_log.h"
 #include "nmos_instrument_host/instrument.h"
-#include "panel/panel.h"
 
 namespace nmos_instrument::program {
 namespace {

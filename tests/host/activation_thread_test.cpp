@@ -8,7 +8,6 @@
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <spdlog/spdlog.h>
 
 #include "time/tai_clock.h"
 
@@ -37,13 +36,13 @@ bool becomes_true(const Condition& condition)
 
 TEST(ActivationThread, GoesOnAfterAnyException)
 {
-    spdlog::set_level(spdlog::level::off);
     std::atomic<int> applied{0};
-    Instrument instrument(Configuration(), NodeAddress(), tai_now, [&](const auto&, const auto&) {
-        if (++applied == 1)
-            throw 42; // not even a std::exception
-    });
-    ActivationThread thread(instrument);
+    Instrument instrument(Configuration(), NodeAddress(), tai_now, Log(),
+                          [&](const auto&, const auto&) {
+                              if (++applied == 1)
+                                  throw 42; // not even a std::exception
+                          });
+    ActivationThread thread(instrument, Log());
     instrument.listen({.changed = {}, .scheduled = [&] { thread.look_again(); }});
     EXPECT_EQ(instrument.change({Side::receiver, 0}, in_a_moment()).result, ChangeResult::accepted);
     EXPECT_TRUE(becomes_true([&] { return applied == 1; }));
@@ -54,14 +53,13 @@ TEST(ActivationThread, GoesOnAfterAnyException)
 
 TEST(ActivationThread, DoesNotTryAgainAndAgain)
 {
-    spdlog::set_level(spdlog::level::off);
     std::atomic<int> readings{0};
-    Instrument instrument(Configuration(), NodeAddress(), tai_now, {}, [&]() -> SteadyTime {
+    Instrument instrument(Configuration(), NodeAddress(), tai_now, Log(), {}, [&]() -> SteadyTime {
         if (readings++ > 0)
             throw std::bad_alloc();
         return std::chrono::steady_clock::now();
     });
-    ActivationThread thread(instrument);
+    ActivationThread thread(instrument, Log());
     instrument.change({Side::receiver, 0}, in_a_moment()); // the first reading
     thread.look_again();
     EXPECT_TRUE(becomes_true([&] { return readings >= 3; }));

@@ -16,7 +16,6 @@
 #include "support/service_text.h"
 #include "support/temporary_folder.h"
 #include <gmock/gmock.h>
-#include <spdlog/spdlog.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -32,11 +31,7 @@ constexpr seconds patience{20};
 class AdvertisementTest : public testing::Test
 {
 protected:
-    AdvertisementTest()
-    {
-        spdlog::set_level(spdlog::level::off);
-        file_ = folder_.path() / "nmos-node.service";
-    }
+    AdvertisementTest() { file_ = folder_.path() / "nmos-node.service"; }
 
     AdvertisementSettings settings(Advertise when) const { return {file_.string(), when}; }
 
@@ -88,14 +83,19 @@ protected:
 
     TemporaryFolder folder_;
     std::filesystem::path file_;
-    Instrument instrument_{Configuration(), {"192.0.2.10", 3000}, [] { return TaiTime{1, 0}; }};
+    Instrument instrument_{Configuration(),
+                           {"192.0.2.10", 3000},
+                           [] {
+                               return TaiTime{1, 0};
+                           },
+                           Log()};
 };
 
 TEST_F(AdvertisementTest, AlwaysIsFromTheStartToTheEnd)
 {
     const mode_t before = umask(0077);
     {
-        Advertisement advertisement(instrument_, settings(Advertise::always));
+        Advertisement advertisement(instrument_, settings(Advertise::always), Log());
         ASSERT_TRUE(is_written(fresh_service));
         ASSERT_TRUE(comes([&] { return advertisement.status().present; }));
         EXPECT_EQ(advertisement.status().state, "advertised");
@@ -113,7 +113,7 @@ TEST_F(AdvertisementTest, AlwaysIsFromTheStartToTheEnd)
 
 TEST_F(AdvertisementTest, PeerToPeerIsWhileThereIsNoRegistry)
 {
-    Advertisement advertisement(instrument_, settings(Advertise::peer_to_peer));
+    Advertisement advertisement(instrument_, settings(Advertise::peer_to_peer), Log());
     EXPECT_EQ(advertisement.status().state, "waiting for the registration");
     EXPECT_FALSE(advertisement.status().present);
     advertisement.has_registry(false);
@@ -128,7 +128,7 @@ TEST_F(AdvertisementTest, PeerToPeerIsWhileThereIsNoRegistry)
 
 TEST_F(AdvertisementTest, WithoutAFileItIsOff)
 {
-    Advertisement advertisement(instrument_, {std::nullopt, Advertise::always});
+    Advertisement advertisement(instrument_, {std::nullopt, Advertise::always}, Log());
     advertisement.changed();
     advertisement.has_registry(false);
     EXPECT_EQ(advertisement.status().state, "off");
@@ -141,7 +141,7 @@ TEST_F(AdvertisementTest, AFileThatIsThereAtTheStartIsOurs)
     for (const Advertise when : {Advertise::never, Advertise::peer_to_peer, Advertise::always}) {
         std::ofstream(file_) << "old";
         std::ofstream(file_.string() + ".new") << "half of";
-        const Advertisement advertisement(instrument_, settings(when));
+        const Advertisement advertisement(instrument_, settings(when), Log());
         if (when == Advertise::always)
             EXPECT_TRUE(is_written(fresh_service));
         else
@@ -157,7 +157,7 @@ TEST_F(AdvertisementTest, ALinkIsReplacedAndNotFollowed)
     std::filesystem::create_symlink(other, file_);
     std::filesystem::create_symlink(other, file_.string() + ".new");
     {
-        const Advertisement advertisement(instrument_, settings(Advertise::always));
+        const Advertisement advertisement(instrument_, settings(Advertise::always), Log());
         EXPECT_TRUE(is_written(fresh_service));
         EXPECT_FALSE(std::filesystem::is_symlink(file_));
     }
@@ -167,7 +167,7 @@ TEST_F(AdvertisementTest, ALinkIsReplacedAndNotFollowed)
 
 TEST_F(AdvertisementTest, TheCountersFollowWhatChanges)
 {
-    Advertisement advertisement(instrument_, settings(Advertise::always));
+    Advertisement advertisement(instrument_, settings(Advertise::always), Log());
     instrument_.listen({.changed = [&] { advertisement.changed(); }, .scheduled = {}});
     ASSERT_TRUE(is_written(fresh_service));
     activate();
@@ -201,7 +201,7 @@ time_t second_of(const std::filesystem::path& file)
 
 TEST_F(AdvertisementTest, ManyChangesAreOneWriteASecond)
 {
-    Advertisement advertisement(instrument_, settings(Advertise::always));
+    Advertisement advertisement(instrument_, settings(Advertise::always), Log());
     ASSERT_TRUE(is_written(fresh_service));
     std::vector<ino_t> seen = {number_of(file_)};
     std::vector<time_t> times = {second_of(file_)};
@@ -223,7 +223,7 @@ TEST_F(AdvertisementTest, ManyChangesAreOneWriteASecond)
 
 TEST_F(AdvertisementTest, WithoutChangeNothingIsWritten)
 {
-    Advertisement advertisement(instrument_, settings(Advertise::always));
+    Advertisement advertisement(instrument_, settings(Advertise::always), Log());
     ASSERT_TRUE(is_written(fresh_service));
     const ino_t before = number_of(file_);
     advertisement.changed();
@@ -234,7 +234,7 @@ TEST_F(AdvertisementTest, WithoutChangeNothingIsWritten)
 TEST_F(AdvertisementTest, AFolderThatIsMissingMayComeLater)
 {
     file_ = folder_.path() / "services" / "nmos-node.service";
-    Advertisement advertisement(instrument_, settings(Advertise::always));
+    Advertisement advertisement(instrument_, settings(Advertise::always), Log());
     ASSERT_TRUE(comes([&] { return !advertisement.status().trouble.empty(); }));
     EXPECT_EQ(advertisement.status().trouble, "there is no such folder");
     EXPECT_EQ(advertisement.status().state, "not advertised yet");
@@ -250,7 +250,7 @@ TEST_F(AdvertisementTest, AFolderThatCannotBeWritten)
 {
     std::ofstream(folder_.path() / "services") << "no folder";
     file_ = folder_.path() / "services" / "nmos-node.service";
-    Advertisement advertisement(instrument_, settings(Advertise::always));
+    Advertisement advertisement(instrument_, settings(Advertise::always), Log());
     ASSERT_TRUE(comes([&] { return !advertisement.status().trouble.empty(); }));
     EXPECT_EQ(advertisement.status().trouble, "Not a directory");
 }
@@ -258,7 +258,7 @@ TEST_F(AdvertisementTest, AFolderThatCannotBeWritten)
 TEST_F(AdvertisementTest, ADirectoryInPlaceOfTheFile)
 {
     std::filesystem::create_directory(file_);
-    Advertisement advertisement(instrument_, settings(Advertise::always));
+    Advertisement advertisement(instrument_, settings(Advertise::always), Log());
     ASSERT_TRUE(comes([&] { return !advertisement.status().trouble.empty(); }));
     EXPECT_EQ(advertisement.status().trouble, "Is a directory");
     EXPECT_THAT(names(), testing::ElementsAre("nmos-node.service"));
@@ -267,7 +267,7 @@ TEST_F(AdvertisementTest, ADirectoryInPlaceOfTheFile)
 TEST_F(AdvertisementTest, WhereThereIsNoFolderThereIsNothingToWithdraw)
 {
     file_ = folder_.path() / "services" / "nmos-node.service";
-    Advertisement advertisement(instrument_, settings(Advertise::peer_to_peer));
+    Advertisement advertisement(instrument_, settings(Advertise::peer_to_peer), Log());
     std::this_thread::sleep_for(milliseconds(50));
     EXPECT_EQ(advertisement.status().trouble, "");
 }

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <spdlog/spdlog.h>
 
 #include "test_bus.h"
 
@@ -52,11 +51,7 @@ private:
 class DiscoveryTest : public testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        test_bus_path();
-        spdlog::default_logger(); // there before our threads are
-    }
+    void SetUp() override { test_bus_path(); }
 
     const DiscoveryOptions options_{.dns_domain = "invalid"};
     Told told_;
@@ -64,7 +59,7 @@ protected:
 
 TEST_F(DiscoveryTest, EachSearchEndsWithAList)
 {
-    Discovery discovery(options_, [&](const auto& registries) { told_.tell(registries); });
+    Discovery discovery(options_, Log(), [&](const auto& registries) { told_.tell(registries); });
     ASSERT_TRUE(told_.wait_for(1));
     discovery.search();
     ASSERT_TRUE(told_.wait_for(2));
@@ -74,7 +69,8 @@ TEST_F(DiscoveryTest, AfterItsEndNothingIsTold)
 {
     for (int i = 0; i < 5; ++i) {
         {
-            Discovery discovery(options_, [&](const auto& registries) { told_.tell(registries); });
+            Discovery discovery(options_, Log(),
+                                [&](const auto& registries) { told_.tell(registries); });
             discovery.search();
         }
         const auto told_until_its_end = told_.count();
@@ -86,7 +82,7 @@ TEST_F(DiscoveryTest, AfterItsEndNothingIsTold)
 TEST_F(DiscoveryTest, AFailureOfTheListenerIsTriedAgain)
 {
     int calls = 0;
-    Discovery discovery(options_, [&](const auto& registries) {
+    Discovery discovery(options_, Log(), [&](const auto& registries) {
         if (++calls == 1)
             throw std::runtime_error("no memory, perhaps");
         told_.tell(registries);

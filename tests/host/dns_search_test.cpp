@@ -67,7 +67,7 @@ using Found = std::vector<AdvertisedRegistry>;
 struct Searched
 {
     explicit Searched(DnsTestServer::Respond respond)
-        : server(std::move(respond)), search("example.com", server.address())
+        : server(std::move(respond)), search("example.com", Log(), server.address())
     {}
 
     Found find() { return search.search(stop); }
@@ -90,7 +90,7 @@ TEST(DnsSearch, FindsARegistry)
 TEST(DnsSearch, ADotBehindTheDomainIsNoDifference)
 {
     DnsTestServer server([](const Bytes& query, Transport) { return one_registry(query); });
-    DnsSearch search("example.com.", server.address());
+    DnsSearch search("example.com.", Log(), server.address());
     EXPECT_EQ(search.search(StopRequest()), Found{registry_1});
 }
 
@@ -176,7 +176,7 @@ TEST(DnsSearch, AServerThatIsNotThereIsNoHarm)
         const DnsTestServer server(silence);
         address = server.address();
     }
-    DnsSearch search("example.com", address);
+    DnsSearch search("example.com", Log(), address);
     EXPECT_EQ(search.search(StopRequest()), Found());
 }
 
@@ -359,7 +359,7 @@ TEST(DnsSearch, ADomainThatIsNoNameIsNoHarm)
     const DnsTestServer server(silence);
     for (const std::string& domain :
          {std::string("a..b"), std::string(64, 'a'), std::string(300, '.'), std::string(".")}) {
-        DnsSearch search(domain, server.address());
+        DnsSearch search(domain, Log(), server.address());
         EXPECT_EQ(search.search(StopRequest()), Found()) << domain;
     }
 }

@@ -10,7 +10,6 @@
 #include <string>
 
 #include <gtest/gtest.h>
-#include <spdlog/spdlog.h>
 
 #include "instrument/instrument.h"
 #include "instrument/saved_state.h"
@@ -66,7 +65,6 @@ class FailingChangeTest : public testing::Test
 protected:
     FailingChangeTest()
     {
-        spdlog::set_level(spdlog::level::off);
         instrument_.listen({[this] { ++changes_; }, {}});
     }
 
@@ -126,7 +124,7 @@ protected:
 
     TaiTime now_{1'234'567'890, 123'456'789};
     int changes_ = 0;
-    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_; }};
+    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_; }, Log()};
     const ConnectionKey sender_{Side::sender, 0};
     const ConnectionKey receiver_{Side::receiver, 0};
 };

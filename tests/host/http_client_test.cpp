@@ -50,7 +50,7 @@ ClientAnswer answer_to(HttpClient& client, ClientRequest request)
 
 ClientAnswer answer_to(ClientRequest request)
 {
-    HttpClient client;
+    HttpClient client{Log()};
     return answer_to(client, std::move(request));
 }
 
@@ -212,7 +212,7 @@ TEST(HttpClientRequest, TheAddressCountsForItsRequestOnly)
     options.listen.address = "127.0.0.2";
     options.port = first.port();
     HttpServer second(options, with_text("second"));
-    HttpClient client;
+    HttpClient client{Log()};
     const std::string url = "http://" + unknown_host + ":" + std::to_string(first.port()) + '/';
     for (int round = 0; round < 2; ++round) {
         EXPECT_EQ(answer_to(client, {.method = "GET", .url = url, .address = "127.0.0.1"}).body,
@@ -366,7 +366,7 @@ TEST(HttpClientFailures, HalfAnAnswerInTime)
 
 TEST(HttpClientFailures, UrlsThatCannotBeUsed)
 {
-    HttpClient client;
+    HttpClient client{Log()};
     for (const auto& [url, why] : std::vector<std::pair<std::string, std::string>>{
              {"", "URL"},
              {"http://", "URL"},
@@ -413,7 +413,7 @@ TEST(HttpClientConnections, AreKept)
         }
         reply({200, "text/plain", "", {}});
     });
-    HttpClient client;
+    HttpClient client{Log()};
     for (int i = 0; i < 10; ++i)
         EXPECT_EQ(answer_to(client, {.method = "POST", .url = url_of(server)}).status, 200);
     EXPECT_EQ(peers.size(), 1U);
@@ -424,7 +424,7 @@ TEST(HttpClientConnections, ThatTheServerHasClosedAreMadeAgain)
     HttpServerOptions options;
     options.idle_deadline = 50ms;
     HttpServer server(options, with_text("again"));
-    HttpClient client;
+    HttpClient client{Log()};
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(answer_to(client, {.method = "POST", .url = url_of(server), .json = "{}"}).body,
                   "again");
@@ -437,7 +437,7 @@ TEST(HttpClientConnections, ServeManyThreads)
     HttpServer server({}, [](const HttpRequest& request, const HttpReply& reply) {
         reply({200, "text/plain", request.path, {}});
     });
-    HttpClient client;
+    HttpClient client{Log()};
     std::atomic<int> right{0};
     std::vector<std::thread> threads;
     threads.reserve(4);
@@ -459,7 +459,7 @@ TEST(HttpClientConnections, ServeManyRequestsAtOnce)
     HttpServer server({}, with_text("one of them"));
     std::atomic<int> answered{0};
     std::promise<void> all;
-    HttpClient client;
+    HttpClient client{Log()};
     for (int i = 0; i < 200; ++i)
         client.send({.method = "POST", .url = url_of(server)}, [&](const ClientAnswer& answer) {
             EXPECT_EQ(answer.body, "one of them") << answer.why;
@@ -479,7 +479,7 @@ std::ptrdiff_t open_files()
 TEST(HttpClientConnections, TenThousandRequestsLeaveNothingBehind)
 {
     HttpServer server({}, with_text("once more"));
-    HttpClient client;
+    HttpClient client{Log()};
     const auto send = [&](int count) {
         const auto done = std::make_shared<std::promise<void>>();
         int left = count;
@@ -536,7 +536,7 @@ private:
 TEST(HttpClientTasks, RunInTheOrderOfTheirTimes)
 {
     Runs runs;
-    HttpClient client;
+    HttpClient client{Log()};
     const auto soon = Clock::now() + 100ms;
     client.run_at(soon + 30ms, runs.note(5));
     client.run_at(soon + 10ms, runs.note(3));
@@ -552,7 +552,7 @@ TEST(HttpClientTasks, OfOneTimeRunInTheOrderOfTheirArrival)
 {
     Runs runs;
     std::vector<int> expected;
-    HttpClient client;
+    HttpClient client{Log()};
     const auto soon = Clock::now() + 50ms;
     for (int i = 0; i < 1000; ++i) {
         client.run_at(soon, runs.note(i));
@@ -564,7 +564,7 @@ TEST(HttpClientTasks, OfOneTimeRunInTheOrderOfTheirArrival)
 TEST(HttpClientTasks, OfAllKindsOfTimes)
 {
     Runs runs;
-    HttpClient client;
+    HttpClient client{Log()};
     client.run_at(HttpClient::TimePoint::max(), runs.note(9));
     client.run_at(HttpClient::TimePoint::min(), runs.note(1));
     EXPECT_THAT(runs.wait_for(1), ElementsAre(1));
@@ -580,7 +580,7 @@ TEST(HttpClientTasks, ManyWaitForTheirTimes)
     std::vector<int> expected(count);
     std::iota(expected.begin(), expected.end(), 0);
     std::promise<void> all;
-    HttpClient client;
+    HttpClient client{Log()};
     client.run([&] {
         const auto begin = Clock::now();
         for (int i = 0; i < count; ++i) {
@@ -604,7 +604,7 @@ TEST(HttpClientTasks, MayAddTasksAndSendRequests)
 {
     HttpServer server({}, with_text("from a task"));
     std::promise<std::string> body;
-    HttpClient client;
+    HttpClient client{Log()};
     client.run([&] {
         client.run_at(Clock::now() + 10ms, [&] {
             client.send(get(url_of(server)),
@@ -620,7 +620,7 @@ TEST(HttpClientTasks, WithoutAnEnd)
     HttpServer server({}, with_text("meanwhile"));
     std::atomic<bool> ends{false};
     std::function<void()> again;
-    HttpClient client;
+    HttpClient client{Log()};
     again = [&] {
         if (!ends)
             client.run_at(HttpClient::TimePoint::min(), again);
@@ -633,7 +633,7 @@ TEST(HttpClientTasks, WithoutAnEnd)
 TEST(HttpClientTasks, ThatThrowStopNothing)
 {
     HttpServer server({}, with_text("still here"));
-    HttpClient client;
+    HttpClient client{Log()};
     client.run([] { throw std::runtime_error("from a task of this test"); });
     client.run([] { throw 5; });
     client.run({});
@@ -645,7 +645,7 @@ TEST(HttpClientTasks, OfSeveralThreads)
 {
     std::atomic<int> runs{0};
     std::promise<void> all;
-    HttpClient client;
+    HttpClient client{Log()};
     std::vector<std::thread> threads;
     threads.reserve(4);
     for (int i = 0; i < 4; ++i)
@@ -671,7 +671,7 @@ TEST(HttpClientEnd, GivesUpWhatRunsAndDropsTasks)
     bool task_has_run = false;
     const auto begin = Clock::now();
     {
-        HttpClient client;
+        HttpClient client{Log()};
         client.run_at(Clock::now() + 1h, [&] { task_has_run = true; });
         for (int i = 0; i < 20; ++i)
             client.send({.method = "POST", .url = silent.url("/"), .time_limit = 60s},
@@ -700,7 +700,7 @@ TEST(HttpClientEnd, RefusesToSendAgain)
     int answers = 0;
     std::string refusal;
     {
-        HttpClient client;
+        HttpClient client{Log()};
         client.send({.method = "POST", .url = silent.url("/")}, [&](const ClientAnswer&) {
             ++answers;
             try {
@@ -721,7 +721,7 @@ TEST(HttpClientEnd, AtAnyMoment)
     for (int round = 0; round < 50; ++round) {
         std::atomic<int> answers{0};
         {
-            HttpClient client;
+            HttpClient client{Log()};
             for (int i = 0; i < 10; ++i)
                 client.send(get(url_of(server)), [&](const ClientAnswer&) { ++answers; });
             std::this_thread::sleep_for(std::chrono::microseconds(100 * round));
@@ -783,7 +783,7 @@ private:
 std::vector<std::string> calls_of(const std::string& url, const std::string& throws_in)
 {
     Calls calls;
-    HttpClient client;
+    HttpClient client{Log()};
     client.start(std::make_unique<NotingTransfer>(calls, url, throws_in));
     EXPECT_EQ(calls.gone.get_future().wait_for(patience), std::future_status::ready);
     return calls.calls;
@@ -809,7 +809,7 @@ TEST(HttpClientTransfer, WithoutAHandleIsGivenUp)
         CURL* begin() override { return nullptr; }
     };
     Calls calls;
-    HttpClient client;
+    HttpClient client{Log()};
     client.start(std::make_unique<Empty>(calls, "", "nothing"));
     EXPECT_EQ(calls.gone.get_future().wait_for(patience), std::future_status::ready);
     EXPECT_THAT(calls.calls, ElementsAre("give up: Invalid easy handle"));

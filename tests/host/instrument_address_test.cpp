@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-#include <spdlog/spdlog.h>
 
 #include "instrument/instrument.h"
 
@@ -17,7 +16,6 @@ class InstrumentAddressTest : public testing::Test
 protected:
     InstrumentAddressTest()
     {
-        spdlog::set_level(spdlog::level::off);
         instrument_.listen({.changed = [this] { ++changes_; }, .scheduled = {}});
     }
 
@@ -53,7 +51,7 @@ protected:
 
     TaiTime now_{1000, 0};
     int changes_ = 0;
-    Instrument instrument_{Configuration(), {"192.0.2.10", 80}, [this] { return now_; }};
+    Instrument instrument_{Configuration(), {"192.0.2.10", 80}, [this] { return now_; }, Log()};
 };
 
 TEST_F(InstrumentAddressTest, AllTextsNameIt)

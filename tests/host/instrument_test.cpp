@@ -13,7 +13,6 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <spdlog/spdlog.h>
 
 #include "records/record_text.h"
 
@@ -25,8 +24,6 @@ using namespace std::chrono_literals;
 class InstrumentTest : public testing::Test
 {
 protected:
-    InstrumentTest() { spdlog::set_level(spdlog::level::off); }
-
     ConnectionPatch activation(ActivationMode mode, TaiTime time = {}) const
     {
         ConnectionPatch patch;
@@ -62,7 +59,10 @@ protected:
     SteadyTime steady_{50s};
     bool hardware_fails_ = false;
     int applied_ = 0;
-    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_; },
+    Instrument instrument_{Configuration(),
+                           NodeAddress(),
+                           [this] { return now_; },
+                           Log(),
                            [this](const ConnectionKey&, const CONNECTION_HALF_IS05_ST&) {
                                if (hardware_fails_)
                                    throw std::runtime_error("no lock on the reference");
@@ -94,7 +94,7 @@ TEST_F(InstrumentTest, TheHardwareIsSetUpWhenNothingElseCanFail)
     // It sees what will be active; afterwards there is nothing of it.
     bool called = false;
     Instrument instrument(
-        Configuration(), NodeAddress(), [this] { return now_; },
+        Configuration(), NodeAddress(), [this] { return now_; }, Log(),
         [&](const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active) {
             called = active.transport_params[0].destination_port == 6000;
             throw std::bad_alloc();
@@ -237,7 +237,12 @@ TEST_F(InstrumentTest, SavedAndRestored)
     EXPECT_EQ(read.counters, saved.counters);
     EXPECT_EQ(read.resources, saved.resources);
 
-    Instrument restarted(Configuration(), NodeAddress(), [] { return TaiTime{5000, 0}; });
+    Instrument restarted(
+        Configuration(), NodeAddress(),
+        [] {
+            return TaiTime{5000, 0};
+        },
+        Log());
     EXPECT_EQ(restarted.restore(read), std::vector<std::string>());
     EXPECT_EQ(write_saved_state(restarted.saved_state()), write_saved_state(saved));
 }
@@ -268,8 +273,12 @@ TEST_F(InstrumentTest, VersionsEndBeforeTheyBeginAgain)
 
 TEST(SavedStateText, IsWhatTheReaderWouldWrite)
 {
-    spdlog::set_level(spdlog::level::off);
-    Instrument instrument(Configuration(), NodeAddress(), [] { return TaiTime{1, 0}; });
+    Instrument instrument(
+        Configuration(), NodeAddress(),
+        [] {
+            return TaiTime{1, 0};
+        },
+        Log());
     SavedState state = instrument.saved_state();
     std::string odd;
     for (int byte = 1; byte < 128; ++byte)
@@ -284,8 +293,12 @@ TEST(SavedStateText, IsWhatTheReaderWouldWrite)
 
 TEST(SavedStateText, AnyChangedByteIsFound)
 {
-    spdlog::set_level(spdlog::level::off);
-    Instrument instrument(Configuration(), NodeAddress(), [] { return TaiTime{1, 0}; });
+    Instrument instrument(
+        Configuration(), NodeAddress(),
+        [] {
+            return TaiTime{1, 0};
+        },
+        Log());
     const std::string good = write_saved_state(instrument.saved_state());
     EXPECT_NO_THROW(parse_saved_state(good));
     for (std::size_t at = 0; at < good.size(); at += 97) {

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <spdlog/fmt/fmt.h>
 
 namespace nmos_instrument::host {
 namespace {

@@ -22,10 +22,10 @@ using testing::StartsWith;
 /// What "/layout" says of an instrument with this configuration.
 std::string layout_text(const Configuration& configuration)
 {
-    Instrument instrument(configuration, NodeAddress(), tai_now);
-    HttpClient client;
+    Instrument instrument(configuration, NodeAddress(), tai_now, Log());
+    HttpClient client{Log()};
     ManifestFetcher manifests(client, ManifestHosts({}, {0x7f000000, 8}, {}));
-    ClientLog log;
+    ClientLog log{Log()};
     RequestCounts counts(all_routes().paths());
     RecentRefusals refusals;
     const Router router(

@@ -40,7 +40,7 @@ FetchedManifest fetch(ManifestFetcher& fetcher, const std::string& url)
 TEST(ManifestFetcher, FetchesFromTheHostsThatAreAllowedNow)
 {
     ScriptedServer server("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nv=0\n");
-    HttpClient client;
+    HttpClient client{Log()};
     ManifestFetcher fetcher(client, ManifestHosts({}, elsewhere, {}));
     FetchedManifest manifest = fetch(fetcher, server.url("/"));
     EXPECT_EQ(manifest.result, Result::failed);
@@ -60,7 +60,7 @@ TEST(ManifestFetcher, FourPlacesForOneClient)
 {
     ScriptedServer silent("", ScriptedServer::Then::stays_silent);
     std::atomic<int> failed{0};
-    HttpClient client;
+    HttpClient client{Log()};
     ManifestFetcher fetcher(client, ManifestHosts({}, loopback, {}));
     for (int i = 0; i < 4; ++i)
         fetcher.fetch(silent.url("/"), "192.0.2.1", [&](const FetchedManifest&) { ++failed; });
@@ -74,7 +74,7 @@ TEST(ManifestFetcher, FourPlacesForOneClient)
 TEST(ManifestFetcher, EndsBeforeItsClient)
 {
     ScriptedServer silent("", ScriptedServer::Then::stays_silent);
-    HttpClient client;
+    HttpClient client{Log()};
     std::vector<std::string> reasons;
     {
         ManifestFetcher fetcher(client, ManifestHosts({}, loopback, {}));
@@ -91,7 +91,7 @@ TEST(ManifestFetcher, EndsBeforeItsClient)
 TEST(ManifestFetcher, EndsAfterTheTransfersOfItsClient)
 {
     ScriptedServer silent("", ScriptedServer::Then::stays_silent);
-    auto client = std::make_unique<HttpClient>();
+    auto client = std::make_unique<HttpClient>(Log());
     std::vector<std::string> reasons;
     ManifestFetcher fetcher(*client, ManifestHosts({}, loopback, {}));
     fetcher.fetch(silent.url("/"), "192.0.2.1",
@@ -108,7 +108,7 @@ TEST(ManifestFetcher, EndsAtAnyMoment)
         reply({200, "application/sdp", "v=0\n", {}});
     });
     const std::string url = "http://127.0.0.1:" + std::to_string(server.port()) + '/';
-    HttpClient client;
+    HttpClient client{Log()};
     for (int round = 0; round < 50; ++round) {
         std::atomic<int> answers{0};
         std::atomic<bool> ended{false};

@@ -54,7 +54,7 @@ TEST(MdnsBrowser, WithoutABusThereIsNothingToWaitFor)
     std::promise<void> changed;
     const auto before = Clock::now();
     {
-        const MdnsBrowser browser([&] { changed.set_value(); });
+        const MdnsBrowser browser([&] { changed.set_value(); }, Log());
         ASSERT_EQ(changed.get_future().wait_for(10s), std::future_status::ready);
         EXPECT_TRUE(browser.has_looked());
         EXPECT_TRUE(browser.found().empty());
@@ -67,7 +67,7 @@ TEST(MdnsBrowser, ABusThatHangsHoldsUpNobody)
     const SilentBus bus;
     ASSERT_TRUE(bus.is_bound());
     std::atomic<int> changes = 0;
-    auto browser = std::make_unique<MdnsBrowser>([&] { ++changes; });
+    auto browser = std::make_unique<MdnsBrowser>([&] { ++changes; }, Log());
     std::this_thread::sleep_for(200ms);
     EXPECT_FALSE(browser->has_looked());
     const auto before = Clock::now();

@@ -162,7 +162,7 @@ protected:
 
     std::vector<NetworkInterface> interfaces_;
     std::vector<std::string> moves_;
-    FollowedAddress address_{{.interface = "eth0"}, [this] { return interfaces_; }};
+    FollowedAddress address_{{.interface = "eth0"}, Log(), [this] { return interfaces_; }};
 };
 
 TEST_F(FollowedAddressTest, TellsEachAddressOnce)
@@ -199,9 +199,9 @@ TEST_F(FollowedAddressTest, AMoveThatFailsIsTriedAgain)
 
 TEST(FollowedAddress, AFixedOneDoesNotMove)
 {
-    EXPECT_FALSE(FollowedAddress({.fixed = "192.0.2.10"}).may_move());
-    EXPECT_TRUE(FollowedAddress({.interface = "eth0"}).may_move());
-    EXPECT_TRUE(FollowedAddress({}).may_move());
+    EXPECT_FALSE(FollowedAddress({.fixed = "192.0.2.10"}, Log()).may_move());
+    EXPECT_TRUE(FollowedAddress({.interface = "eth0"}, Log()).may_move());
+    EXPECT_TRUE(FollowedAddress({}, Log()).may_move());
 }
 
 TEST(NetworkInterfaces, OfThisMachine)

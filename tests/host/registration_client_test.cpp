@@ -19,7 +19,6 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <spdlog/spdlog.h>
 
 #include "http/server.h"
 
@@ -80,9 +79,12 @@ std::unique_ptr<Instrument> instrument(int number)
 {
     Configuration configuration;
     configuration.serial_number = "QX" + std::to_string(number);
-    return std::make_unique<Instrument>(configuration, NodeAddress(), [] {
-        return TaiTime{1000, 0};
-    });
+    return std::make_unique<Instrument>(
+        configuration, NodeAddress(),
+        [] {
+            return TaiTime{1000, 0};
+        },
+        Log());
 }
 
 bool wait_until(const std::function<bool()>& true_at_last)
@@ -99,11 +101,7 @@ bool wait_until(const std::function<bool()>& true_at_last)
 class RegistrationClientTest : public testing::Test
 {
 protected:
-    RegistrationClientTest()
-    {
-        spdlog::set_level(spdlog::level::off);
-        settings_.registries = {registry_.url()};
-    }
+    RegistrationClientTest() { settings_.registries = {registry_.url()}; }
 
     TakingRegistry registry_;
     RegistrationSettings settings_;
@@ -113,15 +111,15 @@ TEST_F(RegistrationClientTest, ManyInstrumentsShareOneThread)
 {
     constexpr std::size_t count = 30;
     constexpr std::size_t resources = 38;
-    HttpClient client;
-    RegistrySource source(settings_);
+    HttpClient client{Log()};
+    RegistrySource source(settings_, Log());
     std::vector<std::unique_ptr<Instrument>> instruments;
     std::vector<std::unique_ptr<RegistrationClient>> registrations;
     const std::size_t threads = threads_of_this_process();
     for (std::size_t i = 0; i < count; ++i) {
         instruments.push_back(instrument(static_cast<int>(i)));
         registrations.push_back(std::make_unique<RegistrationClient>(
-            client, source, *instruments.back(), RegistrationClient::Options{}));
+            client, source, *instruments.back(), RegistrationClient::Options{}, Log()));
         registrations.back()->start();
     }
     EXPECT_TRUE(wait_until([&] { return registry_.size() == count * resources; }));
@@ -135,11 +133,11 @@ TEST_F(RegistrationClientTest, ManyInstrumentsShareOneThread)
 
 TEST_F(RegistrationClientTest, MayEndAtAnyMoment)
 {
-    HttpClient client;
-    RegistrySource source(settings_);
+    HttpClient client{Log()};
+    RegistrySource source(settings_, Log());
     for (int i = 0; i < 100; ++i) {
         const std::unique_ptr<Instrument> own = instrument(0);
-        RegistrationClient registration(client, source, *own, {});
+        RegistrationClient registration(client, source, *own, {}, Log());
         registration.start();
         registration.changed();
         std::this_thread::sleep_for(std::chrono::microseconds(97 * i));
@@ -150,19 +148,19 @@ TEST_F(RegistrationClientTest, TellsWhetherThereIsARegistry)
 {
     std::atomic<int> yes = 0;
     std::atomic<int> no = 0;
-    HttpClient client;
+    HttpClient client{Log()};
     const std::unique_ptr<Instrument> own = instrument(0);
-    RegistrySource source(settings_);
+    RegistrySource source(settings_, Log());
     RegistrationClient registration(client, source, *own,
-                                    {.has_registry = [&](bool has) { ++(has ? yes : no); }});
+                                    {.has_registry = [&](bool has) { ++(has ? yes : no); }}, Log());
     registration.start();
     EXPECT_TRUE(wait_until([&] { return yes == 1; }));
     EXPECT_EQ(no, 0);
 
     settings_.registries = {"http://127.0.0.1:1/x-nmos/registration/v1.2"};
-    RegistrySource nowhere(settings_);
+    RegistrySource nowhere(settings_, Log());
     RegistrationClient lonely(client, nowhere, *own,
-                              {.has_registry = [&](bool has) { ++(has ? yes : no); }});
+                              {.has_registry = [&](bool has) { ++(has ? yes : no); }}, Log());
     lonely.start();
     EXPECT_TRUE(wait_until([&] { return no >= 1; }));
     EXPECT_EQ(yes, 1);

@@ -8,16 +8,14 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <nlohmann/json.hpp>
-#include <spdlog/sinks/ostream_sink.h>
-#include <spdlog/spdlog.h>
 
 #include "records/record_text.h"
 #include "registration/retry_pause.h"
@@ -43,38 +41,43 @@ ClientAnswer answered(int status)
 
 const ClientAnswer unreachable{.why = "connection refused"};
 
-/// What is logged as long as it exists.
+/// What is logged.
 class LogText
 {
 public:
-    LogText()
-    {
-        spdlog::set_default_logger(std::make_shared<spdlog::logger>(
-            "test", std::make_shared<spdlog::sinks::ostream_sink_mt>(text_)));
-    }
-    ~LogText() { spdlog::set_default_logger(before_); }
+    LogText() = default;
     LogText(const LogText&) = delete;
     LogText& operator=(const LogText&) = delete;
 
+    Log log()
+    {
+        return {LogLevel::info, [this](LogLevel /*level*/, std::string_view line) {
+                    if (keeps_)
+                        text_.append(line) += '\n';
+                }};
+    }
+
+    /// What was logged before is not kept: some tests measure the memory of the registration.
+    void keep() { keeps_ = true; }
+
     std::size_t count(const std::string& words) const
     {
-        const std::string text = text_.str();
         std::size_t count = 0;
-        for (auto at = text.find(words); at != std::string::npos; at = text.find(words, at + 1))
+        for (auto at = text_.find(words); at != std::string::npos; at = text_.find(words, at + 1))
             ++count;
         return count;
     }
 
+    const std::string& text() const { return text_; }
+
 private:
-    const std::shared_ptr<spdlog::logger> before_ = spdlog::default_logger();
-    std::ostringstream text_;
+    bool keeps_ = false;
+    std::string text_;
 };
 
 class RegistrationTest : public testing::Test
 {
 protected:
-    RegistrationTest() { spdlog::set_level(spdlog::level::off); }
-
     /// "POST http://.../resource"; "" if nothing was sent.
     std::string next_request() const
     {
@@ -154,7 +157,8 @@ protected:
     std::deque<Sent> sent_;
     int searches_ = 0;
     std::vector<bool> has_registry_;
-    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_tai_; }};
+    LogText log_;
+    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_tai_; }, Log()};
     Registration registration_{instrument_,
                                {.now = [this] { return now_; },
                                 .random = [] { return 0.5; },
@@ -164,7 +168,8 @@ protected:
                                     },
                                 .search = [this] { ++searches_; },
                                 .has_registry = [this](bool yes) { has_registry_.push_back(yes); },
-                                .ca_file = "ca.pem"}};
+                                .ca_file = "ca.pem"},
+                               log_.log()};
 };
 
 TEST_F(RegistrationTest, PostsParentsFirst)
@@ -212,23 +217,23 @@ TEST_F(RegistrationTest, PostsWhatTheNodeApiServes)
 
 TEST_F(RegistrationTest, AFoundRegistryThatHearsOfLoopbackIsWarnedOfOnce)
 {
-    const LogText log;
+    log_.keep();
     registration_.start();
     registration_.found({{"http://here.local:80/x-nmos/registration/v1.2", "127.0.0.1", 0, "mDNS"},
                          {first, "192.0.2.1", 1, "mDNS"},
                          {second, "192.0.2.2", 2, "mDNS"}});
     const std::string warning = "others hear of http://127.0.0.1:3000/ from ";
-    EXPECT_EQ(log.count(warning), 0U);
+    EXPECT_EQ(log_.count(warning), 0U);
     answer(500);
-    EXPECT_EQ(log.count(warning + first), 1U);
+    EXPECT_EQ(log_.count(warning + first), 1U);
     answer(500);
     EXPECT_EQ(next_request(), "POST " + second + "/resource");
-    EXPECT_EQ(log.count(warning), 1U);
+    EXPECT_EQ(log_.count(warning), 1U);
 }
 
 TEST_F(RegistrationTest, TheSameFailureIsLoggedOnce)
 {
-    const LogText log;
+    log_.keep();
     registration_.start();
     const auto fail_once_more = [this](const ClientAnswer& failure) {
         pass(30s);
@@ -237,12 +242,12 @@ TEST_F(RegistrationTest, TheSameFailureIsLoggedOnce)
     };
     fail_once_more({.why = "failed to connect after 3 ms"});
     fail_once_more({.why = "failed to connect after 12 ms"});
-    EXPECT_EQ(log.count("cannot be used"), 1U);
+    EXPECT_EQ(log_.count("cannot be used"), 1U);
     fail_once_more({.status = 500, .body = "at 10:00"});
     fail_once_more({.status = 500, .body = "at 10:01"});
-    EXPECT_EQ(log.count("cannot be used"), 2U);
+    EXPECT_EQ(log_.count("cannot be used"), 2U);
     fail_once_more({.status = 503});
-    EXPECT_EQ(log.count("cannot be used"), 3U);
+    EXPECT_EQ(log_.count("cannot be used"), 3U);
 }
 
 TEST_F(RegistrationTest, HiddenResourcesAreNotRegistered)
@@ -250,7 +255,12 @@ TEST_F(RegistrationTest, HiddenResourcesAreNotRegistered)
     Configuration configuration;
     configuration.streams.senders = SenderStreams::stream_1;
     configuration.streams.receiver_essences = Essences::video_only;
-    const Instrument instrument(configuration, NodeAddress(), [] { return TaiTime{1000, 0}; });
+    const Instrument instrument(
+        configuration, NodeAddress(),
+        [] {
+            return TaiTime{1000, 0};
+        },
+        Log());
     std::vector<std::string_view> types;
     for (const NodeResource& resource : instrument.shown_resources())
         types.push_back(plural_of(resource.type));
@@ -525,10 +535,7 @@ TEST_F(RegistrationTest, EachRegistryIsTriedOnceInARound)
 /// In the log, which would grow for ever.
 TEST_F(RegistrationTest, ManyDeadRegistriesAreToldOfOnce)
 {
-    std::ostringstream log;
-    const auto before = spdlog::default_logger();
-    spdlog::set_default_logger(std::make_shared<spdlog::logger>(
-        "test", std::make_shared<spdlog::sinks::ostream_sink_st>(log)));
+    log_.keep();
     std::vector<std::string> urls;
     urls.reserve(300);
     for (int i = 0; i < 300; ++i)
@@ -537,14 +544,13 @@ TEST_F(RegistrationTest, ManyDeadRegistriesAreToldOfOnce)
     find(urls);
     for (int i = 0; i < 300; ++i)
         answer(unreachable);
-    const std::string told = log.str();
+    const std::string told = log_.text();
     EXPECT_NE(told.find("registry http://192.0.2.1:8299 cannot be used"), std::string::npos);
     pass(2s);
     find(urls);
     for (int i = 0; i < 300; ++i)
         answer(unreachable);
-    spdlog::set_default_logger(before);
-    EXPECT_EQ(log.str(), told);
+    EXPECT_EQ(log_.text(), told);
 }
 
 TEST_F(RegistrationTest, ANewRegistryEndsThePause)

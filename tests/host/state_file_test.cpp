@@ -12,7 +12,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <spdlog/spdlog.h>
 
 #include "support/temporary_folder.h"
 #include "text/whole_file.h"
@@ -25,11 +24,7 @@ using testing::HasSubstr;
 class StateFileTest : public testing::Test
 {
 protected:
-    StateFileTest()
-    {
-        spdlog::set_level(spdlog::level::off);
-        std::filesystem::create_directory(present_);
-    }
+    StateFileTest() { std::filesystem::create_directory(present_); }
 
     void change(int port)
     {
@@ -64,12 +59,12 @@ protected:
     const std::filesystem::path present_ = folder_.path() / "present";
     const std::filesystem::path away_ = folder_.path() / "away";
     const std::string file_ = present_ / "state";
-    Instrument instrument_{Configuration(), NodeAddress(), [] { return TaiTime{1000, 0}; }};
+    Instrument instrument_{Configuration(), NodeAddress(), [] { return TaiTime{1000, 0}; }, Log()};
 };
 
 TEST_F(StateFileTest, TriesAgainUntilTheChangeIsSaved)
 {
-    StateFile state_file(ReplacedFile(file_), instrument_);
+    StateFile state_file(ReplacedFile(file_), instrument_, Log());
     instrument_.listen({[&] { state_file.changed(); }, {}});
     EXPECT_EQ(content(), expected());
     change(6000);
@@ -95,7 +90,7 @@ TEST_F(StateFileTest, TriesOnceMoreAtTheEnd)
 {
     StateFilePatience patience;
     patience.first_pause = patience.longest_pause = std::chrono::hours(1);
-    StateFile state_file(ReplacedFile(file_), instrument_, patience);
+    StateFile state_file(ReplacedFile(file_), instrument_, Log(), patience);
     instrument_.listen({[&] { state_file.changed(); }, {}});
     std::filesystem::rename(present_, away_);
     change(6001);
@@ -108,7 +103,7 @@ TEST_F(StateFileTest, TriesOnceMoreAtTheEnd)
 
 TEST_F(StateFileTest, TellsAtTheEndWhatIsNotSaved)
 {
-    StateFile state_file(ReplacedFile(file_), instrument_);
+    StateFile state_file(ReplacedFile(file_), instrument_, Log());
     instrument_.listen({[&] { state_file.changed(); }, {}});
     std::filesystem::rename(present_, away_);
     change(6001);
@@ -119,7 +114,7 @@ TEST_F(StateFileTest, TellsAtTheEndWhatIsNotSaved)
 
 TEST_F(StateFileTest, AnAnswerThatThrowsEndsNothing)
 {
-    StateFile state_file(ReplacedFile(file_), instrument_);
+    StateFile state_file(ReplacedFile(file_), instrument_, Log());
     instrument_.listen({[&] { state_file.changed(); }, {}});
     std::filesystem::rename(present_, away_);
     // The thread of the state file cannot begin before the instrument is free again.

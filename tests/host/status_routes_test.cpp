@@ -81,10 +81,10 @@ protected:
         return all;
     }
 
-    Instrument instrument_{Configuration(), NodeAddress(), tai_now};
-    HttpClient client_;
+    Instrument instrument_{Configuration(), NodeAddress(), tai_now, Log()};
+    HttpClient client_{Log()};
     ManifestFetcher manifests_{client_, ManifestHosts({}, {0x7f000000, 8}, {})};
-    ClientLog log_;
+    ClientLog log_{Log()};
     RequestCounts counts_{all_routes().paths()};
     RecentRefusals refusals_;
 };

@@ -9,10 +9,8 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
-
-#include <spdlog/sinks/stdout_sinks.h>
-#include <spdlog/spdlog.h>
 
 #include "discovery/discovery.h"
 
@@ -41,14 +39,33 @@ void print(const std::vector<Registry>& registries)
     std::cout << line << std::endl;
 }
 
+const char* name_of(LogLevel level)
+{
+    switch (level) {
+    case LogLevel::debug:
+        return "debug";
+    case LogLevel::info:
+        return "info";
+    case LogLevel::warning:
+        return "warning";
+    case LogLevel::error:
+        break;
+    }
+    return "error";
+}
+
+void write_line(LogLevel level, std::string_view line)
+{
+    std::cerr << '[' << name_of(level) << "] " << line << std::endl;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    spdlog::set_default_logger(spdlog::stderr_logger_mt("watch"));
-    spdlog::set_level(spdlog::level::debug);
-    Discovery discovery(options_of(argc, argv), print);
+    const Log log(LogLevel::debug, write_line);
+    Discovery discovery(options_of(argc, argv), log, print);
     for (std::string line; std::getline(std::cin, line);)
         discovery.search();
-    spdlog::info("ending");
+    log.info("ending");
 }
