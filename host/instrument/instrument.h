@@ -89,6 +89,9 @@ public:
     /// Where the texts say that it is reached.
     NodeAddress address();
 
+    /// The same before anybody has seen it: the versions stay.
+    void begin_at(const NodeAddress& address);
+
     /// From now on all texts name another address; the resources that do have new versions. If it
     /// throws, for want of memory, nothing has changed.
     void move_to(const NodeAddress& address);

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "configuration/configuration.h"
+#include "http/all_signals_blocked.h"
 #include "http/error_response.h"
 #include "http/interface_binding.h"
 #include "instrument/instrument.h"
@@ -84,7 +85,11 @@ class Instrument::Inside
 public:
     Inside(const std::function<std::unique_ptr<host::Instrument>(const host::Log&)>& make,
            const Options& options, const Callbacks& callbacks);
-    ~Inside() { stop(); }
+    ~Inside()
+    {
+        stop();
+        log_.end(); // a thread that was left behind may still have it
+    }
 
     Inside(const Inside&) = delete;
     Inside& operator=(const Inside&) = delete;
@@ -96,8 +101,8 @@ public:
     void answer(const HttpRequest& request, std::function<void(HttpAnswer)> reply);
 
 private:
-    bool find_address(const std::function<bool()>& wait);
-    void be_at(const std::string& address, const std::optional<host::ListeningSocket>& socket);
+    bool find_address(const host::AddressSource& source, const std::function<bool()>& wait);
+    void be_at(const std::string& address, int port);
     void run(const std::optional<host::ReplacedFile>& file,
              std::optional<host::ListeningSocket> socket, const host::ListenAt& place);
     bool end();
@@ -159,6 +164,7 @@ void Instrument::Inside::tell_of_change()
 bool Instrument::Inside::start(const std::function<bool()>& wait)
 {
     const std::lock_guard lock(lifecycle_);
+    const host::AllSignalsBlocked inherited_by_threads;
     if (is_running_)
         throw std::logic_error("the instrument runs already");
     const host::ServerSettings server = instrument_->configuration().server;
@@ -169,9 +175,9 @@ bool Instrument::Inside::start(const std::function<bool()>& wait)
     const std::optional<host::ReplacedFile> file = open_state_file(options_.state_file);
     std::optional<host::ListeningSocket> socket;
     if (options_.http_server)
-        socket = host::listen(reach.listen, static_cast<std::uint16_t>(server.port),
-                              options_.first_free_port ? host::IfPortInUse::take_next_free_one
-                                                       : host::IfPortInUse::give_up);
+        socket.emplace(host::listen(reach.listen, static_cast<std::uint16_t>(server.port),
+                                    options_.first_free_port ? host::IfPortInUse::take_next_free_one
+                                                             : host::IfPortInUse::give_up));
     followed_.emplace(reach.address, log_);
     if (!find_address(reach.address, wait))
         return false;
@@ -291,6 +297,104 @@ void Instrument::Inside::answer(const HttpRequest& request, std::function<void(H
     host::HttpRequest asked = host::request_of(request);
     node_->handle(asked,
                   [lasting](host::HttpResponse response) { lasting->give(std::move(response)); });
+}
+
+namespace {
+
+host::Configuration read_configuration(const std::string& text, const Options& options)
+{
+    try {
+        return host::parse_configuration(text, options.configuration_name.empty()
+                                                   ? "configuration"
+                                                   : options.configuration_name);
+    } catch (const host::ConfigurationRefused& error) {
+        throw std::invalid_argument(error.what());
+    }
+}
+
+host::ApplyConnection apply_connection_of(const Callbacks& callbacks)
+{
+    if (!callbacks.apply_connection)
+        return {};
+    return [apply = callbacks.apply_connection](const host::ConnectionKey& key,
+                                                const CONNECTION_HALF_IS05_ST& active) {
+        const auto side =
+            key.side == host::Side::sender ? Connection::Side::sender : Connection::Side::receiver;
+        Outcome outcome = apply({side, static_cast<int>(key.index)}, active);
+        return host::ApplyOutcome{outcome.is_applied, std::move(outcome.reason)};
+    };
+}
+
+std::unique_ptr<host::Instrument> make_instrument(host::FilledRecords filled,
+                                                  const host::NodeAddress& address,
+                                                  const Options& options,
+                                                  const Callbacks& callbacks, const host::Log& log)
+{
+    const host::AllSignalsBlocked inherited_by_threads;
+    return std::make_unique<host::Instrument>(
+        std::move(filled), address, host::tai_now, log,
+        host::HardwareOptions{apply_connection_of(callbacks), options.apply_deadline},
+        std::chrono::steady_clock::now,
+        options.as_is ? host::Presentation::as_is : host::Presentation::conforming);
+}
+
+} // namespace
+
+Instrument::Instrument(const std::string& configuration, const Options& options,
+                       const Callbacks& callbacks)
+{
+    const host::Configuration read = read_configuration(configuration, options);
+    const host::NodeAddress address = host::configured_address(read.server);
+    inside_ = std::make_unique<Inside>(
+        [&](const host::Log& log) {
+            return make_instrument(host::filled_records(read, address, host::tai_now()), address,
+                                   options, callbacks, log);
+        },
+        options, callbacks);
+}
+
+Instrument::Instrument(const FilledRecords& records, const std::string& configuration,
+                       const Options& options, const Callbacks& callbacks)
+{
+    const host::Configuration rest = read_configuration(configuration, options);
+    const host::NodeAddress address = host::configured_address(rest.server);
+    const host::StreamSelection selection{records.receiver_filter, records.audio_group_filter,
+                                          records.sender_filter};
+    inside_ = std::make_unique<Inside>(
+        [&](const host::Log& log) {
+            return make_instrument(host::adopt_records(records.node, records.connections,
+                                                       records.settings, selection, rest, address,
+                                                       host::tai_now()),
+                                   address, options, callbacks, log);
+        },
+        options, callbacks);
+}
+
+Instrument::~Instrument() = default;
+
+bool Instrument::start(const std::function<bool()>& wait)
+{
+    return inside_->start(wait);
+}
+
+bool Instrument::stop()
+{
+    return inside_->stop();
+}
+
+std::string Instrument::url() const
+{
+    return inside_->url();
+}
+
+void Instrument::records(const std::function<void(Records& records)>& use)
+{
+    inside_->records(use);
+}
+
+void Instrument::answer(const HttpRequest& request, std::function<void(HttpAnswer)> reply)
+{
+    inside_->answer(request, std::move(reply));
 }
 
 } // namespace nmos_instrument_host
