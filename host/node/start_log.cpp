@@ -61,8 +61,8 @@ void log_start(const Log& log, Instrument& instrument, const StartedFrom& from)
 void log_reach(const Log& log, const ListenAt& listen, Instrument& instrument)
 {
     if (is_loopback(listen.address))
-        log.info("only this machine can reach {}: serve --listen eth0, or \"listen\" in the "
-                 "configuration, is for a network",
+        log.info("only this machine can reach {}: \"listen\" in the configuration, or serve "
+                 "--listen eth0, is for a network",
                  listen.address);
     const std::string announced = announced_by(instrument.configuration());
     const NodeAddress address = instrument.address();
