@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "nmos_instrument_host/instrument.h"
+#include <nmos_instrument_host/instrument.h>
 
 #include <atomic>
 #include <chrono>

@@ -5,9 +5,9 @@
 
 #include <vector>
 
-#include "nmos_instrument_host/http.h"
 #include "routes/router.h"
 #include "routes/static_file.h"
+#include <nmos_instrument_host/http.h>
 
 namespace nmos_instrument::host {
 

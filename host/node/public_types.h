@@ -7,8 +7,8 @@
 
 #include "http/message.h"
 #include "log/log.h"
-#include "nmos_instrument_host/instrument.h"
 #include "node/running_node.h"
+#include <nmos_instrument_host/instrument.h>
 
 namespace nmos_instrument::host {
 

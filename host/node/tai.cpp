@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "nmos_instrument_host/tai.h"
+#include <nmos_instrument_host/tai.h>
 
 #include "time/tai_clock.h"
 

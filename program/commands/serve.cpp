@@ -19,7 +19,7 @@
 #include "log/instrument_log.h"
 #include "log/patient_output.h"
 #include "log/program_log.h"
-#include "nmos_instrument_host/instrument.h"
+#include <nmos_instrument_host/instrument.h>
 
 namespace nmos_instrument::program {
 namespace {

@@ -11,8 +11,8 @@
 #include "commands/configuration_options.h"
 #include "commands/exit_status.h"
 #include "configuration/configuration.h"
-#include "nmos_instrument_host/instrument.h"
 #include "text/ipv4_network.h"
+#include <nmos_instrument_host/instrument.h>
 
 namespace nmos_instrument::program {
 

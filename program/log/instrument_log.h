@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "nmos_instrument_host/instrument.h"
+#include <nmos_instrument_host/instrument.h>
 
 namespace nmos_instrument::program {
 

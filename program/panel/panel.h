@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "nmos_instrument_host/http.h"
+#include <nmos_instrument_host/http.h>
 
 namespace nmos_instrument::program {
 
