@@ -2,7 +2,6 @@
 
 #include "instrument/instrument.h"
 
-#include <algorithm>
 #include <exception>
 #include <new>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "connection/activate_staged.h"
 #include "connection/activation_request.h"
 #include "connection/validate_patch.h"
+#include "instrument/resource_texts.h"
 #include "instrument/unfinished_change.h"
 #include "records/record_text.h"
 #include "records/resource_version.h"
@@ -106,25 +106,39 @@ void add_line(std::vector<std::string>& lines, std::string (*make_line)(const Ac
 Instrument::Instrument(const Configuration& configuration, const NodeAddress& address, Clock clock,
                        Log log, ApplyToMedia apply_to_media, SteadyClock steady_clock,
                        Presentation presentation)
-    : configuration_(configuration),
-      clock_(std::move(clock)),
+    : Instrument(filled_records(configuration, address, clock()), address, clock, std::move(log),
+                 std::move(apply_to_media), std::move(steady_clock), presentation)
+{}
+
+Instrument::Instrument(FilledRecords filled, const NodeAddress& address, Clock clock, Log log,
+                       ApplyToMedia apply_to_media, SteadyClock steady_clock,
+                       Presentation presentation)
+    : clock_(std::move(clock)),
       log_(std::move(log)),
       apply_to_media_(std::move(apply_to_media)),
       steady_clock_(std::move(steady_clock)),
+      presentation_(presentation),
+      configuration_(std::move(filled.configuration)),
       address_(address),
-      records_(make_records(configuration, address, clock_())),
+      records_(std::move(filled.records)),
       index_(*records_),
-      conformance_(presentation, configuration_, records_->node),
-      shown_(host::shown_resources(*records_))
+      conformance_(
+          std::make_shared<const Conformance>(presentation, configuration_, records_->node)),
+      shown_(host::shown_resources(*records_)),
+      ids_(connection_ids(records_->node)),
+      facts_(facts_about_all(configuration_, records_->node))
+{}
+
+Configuration Instrument::configuration() const
 {
-    const auto add_facts = [this](Side side, std::int32_t count) {
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            const ConnectionKey key{side, i};
-            facts_[key] = facts_about(configuration_, records_->node, key);
-        }
-    };
-    add_facts(Side::sender, records_->node.senders_count);
-    add_facts(Side::receiver, records_->node.receivers_count);
+    const std::lock_guard lock(mutex_);
+    return configuration_;
+}
+
+SdpReceiver Instrument::sdp_receiver(std::size_t receiver) const
+{
+    const std::lock_guard lock(mutex_);
+    return facts_.at({Side::receiver, receiver}).sdp;
 }
 
 std::string Instrument::sdp_file(std::size_t sender)
@@ -305,11 +319,9 @@ void Instrument::follow_activation(const ConnectionKey& key, const CONNECTION_HA
     advertisement_.update_txt_ver_snd();
 }
 
-/// RFC 4566 5.2 recommends a time and requires that the number increases.
 void Instrument::raise_sdp_version(std::size_t sender, const TaiTime& now)
 {
-    std::uint64_t& version = records_->sdp_sessions[sender].version;
-    version = std::min(std::max(version + 1, now.seconds), last_sdp_version);
+    raise_version(records_->sdp_sessions[sender], now);
 }
 
 NextDue Instrument::next_due()
@@ -402,9 +414,7 @@ CONNECTION_IS05_ST& Instrument::connection(const ConnectionKey& key)
 /// Ids never change: no lock is needed.
 std::string Instrument::id_of(const ConnectionKey& key) const
 {
-    const NMOS_IS04_ST& node = records_->node;
-    return std::string(text_of(key.side == Side::sender ? node.senders[key.index].id
-                                                        : node.receivers[key.index].id));
+    return ids_.at(key);
 }
 
 std::string Instrument::resource_name(const ConnectionKey& key) const
@@ -440,11 +450,7 @@ std::string Instrument::staged_body_with(const ConnectionKey& key,
 
 std::string Instrument::sdp_text(std::size_t sender)
 {
-    set_sdp_session(*records_, sender);
-    NMOS_IS05_ST& connections = records_->connections;
-    return conformance_.sdp(ConnectionApi().make_single_senderid_sdp(
-                                &connections, static_cast<int>(sender), &records_->settings),
-                            essence_of_sender(sender), connections.senders[sender].active);
+    return host::sdp_text(*records_, *conformance_, sender);
 }
 
 } // namespace nmos_instrument::host

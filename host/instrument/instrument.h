@@ -23,12 +23,14 @@
 #include "connection/connection_patch.h"
 #include "connection/stage_patch.h"
 #include "instrument/activations.h"
+#include "instrument/adopt_records.h"
 #include "instrument/change_outcome.h"
 #include "instrument/node_resource.h"
 #include "instrument/saved_state.h"
 #include "log/log.h"
 #include "records/addresses.h"
 #include "records/fill_records.h"
+#include "records/record_findings.h"
 #include "records/resource_index.h"
 #include "time/tai_time.h"
 
@@ -67,15 +69,19 @@ public:
                SteadyClock steady_clock = std::chrono::steady_clock::now,
                Presentation presentation = Presentation::conforming);
 
-    const Configuration& configuration() const { return configuration_; }
-    const ResourceIndex& index() const { return index_; }
-    const Conformance& conformance() const { return conformance_; }
+    /// The same of records that fit their configuration already. `clock` has given their versions.
+    Instrument(FilledRecords filled, const NodeAddress& address, Clock clock, Log log,
+               ApplyToMedia apply_to_media = {},
+               SteadyClock steady_clock = std::chrono::steady_clock::now,
+               Presentation presentation = Presentation::conforming);
 
-    /// Which SDP files the receiver at this position takes. It never changes.
-    const SdpReceiver& sdp_receiver(std::size_t receiver) const
-    {
-        return facts_.at({Side::receiver, receiver}).sdp;
-    }
+    /// As the records are now: change_records changes it.
+    Configuration configuration() const;
+
+    const ResourceIndex& index() const { return index_; }
+
+    /// Which SDP files the receiver at this position takes now.
+    SdpReceiver sdp_receiver(std::size_t receiver) const;
 
     /// Calls `reader` with the records, under the lock. It must not change them: the reference is
     /// not const only because the library's operations take pointers that are not.
@@ -85,6 +91,30 @@ public:
         const std::lock_guard lock(mutex_);
         return reader(*records_);
     }
+
+    /// The same with the corrections of the texts that are made of these records; they may be used
+    /// without the lock.
+    template <class Reader>
+    auto read_with_conformance(Reader&& reader)
+    {
+        const std::lock_guard lock(mutex_);
+        return reader(*records_, conformance_);
+    }
+
+    /// Calls `change` with the records, under the lock, and puts in force what it has written there:
+    /// every resource that reads differently has a new version, its kind is counted once, and the
+    /// SDP files that read differently have new session versions. So has a sender or receiver whose
+    /// active half or SDP file reads differently. `change` must not call back.
+    ///
+    /// What belongs to the instrument stays as it is, whatever `change` writes there: versions, SDP
+    /// sessions, subscriptions (which follow the active halves), and the "activation" of staged
+    /// halves.
+    ///
+    /// Throws std::invalid_argument, with a line for each finding, when the records cannot be used
+    /// (see configuration_of), or when something has changed that cannot while it runs: counts and
+    /// ids of resources, what belongs to what, selectors, where it is reached, the staged half of a
+    /// connection that is locked. Then, and when `change` throws, nothing has changed.
+    void change_records(const std::function<void(Records&)>& change);
 
     /// Where the texts say that it is reached.
     NodeAddress address();
@@ -139,7 +169,8 @@ public:
     std::size_t count_known(const SavedState& saved) const;
 
     /// Restores the saved state of all resources that this configuration has. Returns one line for
-    /// each thing that could not be restored as it was. Call it before any change.
+    /// each thing that could not be restored as it was. Call it before any change but those of
+    /// change_records: a resource that reads as it did when it was saved keeps its version.
     std::vector<std::string> restore(const SavedState& saved);
 
     /// Called without the lock, from the thread that made the change. Set them before any change.
@@ -160,7 +191,6 @@ private:
     std::string staged_body(NMOS_IS05_ST& connections, const ConnectionKey& key) const;
     std::string staged_body_with(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& staged);
     std::string sdp_text(std::size_t sender);
-    std::uint64_t sdp_hash(std::size_t sender);
 
     // The ways in which a change can end, under the lock.
     std::optional<ChangeOutcome> refusal_if_scheduled(const ConnectionKey& key) const;
@@ -188,6 +218,10 @@ private:
     bool stamp_versions();
     void move_locked(const NodeAddress& address);
 
+    // What somebody else has changed in the records, under the lock.
+    bool change_records_locked(const std::function<void(Records&)>& change);
+    void check_locked_halves(const Records& next, RecordFindings& findings) const;
+
     // The parts of a saved state, put back into the records, under the lock.
     void restore_connections(const SavedState& saved, std::vector<std::string>& messages);
     void restore_side(Side side, const std::map<std::string, SavedConnection>& saved,
@@ -196,23 +230,23 @@ private:
     void restore_versions(const std::map<std::string, SavedResource>& saved);
     void restore_sdp_versions(const std::map<std::string, SavedConnection>& saved);
 
-    template <class Visit>
-    void visit_resources(Visit&& visit);
-
-    const Configuration configuration_;
     const Clock clock_;
     const Log log_;
     const ApplyToMedia apply_to_media_;
     const SteadyClock steady_clock_;
     Listeners listeners_;
 
-    std::mutex mutex_;
+    const Presentation presentation_;
+
+    mutable std::mutex mutex_;
+    Configuration configuration_; ///< what the records say, and what no record does
     NodeAddress address_;
     const std::unique_ptr<Records> records_;
     const ResourceIndex index_;
-    const Conformance conformance_;
+    std::shared_ptr<const Conformance> conformance_; ///< of the records as they are
     const std::vector<NodeResource> shown_;
-    std::map<ConnectionKey, ConnectionFacts> facts_; ///< of all that the node has; never change
+    const std::map<ConnectionKey, std::string> ids_; ///< of all that the node has
+    std::map<ConnectionKey, ConnectionFacts> facts_; ///< of the same, as the records are
     Activations activations_;
     Nmos advertisement_; ///< its counters say how often each kind of resource has changed
 };

@@ -67,7 +67,7 @@ RunningNode::RunningNode(const ServedAs& served, std::optional<ListeningSocket> 
                                               instrument.address().host, log_)),
       events_(watched_paths(instrument), [this](const std::string& path) { return read(path); })
 {
-    const RegistrationSettings& registration = instrument.configuration().registration;
+    const RegistrationSettings registration = instrument.configuration().registration;
     if (registration.enabled) {
         registries_.emplace(registration, log_);
         registration_.emplace(

@@ -44,7 +44,7 @@ std::string announced_by(const Configuration& configuration)
 
 void log_start(const Log& log, Instrument& instrument, const StartedFrom& from)
 {
-    const auto& interfaces = instrument.configuration().interfaces;
+    const auto interfaces = instrument.configuration().interfaces;
     const std::string node_id = instrument.read(
         [](const Records& records) { return std::string(text_of(records.node.id)); });
     log.info("nmos-instrument {}.{}.{}: node {}, configuration {}, state {}, interfaces {} and {}, "
