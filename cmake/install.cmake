@@ -5,10 +5,10 @@ include(CMakePackageConfigHelpers)
 
 set(cmake_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/nmos_instrument)
 
-install(TARGETS nmos_instrument EXPORT nmos_instrument
+install(TARGETS nmos_instrument nmos_instrument_c EXPORT nmos_instrument
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY include/nmos_instrument
+install(DIRECTORY include/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 
@@ -26,7 +26,8 @@ cmake_path(SET pc_dir NORMALIZE "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 cmake_path(RELATIVE_PATH pc_dir BASE_DIRECTORY /prefix OUTPUT_VARIABLE pc_dir_below_prefix)
 string(REGEX REPLACE "[^/]+" ".." pc_dir_to_prefix ${pc_dir_below_prefix})
 configure_file(cmake/nmos-instrument.pc.in nmos-instrument.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/nmos-instrument.pc
+configure_file(cmake/nmos-instrument-c.pc.in nmos-instrument-c.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/nmos-instrument.pc ${PROJECT_BINARY_DIR}/nmos-instrument-c.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # Links between the documents keep working; those into the sources do not.
