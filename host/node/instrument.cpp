@@ -358,8 +358,9 @@ Instrument::Instrument(const FilledRecords& records, const std::string& configur
 {
     const host::Configuration rest = read_configuration(configuration, options);
     const host::NodeAddress address = host::configured_address(rest.server);
-    const host::StreamSelection selection{records.receiver_filter, records.audio_group_filter,
-                                          records.sender_filter};
+    const host::StreamSelection selection{records.selection.receiver_filter,
+                                          records.selection.audio_group_filter,
+                                          records.selection.sender_filter};
     inside_ = std::make_unique<Inside>(
         [&](const host::Log& log) {
             return make_instrument(host::adopt_records(records.node, records.connections,

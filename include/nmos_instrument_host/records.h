@@ -5,6 +5,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_RECORDS_H
 #define NMOS_INSTRUMENT_HOST_RECORDS_H
 
+#include "nmos_instrument/codes.h"
 #include "nmos_instrument/connection_state.h"
 #include "nmos_instrument/node_state.h"
 #include "nmos_instrument/system_parameters.h"
@@ -30,9 +31,7 @@ struct FilledRecords
     const NMOS_IS04_ST& node;
     const NMOS_IS05_ST& connections;
     const st_param_sys& settings;
-    int receiver_filter = 0;    ///< the selectors of NodeApi.h
-    int audio_group_filter = 2; ///< all four groups
-    int sender_filter = 1;      ///< all senders
+    nmos_instrument::Selection selection;
 };
 
 } // namespace nmos_instrument_host

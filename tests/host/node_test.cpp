@@ -23,6 +23,7 @@
 #include <gtest/gtest.h>
 
 #include "host/http_test_client.h"
+#include "nmos_instrument/default_records.h"
 #include "nmos_instrument_host/tai.h"
 #include "support/temporary_folder.h"
 
@@ -396,6 +397,53 @@ TEST(NodeTest, AStateSurvivesAndTheHardwareFollowsIt)
     EXPECT_THAT(receivers, ElementsAre(2));
     EXPECT_THAT(get(instrument, receiver_path(instrument, 2) + "/active").body,
                 HasSubstr(R"("multicast_ip":"233.252.0.1")"));
+}
+
+TEST(NodeTest, IsMadeOfRecordsOfTheHost)
+{
+    nmos_instrument::RecordsDescription about;
+    about.seed = "QX0000001";
+    about.label = "Rack 7";
+    about.interfaces[0] = {"media1", "00-00-5e-00-53-01", "192.0.2.10"};
+    about.interfaces[1] = {"media2", "00-00-5e-00-53-02", "198.51.100.10"};
+    about.address = "192.0.2.1";
+    about.grandmaster = "00-00-5e-ff-fe-00-53-01";
+    about.version_seconds = 1541234567;
+    const auto node = std::make_unique<NMOS_IS04_ST>();
+    const auto connections = std::make_unique<NMOS_IS05_ST>();
+    st_param_sys settings;
+    nmos_instrument::Selection selection;
+    ASSERT_THAT(
+        nmos_instrument::fill_default_records(about, *node, *connections, settings, selection),
+        ElementsAre());
+
+    Instrument instrument({*node, *connections, settings, selection},
+                          R"({"registration": {"enabled": false}})", without_server());
+    instrument.start();
+    const std::string self = get(instrument, "/x-nmos/node/v1.2/self").body;
+    EXPECT_THAT(self, HasSubstr(R"("label":"Rack 7")"));
+    EXPECT_THAT(self, HasSubstr(std::string(R"("id":")") + node->id + '"'));
+    EXPECT_THAT(self, HasSubstr(R"("href":"http://127.0.0.1:3000/")")); // the host's
+    EXPECT_EQ(
+        get(instrument, std::string("/x-nmos/node/v1.2/senders/") + node->senders[0].id).status,
+        200);
+    EXPECT_EQ(
+        get(instrument, std::string("/x-nmos/node/v1.2/senders/") + node->senders[1].id).status,
+        404); // the selection hides it
+    EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 200);
+}
+
+TEST(NodeTest, SaysWhatIsWrongWithRecords)
+{
+    const auto node = std::make_unique<NMOS_IS04_ST>(); // all zero
+    const auto connections = std::make_unique<NMOS_IS05_ST>();
+    const st_param_sys settings{};
+    try {
+        Instrument({*node, *connections, settings, {}}, "{}");
+        FAIL() << "they were taken";
+    } catch (const std::invalid_argument& error) {
+        EXPECT_THAT(error.what(), HasSubstr("id is \"\", it must be a UUID in lower case"));
+    }
 }
 
 TEST(NodeTest, TellsTheTimeAsTai)
