@@ -53,6 +53,13 @@ void set_interface(CONNECTION_HALF_IS05_ST& half, const Configuration& configura
     }
 }
 
+/// An id without its NUL is for check_record to find.
+void follow(const CONNECTION_HALF_IS05_ST& active, Side side, SUBSCRIPTION_IS04_ST& subscription)
+{
+    if (text_of(active.peer_id).size() < sizeof active.peer_id)
+        subscription = subscription_of(active, side);
+}
+
 /// What is not known before all is found to be right.
 void finish(FilledRecords& filled, const TaiTime& now)
 {
@@ -73,7 +80,6 @@ void finish(FilledRecords& filled, const TaiTime& now)
         set_activation(receiver.staged, ActivationTexts());
     }
     set_sdp_session(records, 0);
-    follow_connections(records);
 }
 
 } // namespace
@@ -103,6 +109,7 @@ FilledRecords adopt_records(const NMOS_IS04_ST& node, const NMOS_IS05_ST& connec
     const std::string any_session = "0"; // until the ids are known to be right
     set_text(records.connections.sdp_session_id, any_session);
     set_text(records.connections.sdp_session_version, any_session);
+    follow_connections(records);
     filled.configuration = configuration_of(records, rest);
     finish(filled, now);
     return filled;
@@ -111,15 +118,15 @@ FilledRecords adopt_records(const NMOS_IS04_ST& node, const NMOS_IS05_ST& connec
 void follow_connections(Records& records)
 {
     NMOS_IS04_ST& node = records.node;
+    const NMOS_IS05_ST& connections = records.connections;
     for (std::size_t i = 0; i < sender_count; ++i) {
         if (has_sender(node, i))
-            node.senders[i].subscription[0] =
-                subscription_of(records.connections.senders[i].active, Side::sender);
+            follow(connections.senders[i].active, Side::sender, node.senders[i].subscription[0]);
     }
     for (std::size_t i = 0; i < receiver_count; ++i) {
         if (has_receiver(node, i))
-            node.receivers[i].subscription[0] =
-                subscription_of(records.connections.receivers[i].active, Side::receiver);
+            follow(connections.receivers[i].active, Side::receiver,
+                   node.receivers[i].subscription[0]);
     }
 }
 

@@ -46,54 +46,54 @@ public:
 
     void check_counts()
     {
-        number("sources_count", before_.sources_count, after_.sources_count);
-        number("flows_count", before_.flows_count, after_.flows_count);
-        number("devices_count", before_.devices_count, after_.devices_count);
-        number("senders_count", before_.senders_count, after_.senders_count);
-        number("receivers_count", before_.receivers_count, after_.receivers_count);
+        number("node.sources_count", before_.sources_count, after_.sources_count);
+        number("node.flows_count", before_.flows_count, after_.flows_count);
+        number("node.devices_count", before_.devices_count, after_.devices_count);
+        number("node.senders_count", before_.senders_count, after_.senders_count);
+        number("node.receivers_count", before_.receivers_count, after_.receivers_count);
         const DEVICE_IS04_ST& device = before_.devices[0];
-        number("devices[0].sender_ids_count", device.sender_ids_count,
+        number("node.devices[0].sender_ids_count", device.sender_ids_count,
                after_.devices[0].sender_ids_count);
-        number("devices[0].receiver_ids_count", device.receiver_ids_count,
+        number("node.devices[0].receiver_ids_count", device.receiver_ids_count,
                after_.devices[0].receiver_ids_count);
     }
 
     void check_node()
     {
-        text("id", before_.id, after_.id);
-        text("href", before_.href, after_.href);
+        text("node.id", before_.id, after_.id);
+        text("node.href", before_.href, after_.href);
         const ENDPOINT_IS04_ST& endpoint = before_.endpoints[0];
-        text("endpoints[0].host", endpoint.host, after_.endpoints[0].host);
-        number("endpoints[0].port", endpoint.port, after_.endpoints[0].port);
-        text("endpoints[0].protocol", endpoint.protocol, after_.endpoints[0].protocol);
+        text("node.endpoints[0].host", endpoint.host, after_.endpoints[0].host);
+        number("node.endpoints[0].port", endpoint.port, after_.endpoints[0].port);
+        text("node.endpoints[0].protocol", endpoint.protocol, after_.endpoints[0].protocol);
     }
 
     void check_device()
     {
         const DEVICE_IS04_ST& before = before_.devices[0];
         const DEVICE_IS04_ST& after = after_.devices[0];
-        text("devices[0].id", before.id, after.id);
-        text("devices[0].node_id", before.node_id, after.node_id);
-        text("devices[0].controls[0].href", before.controls[0].href, after.controls[0].href);
+        text("node.devices[0].id", before.id, after.id);
+        text("node.devices[0].node_id", before.node_id, after.node_id);
+        text("node.devices[0].controls[0].href", before.controls[0].href, after.controls[0].href);
         for (std::size_t i = 0; i < std::size(before.senders); ++i)
-            text(path_of("devices[0].senders", i), before.senders[i], after.senders[i]);
+            text(path_of("node.devices[0].senders", i), before.senders[i], after.senders[i]);
         for (std::size_t i = 0; i < std::size(before.receivers); ++i)
-            text(path_of("devices[0].receivers", i), before.receivers[i], after.receivers[i]);
+            text(path_of("node.devices[0].receivers", i), before.receivers[i], after.receivers[i]);
     }
 
     void check_resources()
     {
-        members("sources", before_.sources, after_.sources);
-        members("flows", before_.flows, after_.flows);
-        members("senders", before_.senders, after_.senders);
-        members("receivers", before_.receivers, after_.receivers);
+        members("node.sources", before_.sources, after_.sources);
+        members("node.flows", before_.flows, after_.flows);
+        members("node.senders", before_.senders, after_.senders);
+        members("node.receivers", before_.receivers, after_.receivers);
         for (std::size_t i = 0; i < std::size(before_.flows); ++i)
-            text(path_of("flows", i, ".source_id"), before_.flows[i].source_id,
+            text(path_of("node.flows", i, ".source_id"), before_.flows[i].source_id,
                  after_.flows[i].source_id);
         for (std::size_t i = 0; i < std::size(before_.senders); ++i) {
-            text(path_of("senders", i, ".flow_id"), before_.senders[i].flow_id,
+            text(path_of("node.senders", i, ".flow_id"), before_.senders[i].flow_id,
                  after_.senders[i].flow_id);
-            text(path_of("senders", i, ".manifest_href"), before_.senders[i].manifest_href,
+            text(path_of("node.senders", i, ".manifest_href"), before_.senders[i].manifest_href,
                  after_.senders[i].manifest_href);
         }
     }

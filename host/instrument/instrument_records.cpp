@@ -10,6 +10,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -138,6 +139,8 @@ private:
     std::vector<CountChange> kinds_;
 };
 
+static_assert(std::is_nothrow_swappable_v<Configuration>, "a change is put in force as a whole");
+
 } // namespace
 
 void Instrument::change_records(const std::function<void(Records&)>& change)
@@ -157,6 +160,7 @@ bool Instrument::change_records_locked(const std::function<void(Records&)>& chan
     const auto next = std::make_unique<Records>(*records_);
     change(*next);
     put_back_own(*records_, *next);
+    follow_connections(*next);
     if (!may_differ(*records_, *next))
         return false;
 
@@ -167,9 +171,6 @@ bool Instrument::change_records_locked(const std::function<void(Records&)>& chan
     Configuration configuration = configuration_of(*next, configuration_);
     // Where senders send to at first, whatever controllers have made of it.
     configuration.destinations = configuration_.destinations;
-    follow_connections(*next);
-    if (!may_differ(*records_, *next))
-        return false;
 
     auto facts = facts_about_all(configuration, next->node);
     auto conformance =
@@ -203,7 +204,8 @@ void Instrument::check_locked_halves(const Records& next, RecordFindings& findin
             continue;
         if (const auto locked = refusal_if_scheduled(key))
             findings.refuse(
-                path_of(key.side == Side::sender ? "senders" : "receivers", key.index, ".staged"),
+                path_of(key.side == Side::sender ? "connections.senders" : "connections.receivers",
+                        key.index, ".staged"),
                 "changed", "is no change: " + locked->debug);
     }
 }

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "configuration/configuration_keys.h"
 #include "configuration/video_format.h"
 #include "records/record_findings.h"
 #include "records/record_shape.h"
@@ -26,20 +27,20 @@ constexpr const char* in_all_sdp_files = ", as all SDP files say";
 /// For each leg the one address of its interface, as the first connection tells it.
 using LegAddresses = std::array<std::optional<std::string>, leg_count>;
 
-/// The row of `table` that has this code; a finding and some row if none has.
+/// The row of `table` that has this code; a finding and null if none has.
 template <class Row, std::size_t N>
-const Row& row_of(const std::array<Row, N>& table, std::int16_t Row::*code, const char* path,
+const Row* row_of(const std::array<Row, N>& table, std::int16_t Row::*code, const char* path,
                   std::int16_t found, const char* unit, RecordFindings& findings)
 {
     const auto row = std::find_if(table.begin(), table.end(),
                                   [&](const Row& one) { return one.*code == found; });
     if (row != table.end())
-        return *row;
+        return &*row;
     const auto word = [&](const Row& one) {
         return std::to_string(one.*code) + " (" + std::string(one.json) + unit + ')';
     };
     findings.refuse(path, std::to_string(found), "are " + word_list(table, word));
-    return table.front();
+    return nullptr;
 }
 
 class ReadBack
@@ -54,8 +55,6 @@ public:
         result_.streams = streams_of(records_, findings_);
         check_counts(node_, result_.streams, findings_);
         findings_.expect_none(); // before anything is read up to a count
-        findings_.add(findings_in(records_));
-        findings_.expect_none();
         check_references(node_, findings_);
         read_node();
         read_clock();
@@ -65,6 +64,7 @@ public:
         read_audio();
         read_connections();
         read_labels();
+        findings_.add(findings_in(records_));
         findings_.expect_none();
         return std::move(result_);
     }
@@ -91,9 +91,9 @@ private:
             return;
         settings.traceable = clock.traceable != 0;
         settings.locked = clock.locked != 0;
-        findings_.expect_text("ptp_grandmaster_id", grandmaster,
+        findings_.expect_text("connections.ptp_grandmaster_id", grandmaster,
                               upper_case(std::string(text_of(clock.gmid))),
-                              ", clocks[0].gmid in upper case");
+                              ", node.clocks[0].gmid in upper case");
     }
 
     void read_interfaces()
@@ -125,58 +125,66 @@ private:
         // The library takes 1 for 3840x2160 too.
         const auto system = static_cast<std::int16_t>(
             settings.sdp_video_system == 1 ? 0 : settings.sdp_video_system);
-        const PictureSizeFacts& size = row_of(picture_sizes, &PictureSizeFacts::system_code,
-                                              "sdp_video_system", system, " lines", findings_);
-        const FrameRateFacts& rate =
-            row_of(frame_rates, &FrameRateFacts::rate_code, "sdp_video_frame_rate",
+        const PictureSizeFacts* const size =
+            row_of(picture_sizes, &PictureSizeFacts::system_code, "settings.sdp_video_system",
+                   system, " lines", findings_);
+        const FrameRateFacts* const rate =
+            row_of(frame_rates, &FrameRateFacts::rate_code, "settings.sdp_video_frame_rate",
                    settings.sdp_video_frame_rate, "", findings_);
-        if (rate.scan == Scan::interlaced && size.size != PictureSize::lines_1080)
-            findings_.refuse("sdp_video_frame_rate",
-                             std::to_string(rate.rate_code) + ", which is interlaced",
-                             "with " + std::string(size.json) + " lines are 0, 1, 2");
-        result_.video.lines = size.size;
-        result_.video.scan = rate.scan;
-        result_.video.frame_rate = rate.rate;
-        check_video_flow(size, rate);
+        if (size == nullptr || rate == nullptr)
+            return;
+        result_.video.lines = size->size;
+        result_.video.scan = rate->scan;
+        result_.video.frame_rate = rate->rate;
+        if (rate->scan == Scan::interlaced && size->size != PictureSize::lines_1080)
+            findings_.refuse("settings.sdp_video_frame_rate",
+                             std::to_string(rate->rate_code) + ", which is interlaced",
+                             "with " + std::string(size->json) + " lines are 0, 1, 2");
+        else
+            check_video_flow(*size, *rate);
     }
 
     /// A flow and the SDP files of its senders describe one format.
     void check_video_flow(const PictureSizeFacts& size, const FrameRateFacts& rate)
     {
-        constexpr const char* by_system = ", as sdp_video_system says";
-        constexpr const char* by_rate = ", as sdp_video_frame_rate says";
+        constexpr const char* by_system = ", as settings.sdp_video_system says";
+        constexpr const char* by_rate = ", as settings.sdp_video_frame_rate says";
         const FLOW_IS04_ST& flow = node_.flows[index_of(Essence::video)];
         const VideoSettings& video = result_.video;
-        findings_.expect_number("flows[0].frame_width", flow.frame_width, size.width, by_system);
-        findings_.expect_number("flows[0].frame_height", flow.frame_height, size.height, by_system);
-        findings_.expect_text("flows[0].interlace_mode", text_of(flow.interlace_mode),
+        findings_.expect_number("node.flows[0].frame_width", flow.frame_width, size.width,
+                                by_system);
+        findings_.expect_number("node.flows[0].frame_height", flow.frame_height, size.height,
+                                by_system);
+        findings_.expect_text("node.flows[0].interlace_mode", text_of(flow.interlace_mode),
                               rate.scan == Scan::progressive ? "progressive" : "interlaced_tff",
                               by_rate);
-        findings_.expect_text("flows[0].colorspace", text_of(flow.colorspace), video.colorimetry,
-                              in_all_sdp_files);
-        findings_.expect_text("flows[0].transfer_characteristic",
+        findings_.expect_text("node.flows[0].colorspace", text_of(flow.colorspace),
+                              video.colorimetry, in_all_sdp_files);
+        findings_.expect_text("node.flows[0].transfer_characteristic",
                               text_of(flow.transfer_characteristic), video.transfer_characteristic,
                               in_all_sdp_files);
-        findings_.expect_number("flows[0].bit_depth", flow.bit_depth, video.bit_depth,
+        findings_.expect_number("node.flows[0].bit_depth", flow.bit_depth, video.bit_depth,
                                 in_all_sdp_files);
-        findings_.expect_number("flows[0].grain_rate_denominator", flow.grain_rate_denominator,
+        findings_.expect_number("node.flows[0].grain_rate_denominator", flow.grain_rate_denominator,
                                 rate.denominator, by_rate);
-        findings_.expect_number("flows[0].grain_rate_numerator", flow.grain_rate_numerator,
+        findings_.expect_number("node.flows[0].grain_rate_numerator", flow.grain_rate_numerator,
                                 rate.numerator, by_rate);
     }
 
     void read_audio()
     {
         AudioSettings& audio = result_.audio;
-        audio.packet_time = row_of(packet_times, &PacketTimeFacts::ptime_code, "sdp_audio_ptime",
-                                   records_.settings.sdp_audio_ptime, " ms", findings_)
-                                .time;
+        const PacketTimeFacts* const time =
+            row_of(packet_times, &PacketTimeFacts::ptime_code, "settings.sdp_audio_ptime",
+                   records_.settings.sdp_audio_ptime, " ms", findings_);
+        if (time != nullptr)
+            audio.packet_time = time->time;
         if (result_.streams.sender_essences != Essences::all)
             return;
         constexpr int bits = 24; // of L24
         const FLOW_IS04_ST& flow = node_.flows[index_of(Essence::audio)];
-        findings_.expect_number("flows[1].bit_depth", flow.bit_depth, bits, in_all_sdp_files);
-        findings_.expect_number("flows[1].sample_rate_numerator", flow.sample_rate_numerator,
+        findings_.expect_number("node.flows[1].bit_depth", flow.bit_depth, bits, in_all_sdp_files);
+        findings_.expect_number("node.flows[1].sample_rate_numerator", flow.sample_rate_numerator,
                                 audio.sample_rate, in_all_sdp_files);
     }
 
@@ -187,10 +195,10 @@ private:
             if (!has_sender(node_, i))
                 continue;
             const CONNECTION_IS05_ST& sender = records_.connections.senders[i];
-            read_addresses(path_of("senders", i, ".active"), sender.active, Side::sender,
-                           addresses);
-            read_addresses(path_of("senders", i, ".staged"), sender.staged, Side::sender,
-                           addresses);
+            read_addresses(path_of("connections.senders", i, ".active"), sender.active,
+                           Side::sender, addresses);
+            read_addresses(path_of("connections.senders", i, ".staged"), sender.staged,
+                           Side::sender, addresses);
             result_.destinations[i] = {destination(sender.active.transport_params[0]),
                                        destination(sender.active.transport_params[1])};
         }
@@ -198,10 +206,10 @@ private:
             if (!has_receiver(node_, i))
                 continue;
             const CONNECTION_IS05_ST& receiver = records_.connections.receivers[i];
-            read_addresses(path_of("receivers", i, ".active"), receiver.active, Side::receiver,
-                           addresses);
-            read_addresses(path_of("receivers", i, ".staged"), receiver.staged, Side::receiver,
-                           addresses);
+            read_addresses(path_of("connections.receivers", i, ".active"), receiver.active,
+                           Side::receiver, addresses);
+            read_addresses(path_of("connections.receivers", i, ".staged"), receiver.staged,
+                           Side::receiver, addresses);
         }
         for (std::size_t i = 0; i < leg_count; ++i) {
             if (addresses[i])
@@ -209,9 +217,12 @@ private:
         }
     }
 
+    /// check_record finds a port that is none.
     static Destination destination(const CONNECTION_LEG_IS05_ST& leg)
     {
-        return {std::string(text_of(leg.destination_ip)), static_cast<int>(leg.destination_port)};
+        const double port = leg.destination_port;
+        return {std::string(text_of(leg.destination_ip)),
+                port >= 0 && port <= highest_port ? static_cast<int>(port) : 0};
     }
 
     enum class Side

@@ -16,7 +16,7 @@ namespace nmos_instrument::host {
 /// to; and the labels and destinations of slots that the selection hides and that are cleared.
 ///
 /// Throws std::invalid_argument with a line for each thing that check_record finds, and for each that
-/// this host cannot do: "records: sdp_video_system is 7, allowed are 0 (2160 lines), ...".
+/// this host cannot do: "records: settings.sdp_video_system is 7, allowed are 0 (2160 lines), ...".
 Configuration configuration_of(const Records& records, const Configuration& rest);
 
 } // namespace nmos_instrument::host

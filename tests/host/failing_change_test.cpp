@@ -240,5 +240,19 @@ TEST_F(FailingChangeTest, WritingTheStateThrowsAndDoesNotEndTheProgram)
     EXPECT_EQ(written, expected);
 }
 
+TEST_F(FailingChangeTest, RecordsChangedBySomebodyElse)
+{
+    fail_each_allocation([&] {
+        instrument_.change_records([](Records& records) {
+            records.node.label[0] = 'X';
+            records.node.receivers[3].label[0] = 'X';
+            records.connections.senders[2].active.transport_params[0].destination_port = 6000;
+            records.connections.receivers[5].active.master_enable = 1;
+        });
+        return true;
+    });
+    EXPECT_EQ(changes_, 1);
+}
+
 } // namespace
 } // namespace nmos_instrument::host
