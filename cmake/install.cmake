@@ -8,9 +8,11 @@ set(cmake_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/nmos_instrument)
 install(TARGETS nmos_instrument nmos_instrument_c EXPORT nmos_instrument
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY include/
+install(DIRECTORY include/nmos_instrument
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
+install(FILES include/nmos_instrument_c.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
 # The library depends on no other package, so its list of targets is the whole package file.
 install(EXPORT nmos_instrument
