@@ -99,6 +99,8 @@ RunningNode::~RunningNode()
     // While the node is still served, so that whoever hears of it until then finds it.
     if (registration_)
         registration_->leave();
+    // While there is somebody to answer those who wait for it.
+    instrument_.end_hardware();
 }
 
 void RunningNode::move_to(const std::string& address)
