@@ -202,7 +202,7 @@ void Instrument::check_locked_halves(const Records& next, RecordFindings& findin
         const CONNECTION_HALF_IS05_ST& after = connection_in(next, key).staged;
         if (std::memcmp(&before, &after, sizeof before) == 0)
             continue;
-        if (const auto locked = refusal_if_scheduled(key))
+        if (const auto locked = refusal_if_locked(key))
             findings.refuse(
                 path_of(key.side == Side::sender ? "connections.senders" : "connections.receivers",
                         key.index, ".staged"),

@@ -233,7 +233,7 @@ void Instrument::Inside::run(const std::optional<host::ReplacedFile>& file,
         state_file_.emplace(*file, *instrument_, log_);
         to_state_file_.open();
     }
-    instrument_->follow_restored();
+    instrument_->set_up_hardware();
     if (socket)
         binding_.emplace(*socket, place.interface, log_);
     node_.emplace(served_, std::move(socket), *instrument_, state_file_ ? &*state_file_ : nullptr,

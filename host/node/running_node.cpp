@@ -100,6 +100,8 @@ void RunningNode::leave()
     // While the node is still served, so that whoever hears of it until then finds it.
     if (registration_)
         registration_->leave();
+    // While there is somebody to answer those who wait for it.
+    instrument_.end_hardware();
     if (server_)
         server_->stop();
 }

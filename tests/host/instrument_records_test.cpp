@@ -12,7 +12,6 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-#include <spdlog/spdlog.h>
 
 #include "instrument/adopt_records.h"
 #include "instrument/instrument.h"
@@ -71,7 +70,6 @@ class InstrumentRecordsTest : public testing::Test
 protected:
     InstrumentRecordsTest()
     {
-        spdlog::set_level(spdlog::level::off);
         instrument_.listen({.changed = [this] { ++changes_; }, .scheduled = {}});
     }
 
@@ -535,7 +533,6 @@ TEST(AdoptedRecords, AreRefusedWithAllFindings)
 TEST(ChangedRecords, AreSeenWhole)
 {
     constexpr int rounds = 1000;
-    spdlog::set_level(spdlog::level::off);
     Instrument instrument(Configuration(), NodeAddress(), tai_now);
     std::thread writer([&] {
         for (int i = 0; i < rounds; ++i)
