@@ -18,8 +18,8 @@ std::size_t give(Buffer buffer, std::string_view text) noexcept
 {
     if (buffer.start != nullptr && buffer.size > 0) {
         const std::size_t written = std::min(text.size(), buffer.size - 1);
-        std::copy_n(text.data(), written, buffer.start);
-        buffer.start[written] = '\0';
+        char* const end = std::copy_n(text.data(), written, buffer.start);
+        *end = '\0';
     }
     return text.size();
 }

@@ -218,8 +218,8 @@ typedef struct nmos_sdp_found
 /// found so far, `status` is 400. NMOS_ERROR_TOO_LONG when the file was read, but a text of it does
 /// not fit into its field; that one is empty and all others are stored, `errors` too.
 NMOS_INSTRUMENT_EXPORT size_t nmos_connection_analyze_sdp_file(
-    const char* sdp, size_t sdp_length, int switch_capable, short current_format, int switch_allowed,
-    nmos_sdp_found* found, char* errors, size_t errors_size);
+    const char* sdp, size_t sdp_length, int switch_capable, short current_format,
+    int switch_allowed, nmos_sdp_found* found, char* errors, size_t errors_size);
 
 /// ConnectionApi::convertCRLF.
 NMOS_INSTRUMENT_EXPORT size_t nmos_connection_convert_crlf(const char* text, size_t length,
