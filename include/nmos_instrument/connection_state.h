@@ -4,7 +4,9 @@
 // IS-05 v1.0), and sdp_str: what ConnectionApi::analyze_sdp_file found in an SDP file.
 //
 // NMOS_IS05_ST is flat like NMOS_IS04_ST (node_state.h): the host clears it, fills it and owns it;
-// its layout is the same on every CPU. The library only reads it.
+// its layout is the same on every CPU. The library only reads it. With 24 receivers it takes 414 KB:
+// keep it in static storage or on the heap, made once. It is too large for the stacks of many
+// threads, also as a temporary: clear it by memset, or make it by `new NMOS_IS05_ST()`.
 //
 // In text fields marked "or null", the text "null" stands for the JSON value null (in a staged
 // sender leg for "auto", see ConnectionApi::make_single_senderid_staged). Every other text is a

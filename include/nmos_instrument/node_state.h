@@ -40,6 +40,21 @@
 //   senders    0 to 3 video of IP streams 1 to 4, 4 audio, 5 ancillary data
 //   receivers  0 to 3 video of IP streams 1 to 4, 4 to 19 audio (groups G1 to G4 of stream 1, then
 //              of stream 2, ...), 20 to 23 ancillary data of streams 1 to 4
+//
+// codes.h has names for them.
+//
+// A resource whose members change gets a later `version` (IS-04 v1.2), or readers miss the change:
+//
+//   node, devices,   RegistrationApi::update_version stamps all of them with the time in
+//   receivers        `version_seconds` and `version_nanoseconds`; make_resource_node calls it. A
+//                    host that changes one of them alone may write its version itself
+//   sources, flows,  the host writes it, see set_version in record_text.h
+//   senders
+//
+// A subscription is a member: a receiver that is connected gets a version. Times are TAI. A host of
+// the host library calls tai_now() (nmos_instrument_host/tai.h). Any other adds 37 s to UTC, which
+// holds since 2017-01-01 until a further leap second is announced, or reads CLOCK_TAI where the
+// machine's clock service sets the offset: without one that clock shows UTC.
 
 #ifndef NMOS_INSTRUMENT_NODE_STATE_H
 #define NMOS_INSTRUMENT_NODE_STATE_H
