@@ -29,7 +29,7 @@
 //             snprintf does: at most `size` - 1 bytes, then a NUL. It returns the length of the
 //             whole text without the NUL, so the text was cut if the result is `size` or more.
 //             With `size` 0 nothing is written, and `buffer` may be null. Each call makes the text
-//             anew; 64 KB hold every text of the example node that the tests use.
+//             anew. The longest are the lists of 24 receivers: some 10 KB.
 // Errors      A result of NMOS_ERROR_FIRST or more is an error; the buffer then holds an empty
 //             text. nmos_error_text says what the error is. No exception leaves a function, and a
 //             null pointer is an error unless the argument is said to be optional.
