@@ -6,6 +6,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "nmos_instrument/version.h"
+
 namespace nmos_instrument::c {
 
 bool lacks_pointer(Buffer buffer, std::initializer_list<const void*> pointers) noexcept
@@ -18,8 +20,8 @@ std::size_t give(Buffer buffer, std::string_view text) noexcept
 {
     if (buffer.start != nullptr && buffer.size > 0) {
         const std::size_t written = std::min(text.size(), buffer.size - 1);
-        std::copy_n(text.data(), written, buffer.start);
-        buffer.start[written] = '\0';
+        char* const end = std::copy_n(text.data(), written, buffer.start);
+        *end = '\0';
     }
     return text.size();
 }
@@ -48,6 +50,11 @@ std::size_t error_of_exception() noexcept
 }
 
 } // namespace nmos_instrument::c
+
+const char* nmos_version(void)
+{
+    return nmos_instrument::version();
+}
 
 const char* nmos_error_text(size_t result)
 {
