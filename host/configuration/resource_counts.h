@@ -8,31 +8,27 @@
 #include <array>
 #include <cstddef>
 
+#include <nmos_instrument/codes.h>
+
 namespace nmos_instrument::host {
 
-constexpr std::size_t stream_count = 4;    ///< IP streams
+constexpr std::size_t stream_count = ip_stream_count;
 constexpr std::size_t interface_count = 2; ///< media interfaces: primary and secondary leg
 constexpr std::size_t leg_count = 2;
 constexpr std::size_t source_count = 3; ///< video, audio, ancillary data
 constexpr std::size_t flow_count = 3;   ///< one for each source
 
 // Senders: video of the IP streams, audio, ancillary data.
-constexpr std::size_t audio_sender = stream_count;
-constexpr std::size_t ancillary_sender = audio_sender + 1;
-constexpr std::size_t sender_count = ancillary_sender + 1;
+constexpr std::size_t audio_sender = sender_audio;
+constexpr std::size_t ancillary_sender = sender_ancillary;
+constexpr std::size_t sender_count = sender_position_count;
 
 // Receivers: video of the IP streams; audio groups G1 to G4 of stream 1, of stream 2 ...; ancillary
 // data of the streams.
-constexpr std::size_t audio_group_count = 4;
-constexpr std::size_t first_audio_receiver = stream_count;
-constexpr std::size_t first_ancillary_receiver =
-    first_audio_receiver + audio_group_count * stream_count;
-constexpr std::size_t receiver_count = first_ancillary_receiver + stream_count;
-
-// The library's rules for what the node shows count senders and receivers among the default labels
-// (Nmos.h).
-constexpr int first_sender_label = 13;
-constexpr int first_receiver_label = 17;
+constexpr std::size_t audio_group_count = audio_group_count_of_a_stream;
+constexpr std::size_t first_audio_receiver = receiver_audio_1_g1;
+constexpr std::size_t first_ancillary_receiver = receiver_ancillary_1;
+constexpr std::size_t receiver_count = receiver_position_count;
 
 /// What a sender or receiver carries. The values are the positions of its source and flow.
 enum class Essence : std::size_t

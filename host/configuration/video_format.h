@@ -9,13 +9,9 @@
 #include <cstdint>
 #include <string_view>
 
-namespace nmos_instrument::host {
+#include <nmos_instrument/codes.h>
 
-// Codes of the instrument's video formats, one of each class that ConnectionApi::analyze_sdp_file
-// tells apart.
-constexpr short format_2k = 0;  ///< stays at 2K
-constexpr short format_any = 3; ///< free to switch from 2K to 4K
-constexpr short format_4k = 9;  ///< set to 4K
+namespace nmos_instrument::host {
 
 enum class PictureSize
 {
@@ -58,9 +54,9 @@ struct PictureSizeFacts
 };
 
 constexpr std::array<PictureSizeFacts, 3> picture_sizes = {{
-    {PictureSize::lines_2160, "2160", 3840, 2160, 0},
-    {PictureSize::lines_1080, "1080", 1920, 1080, 2},
-    {PictureSize::lines_720, "720", 1280, 720, 4},
+    {PictureSize::lines_2160, "2160", 3840, 2160, video_system_2160},
+    {PictureSize::lines_1080, "1080", 1920, 1080, video_system_1080},
+    {PictureSize::lines_720, "720", 1280, 720, video_system_720},
 }};
 
 struct FrameRateFacts
@@ -74,12 +70,12 @@ struct FrameRateFacts
 };
 
 constexpr std::array<FrameRateFacts, 6> frame_rates = {{
-    {FrameRate::fps_60, "60", 60, 1, Scan::progressive, 0},
-    {FrameRate::fps_59_94, "59.94", 60000, 1001, Scan::progressive, 1},
-    {FrameRate::fps_50, "50", 50, 1, Scan::progressive, 2},
-    {FrameRate::fps_30, "30", 30, 1, Scan::interlaced, 10},
-    {FrameRate::fps_29_97, "29.97", 30000, 1001, Scan::interlaced, 11},
-    {FrameRate::fps_25, "25", 25, 1, Scan::interlaced, 12},
+    {FrameRate::fps_60, "60", 60, 1, Scan::progressive, frame_rate_60},
+    {FrameRate::fps_59_94, "59.94", 60000, 1001, Scan::progressive, frame_rate_59_94},
+    {FrameRate::fps_50, "50", 50, 1, Scan::progressive, frame_rate_50},
+    {FrameRate::fps_30, "30", 30, 1, Scan::interlaced, frame_rate_30_interlaced},
+    {FrameRate::fps_29_97, "29.97", 30000, 1001, Scan::interlaced, frame_rate_29_97_interlaced},
+    {FrameRate::fps_25, "25", 25, 1, Scan::interlaced, frame_rate_25_interlaced},
 }};
 
 struct PacketTimeFacts
@@ -90,9 +86,9 @@ struct PacketTimeFacts
 };
 
 constexpr std::array<PacketTimeFacts, 3> packet_times = {{
-    {PacketTime::us_125, "0.125", 2},
-    {PacketTime::ms_1, "1", 1},
-    {PacketTime::ms_8, "8", 0},
+    {PacketTime::us_125, "0.125", packet_time_125_us},
+    {PacketTime::ms_1, "1", packet_time_1_ms},
+    {PacketTime::ms_8, "8", packet_time_8_ms},
 }};
 
 const PictureSizeFacts& facts_of(PictureSize size);

@@ -3,6 +3,7 @@
 #include "connection/connection_facts.h"
 
 #include "records/fill_records.h"
+#include "records/record_shape.h"
 #include "records/record_text.h"
 #include "sdp/rtp_format.h"
 
@@ -35,6 +36,29 @@ ConnectionFacts facts_about(const Configuration& configuration, const NMOS_IS04_
     facts.sdp.switch_allowed = configuration.format_switching.allowed;
     facts.sdp.current_format = current_format(configuration);
     return facts;
+}
+
+std::map<ConnectionKey, ConnectionFacts> facts_about_all(const Configuration& configuration,
+                                                         const NMOS_IS04_ST& node)
+{
+    std::map<ConnectionKey, ConnectionFacts> facts;
+    for (const auto& [key, id] : connection_ids(node))
+        facts[key] = facts_about(configuration, node, key);
+    return facts;
+}
+
+std::map<ConnectionKey, std::string> connection_ids(const NMOS_IS04_ST& node)
+{
+    std::map<ConnectionKey, std::string> ids;
+    for (std::size_t i = 0; i < sender_count; ++i) {
+        if (has_sender(node, i))
+            ids[{Side::sender, i}] = text_of(node.senders[i].id);
+    }
+    for (std::size_t i = 0; i < receiver_count; ++i) {
+        if (has_receiver(node, i))
+            ids[{Side::receiver, i}] = text_of(node.receivers[i].id);
+    }
+    return ids;
 }
 
 } // namespace nmos_instrument::host

@@ -4,6 +4,7 @@
 #define NMOS_INSTRUMENT_HOST_CONNECTION_CONNECTION_FACTS_H
 
 #include <array>
+#include <map>
 #include <string>
 
 #include <nmos_instrument/nmos_instrument.h>
@@ -29,6 +30,13 @@ struct ConnectionFacts
 
 ConnectionFacts facts_about(const Configuration& configuration, const NMOS_IS04_ST& node,
                             const ConnectionKey& key);
+
+/// Of every sender and receiver that the node has.
+std::map<ConnectionKey, ConnectionFacts> facts_about_all(const Configuration& configuration,
+                                                         const NMOS_IS04_ST& node);
+
+/// The ids of the same.
+std::map<ConnectionKey, std::string> connection_ids(const NMOS_IS04_ST& node);
 
 } // namespace nmos_instrument::host
 

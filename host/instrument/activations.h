@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -70,8 +71,8 @@ struct ActivationCounts
     bool operator==(const ActivationCounts&) const = default;
 };
 
-/// The scheduled activations, at most one for each sender or receiver, and reports on the latest
-/// ones that took place. The owner must lock.
+/// The scheduled activations, at most one for each sender or receiver, those for which the hardware
+/// takes its time, likewise, and reports on the latest ones that took place. The owner must lock.
 class Activations
 {
 public:
@@ -84,6 +85,11 @@ public:
     /// Null if none is scheduled.
     const ScheduledActivation* find(const ConnectionKey& key) const;
     const std::map<ConnectionKey, ScheduledActivation>& scheduled() const { return scheduled_; }
+
+    void begin(const ConnectionKey& key) { under_way_.insert(key); }
+    void end(const ConnectionKey& key) { under_way_.erase(key); }
+    void end_all() { under_way_.clear(); }
+    bool is_under_way(const ConnectionKey& key) const { return under_way_.count(key) != 0; }
 
     NextDue next_due() const;
 
@@ -114,6 +120,7 @@ private:
     static void remember(std::vector<ActivationReport>& list, ActivationReport&& report);
 
     std::map<ConnectionKey, ScheduledActivation> scheduled_;
+    std::set<ConnectionKey> under_way_;
     std::vector<ActivationReport> done_;
     std::vector<ActivationReport> failed_;
     ActivationCounts counts_;

@@ -14,7 +14,7 @@ enum class ChangeResult
     done,     ///< staged, cancelled, or activated at once as requested
     accepted, ///< requested for a time: scheduled, or activated if that time has passed
     invalid,  ///< the parameters cannot be used
-    locked,   ///< an activation is scheduled
+    locked,   ///< an activation is scheduled or under way
     unknown,  ///< there is no such sender or receiver
     failed    ///< the hardware could not do it
 };
@@ -33,6 +33,18 @@ struct ChangeOutcome
     bool is_refusal() const
     {
         return result != ChangeResult::done && result != ChangeResult::accepted;
+    }
+};
+
+/// The lines of ChangeOutcome::log as they are collected.
+struct ChangeLog
+{
+    std::vector<std::string> lines{};
+    std::string warnings{}; ///< on the same line as what was done: a client can only cause so many
+
+    void done(const std::string& line)
+    {
+        lines.push_back(warnings.empty() ? line : line + "; warning: " + warnings);
     }
 };
 

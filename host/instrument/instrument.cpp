@@ -2,7 +2,6 @@
 
 #include "instrument/instrument.h"
 
-#include <algorithm>
 #include <exception>
 #include <new>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "connection/activate_staged.h"
 #include "connection/activation_request.h"
 #include "connection/validate_patch.h"
+#include "instrument/resource_texts.h"
 #include "instrument/unfinished_change.h"
 #include "records/record_text.h"
 #include "records/resource_version.h"
@@ -36,24 +36,17 @@ ChangeOutcome locked_until(const std::string& name, const TaiTime& due)
                 "; set /activation/mode to null to cancel that"};
 }
 
+ChangeOutcome locked_by_hardware(const std::string& name)
+{
+    return {ChangeResult::locked, "", "The resource is locked: an activation is under way",
+            name + " is being activated; try again when that has ended"};
+}
+
 ChangeOutcome beyond_tai(const ActivationRequest& request)
 {
     return invalid_parameters("/activation/requested_time: found " +
                               in_quotes(request.requested_time_text) +
                               ", counted from now that is later than a TAI clock can show");
-}
-
-ChangeResult success_of(const ActivationRequest& request)
-{
-    return is_scheduled(request.mode) ? ChangeResult::accepted : ChangeResult::done;
-}
-
-/// `activation_time` and `request` must outlive the result.
-ActivationTexts texts_of(const ActivationRequest& request, std::string_view activation_time)
-{
-    return {text_of(request.mode),
-            is_scheduled(request.mode) ? std::string_view(request.requested_time_text) : null_text,
-            activation_time};
 }
 
 /// The record has one port: if a controller sends a different source port, the log says so.
@@ -79,52 +72,47 @@ ScheduledActivation activation_of(const ConnectionKey& key, ActivationMode mode,
     return activation;
 }
 
-std::string line_of_done(const ActivationReport& report)
-{
-    return fmt::format("activated {}: {} at {}, {} us late", report.resource, report.mode,
-                       to_text(report.due), report.late.count() / 1000);
-}
-
-std::string line_of_failed(const ActivationReport& report)
-{
-    return "activation of " + report.resource + " failed, nothing has changed: " + report.why;
-}
-
-/// What has happened has happened: without memory the log loses a line.
-void add_line(std::vector<std::string>& lines, std::string (*make_line)(const ActivationReport&),
-              const ActivationReport& report) noexcept
-{
-    try {
-        lines.push_back(make_line(report));
-    } catch (const std::bad_alloc&) {
-        return;
-    }
-}
-
 } // namespace
 
 Instrument::Instrument(const Configuration& configuration, const NodeAddress& address, Clock clock,
-                       Log log, ApplyToMedia apply_to_media, SteadyClock steady_clock,
+                       Log log, const HardwareOptions& hardware, SteadyClock steady_clock,
                        Presentation presentation)
-    : configuration_(configuration),
-      clock_(std::move(clock)),
+    : Instrument(filled_records(configuration, address, clock()), address, clock, std::move(log),
+                 hardware, std::move(steady_clock), presentation)
+{}
+
+Instrument::Instrument(FilledRecords filled, const NodeAddress& address, Clock clock, Log log,
+                       const HardwareOptions& hardware, SteadyClock steady_clock,
+                       Presentation presentation)
+    : clock_(std::move(clock)),
       log_(std::move(log)),
-      apply_to_media_(std::move(apply_to_media)),
       steady_clock_(std::move(steady_clock)),
+      presentation_(presentation),
+      configuration_(std::move(filled.configuration)),
       address_(address),
-      records_(make_records(configuration, address, clock_())),
+      records_(std::move(filled.records)),
       index_(*records_),
-      conformance_(presentation, configuration_, records_->node),
-      shown_(host::shown_resources(*records_))
+      conformance_(
+          std::make_shared<const Conformance>(presentation, configuration_, records_->node)),
+      shown_(host::shown_resources(*records_)),
+      ids_(connection_ids(records_->node)),
+      facts_(facts_about_all(configuration_, records_->node)),
+      hardware_options_(hardware)
 {
-    const auto add_facts = [this](Side side, std::int32_t count) {
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            const ConnectionKey key{side, i};
-            facts_[key] = facts_about(configuration_, records_->node, key);
-        }
-    };
-    add_facts(Side::sender, records_->node.senders_count);
-    add_facts(Side::receiver, records_->node.receivers_count);
+    if (hardware.apply)
+        hardware_.emplace(hardware);
+}
+
+Configuration Instrument::configuration() const
+{
+    const std::lock_guard lock(mutex_);
+    return configuration_;
+}
+
+SdpReceiver Instrument::sdp_receiver(std::size_t receiver) const
+{
+    const std::lock_guard lock(mutex_);
+    return facts_.at({Side::receiver, receiver}).sdp;
 }
 
 std::string Instrument::sdp_file(std::size_t sender)
@@ -133,63 +121,75 @@ std::string Instrument::sdp_file(std::size_t sender)
     return sdp_text(sender);
 }
 
-std::optional<ChangeOutcome> Instrument::refusal_while_scheduled(const ConnectionKey& key)
+std::optional<ChangeOutcome> Instrument::refusal_while_locked(const ConnectionKey& key)
 {
     const std::lock_guard lock(mutex_);
-    return refusal_if_scheduled(key);
+    return refusal_if_locked(key);
 }
 
-std::optional<ChangeOutcome> Instrument::refusal_if_scheduled(const ConnectionKey& key) const
+std::optional<ChangeOutcome> Instrument::refusal_if_locked(const ConnectionKey& key,
+                                                           bool cancels) const
 {
+    if (activations_.is_under_way(key))
+        return locked_by_hardware(resource_name(key));
     const ScheduledActivation* const scheduled = activations_.find(key);
-    if (scheduled == nullptr)
+    if (scheduled == nullptr || cancels)
         return std::nullopt;
     return locked_until(resource_name(key), scheduled->due);
 }
 
 ChangeOutcome Instrument::change(const ConnectionKey& key, const ConnectionPatch& patch)
 {
-    LogLines log;
+    if (hardware_)
+        throw std::logic_error("the outcome of a change is known when the hardware has answered");
     ChangeOutcome outcome;
-    bool scheduled = false;
-    {
-        const std::lock_guard lock(mutex_);
-        outcome = change_locked(key, patch, log);
-        scheduled = activations_.find(key) != nullptr;
-    }
-    if (!outcome.is_refusal() && scheduled && listeners_.scheduled)
-        listeners_.scheduled();
-    if (!outcome.is_refusal() && listeners_.changed)
-        listeners_.changed();
-    outcome.log = std::move(log);
+    change(key, patch, [&outcome](ChangeOutcome ended) { outcome = std::move(ended); });
     return outcome;
 }
 
-ChangeOutcome Instrument::change_locked(const ConnectionKey& key, const ConnectionPatch& patch,
-                                        LogLines& log)
+void Instrument::change(const ConnectionKey& key, const ConnectionPatch& patch, Then then)
 {
-    if (!cancels(patch)) {
-        if (std::optional<ChangeOutcome> locked = refusal_if_scheduled(key))
-            return *std::move(locked);
+    ChangeLog log;
+    std::optional<ChangeOutcome> outcome;
+    bool scheduled = false;
+    {
+        const std::lock_guard lock(mutex_);
+        outcome = change_locked(key, patch, log, then);
+        scheduled = activations_.find(key) != nullptr;
     }
+    if (!outcome)
+        return;
+    if (!outcome->is_refusal() && scheduled && listeners_.scheduled)
+        listeners_.scheduled();
+    if (!outcome->is_refusal() && listeners_.changed)
+        listeners_.changed();
+    outcome->log = std::move(log.lines);
+    then(*std::move(outcome));
+}
+
+/// Nothing if the hardware has to be asked: then it has taken `then`.
+std::optional<ChangeOutcome> Instrument::change_locked(const ConnectionKey& key,
+                                                       const ConnectionPatch& patch, ChangeLog& log,
+                                                       Then& then)
+{
+    if (std::optional<ChangeOutcome> locked = refusal_if_locked(key, cancels(patch)))
+        return locked;
 
     Findings findings;
     const ConnectionPatch valid =
         validate_patch(patch, facts_.at(key), connection(key).staged, findings);
     if (!findings.empty())
         return invalid_parameters(findings.text());
-    ChangeOutcome outcome = change_to(key, valid, log);
-    // On the same line: a client can only cause so many.
-    if (!findings.warnings().empty() && !log.empty())
-        log.back() += "; warning: " + findings.warnings();
-    return outcome;
+    log.warnings = findings.warnings();
+    return change_to(key, valid, log, then);
 }
 
-ChangeOutcome Instrument::change_to(const ConnectionKey& key, const ConnectionPatch& patch,
-                                    LogLines& log)
+std::optional<ChangeOutcome> Instrument::change_to(const ConnectionKey& key,
+                                                   const ConnectionPatch& patch, ChangeLog& log,
+                                                   Then& then)
 {
     const CONNECTION_HALF_IS05_ST staged = stage_patch(connection(key).staged, patch);
-    log_source_ports(resource_name(key), patch, staged, log);
+    log_source_ports(resource_name(key), patch, staged, log.lines);
     if (!patch.activation || cancels(patch))
         return stage(key, staged, log);
 
@@ -200,19 +200,20 @@ ChangeOutcome Instrument::change_to(const ConnectionKey& key, const ConnectionPa
     if (*due > requested.tai)
         return schedule(staged, activation_of(key, patch.activation->mode, *due, requested),
                         *patch.activation, log);
-    return activate_now(key, staged, *patch.activation, requested.tai, log);
+    return activate_now(prepare_now(key, staged, *patch.activation, requested.tai, log),
+                        requested.tai, log, then);
 }
 
 ChangeOutcome Instrument::stage(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
-                                LogLines& log)
+                                ChangeLog& log)
 {
     set_activation(staged, no_activation);
     UnfinishedChange change(*records_, advertisement_, key);
     connection(key).staged = staged;
-    ChangeOutcome outcome{ChangeResult::done, staged_body(records_->connections, key), "", ""};
+    ChangeOutcome outcome{ChangeResult::done, staged_body(key), "", ""};
     const bool cancelled = activations_.find(key) != nullptr;
-    log.push_back((cancelled ? "cancelled the activation of " : "staged parameters of ") +
-                  resource_name(key));
+    log.done((cancelled ? "cancelled the activation of " : "staged parameters of ") +
+             resource_name(key));
     activations_.cancel(key);
     change.finish();
     return outcome;
@@ -220,163 +221,25 @@ ChangeOutcome Instrument::stage(const ConnectionKey& key, CONNECTION_HALF_IS05_S
 
 ChangeOutcome Instrument::schedule(CONNECTION_HALF_IS05_ST staged,
                                    const ScheduledActivation& activation,
-                                   const ActivationRequest& request, LogLines& log)
+                                   const ActivationRequest& request, ChangeLog& log)
 {
     const ConnectionKey& key = activation.key;
     const std::string due_text = to_text(activation.due);
-    set_activation(staged, texts_of(request, due_text));
+    set_activation(staged, {text_of(request.mode), request.requested_time_text, due_text});
     UnfinishedChange change(*records_, advertisement_, key);
     connection(key).staged = staged;
-    ChangeOutcome outcome{success_of(request), staged_body(records_->connections, key), "", ""};
-    log.push_back(
+    ChangeOutcome outcome{ChangeResult::accepted, staged_body(key), "", ""};
+    log.done(
         fmt::format("scheduled {}: {} at {}", resource_name(key), text_of(request.mode), due_text));
     activations_.schedule(activation);
     change.finish();
     return outcome;
 }
 
-ChangeOutcome Instrument::activate_now(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,
-                                       const ActivationRequest& request, const TaiTime& now,
-                                       LogLines& log)
-{
-    const std::string now_text = to_text(now);
-    ActivationReport report{resource_name(key), std::string(text_of(request.mode)), now, {}, ""};
-    // The answer shows the activation; the staged parameters themselves never do.
-    set_activation(staged, texts_of(request, now_text));
-    ChangeOutcome outcome{success_of(request), staged_body_with(key, staged), "", ""};
-    set_activation(staged, no_activation);
-    std::string line = fmt::format("activated {}: {} at {}{}", report.resource, report.mode,
-                                   now_text, lateness_of_request(request, now));
-    log.reserve(log.size() + 1); // after the activation nothing may fail any more
-    try {
-        UnfinishedChange change(*records_, advertisement_, key);
-        connection(key).staged = staged;
-        activate(key, texts_of(request, now_text), now);
-        change.finish();
-    } catch (const std::exception& error) {
-        report.why = error.what();
-        report.done = clock_();
-        report.late = span_between(now, report.done);
-        outcome = {ChangeResult::failed, "", "The activation failed, nothing has changed",
-                   report.why};
-        activations_.report_failed(std::move(report));
-        return outcome;
-    }
-    report.done = clock_();
-    report.late = span_between(now, report.done);
-    activations_.report_done(std::move(report));
-    log.push_back(std::move(line));
-    return outcome;
-}
-
-/// Activates what is staged. If it throws, it may have changed only a part: see UnfinishedChange.
-void Instrument::activate(const ConnectionKey& key, const ActivationTexts& texts,
-                          const TaiTime& now)
-{
-    const CONNECTION_HALF_IS05_ST active =
-        activate_staged(connection(key).staged, facts_.at(key), texts);
-    follow_activation(key, active, now);
-    // Last, because it cannot be taken back.
-    if (apply_to_media_)
-        apply_to_media_(key, active);
-}
-
-void Instrument::follow_activation(const ConnectionKey& key, const CONNECTION_HALF_IS05_ST& active,
-                                   const TaiTime& now)
-{
-    NMOS_IS04_ST& node = records_->node;
-    node.version_seconds = now.seconds;
-    node.version_nanoseconds = now.nanoseconds;
-    const auto advance = [&](auto& resource) {
-        advance_version(resource, now);
-        resource.subscription[0] = subscription_of(active, key.side);
-    };
-    if (key.side == Side::receiver) {
-        connection(key).active = active;
-        advance(node.receivers[key.index]);
-        advertisement_.update_txt_ver_rcv();
-        return;
-    }
-    const std::string sdp_before = sdp_text(key.index);
-    connection(key).active = active;
-    if (sdp_text(key.index) != sdp_before)
-        raise_sdp_version(key.index, now);
-    advance(node.senders[key.index]);
-    advertisement_.update_txt_ver_snd();
-}
-
-/// RFC 4566 5.2 recommends a time and requires that the number increases.
-void Instrument::raise_sdp_version(std::size_t sender, const TaiTime& now)
-{
-    std::uint64_t& version = records_->sdp_sessions[sender].version;
-    version = std::min(std::max(version + 1, now.seconds), last_sdp_version);
-}
-
 NextDue Instrument::next_due()
 {
     const std::lock_guard lock(mutex_);
     return activations_.next_due();
-}
-
-bool Instrument::activate_due()
-{
-    Performed performed;
-    std::exception_ptr trouble;
-    {
-        const std::lock_guard lock(mutex_);
-        try {
-            while (const auto activation = activations_.find_due(now()))
-                activate_scheduled(*activation, performed);
-        } catch (...) {
-            trouble = std::current_exception(); // those before it have been performed
-        }
-    }
-    if (performed.any && listeners_.changed)
-        listeners_.changed();
-    for (const std::string& line : performed.done)
-        log_.line(LogLevel::info, line);
-    for (const std::string& line : performed.failed)
-        log_.line(LogLevel::error, line);
-    if (trouble)
-        std::rethrow_exception(trouble);
-    return performed.any;
-}
-
-/// If it throws, the activation is still scheduled.
-void Instrument::activate_scheduled(const ScheduledActivation& activation, Performed& performed)
-{
-    CONNECTION_HALF_IS05_ST& staged = connection(activation.key).staged;
-    const std::string requested(text_of(staged.requested_time));
-    const std::string due = to_text(activation.due);
-    ActivationReport report{resource_name(activation.key),
-                            std::string(text_of(activation.mode)),
-                            activation.due,
-                            {},
-                            ""};
-    bool done = false;
-    try {
-        UnfinishedChange change(*records_, advertisement_, activation.key);
-        activate(activation.key, {report.mode, requested, due}, clock_());
-        change.finish();
-        done = true;
-    } catch (const std::exception& error) {
-        report.why = error.what();
-    } catch (...) {
-        report.why = "unknown reason";
-    }
-    const Instant end = now();
-    report.done = end.tai;
-    report.late = lateness(activation, end);
-    set_activation(staged, no_activation);
-    activations_.cancel(activation.key);
-    performed.any = true;
-    if (done) {
-        activations_.report_done(std::move(report));
-        add_line(performed.done, line_of_done, activations_.done().front());
-    } else {
-        activations_.report_failed(std::move(report));
-        add_line(performed.failed, line_of_failed, activations_.failed().front());
-    }
 }
 
 InstrumentStatus Instrument::status()
@@ -402,9 +265,7 @@ CONNECTION_IS05_ST& Instrument::connection(const ConnectionKey& key)
 /// Ids never change: no lock is needed.
 std::string Instrument::id_of(const ConnectionKey& key) const
 {
-    const NMOS_IS04_ST& node = records_->node;
-    return std::string(text_of(key.side == Side::sender ? node.senders[key.index].id
-                                                        : node.receivers[key.index].id));
+    return ids_.at(key);
 }
 
 std::string Instrument::resource_name(const ConnectionKey& key) const
@@ -419,32 +280,18 @@ SUBSCRIPTION_IS04_ST& Instrument::subscription(const ConnectionKey& key)
                                     : node.receivers[key.index].subscription[0];
 }
 
-std::string Instrument::staged_body(NMOS_IS05_ST& connections, const ConnectionKey& key) const
+std::string Instrument::staged_body(const ConnectionKey& key)
 {
+    NMOS_IS05_ST& connections = records_->connections;
     const int index = static_cast<int>(key.index);
     return key.side == Side::sender
                ? ConnectionApi().make_single_senderid_staged(&connections, index)
                : ConnectionApi().make_single_receiverid_staged(&connections, index);
 }
 
-std::string Instrument::staged_body_with(const ConnectionKey& key,
-                                         const CONNECTION_HALF_IS05_ST& staged)
-{
-    const auto copy = std::make_unique<NMOS_IS05_ST>(records_->connections);
-    if (key.side == Side::sender)
-        copy->senders[key.index].staged = staged;
-    else
-        copy->receivers[key.index].staged = staged;
-    return staged_body(*copy, key);
-}
-
 std::string Instrument::sdp_text(std::size_t sender)
 {
-    set_sdp_session(*records_, sender);
-    NMOS_IS05_ST& connections = records_->connections;
-    return conformance_.sdp(ConnectionApi().make_single_senderid_sdp(
-                                &connections, static_cast<int>(sender), &records_->settings),
-                            essence_of_sender(sender), connections.senders[sender].active);
+    return host::sdp_text(*records_, *conformance_, sender);
 }
 
 } // namespace nmos_instrument::host

@@ -19,6 +19,13 @@ NodeAddress Instrument::address()
     return address_;
 }
 
+void Instrument::begin_at(const NodeAddress& address)
+{
+    const std::lock_guard lock(mutex_);
+    set_address(records_->node, address);
+    address_ = address;
+}
+
 void Instrument::move_to(const NodeAddress& address)
 {
     const std::string line = "others reach the instrument at " + base_url(address) + " from now on";

@@ -81,13 +81,13 @@ std::string Instrument::registration_of(const NodeResource& resource)
         return api.make_resource_deviceid(&node, index, selection.receiver_filter,
                                           selection.audio_group_filter, selection.sender_filter);
     case NodeResourceType::source:
-        return conformance_.source(api.make_resource_sourceid(&node, index));
+        return conformance_->source(api.make_resource_sourceid(&node, index));
     case NodeResourceType::flow:
-        return conformance_.flow(api.make_resource_flowid(&node, index));
+        return conformance_->flow(api.make_resource_flowid(&node, index));
     case NodeResourceType::sender:
         return api.make_resource_senderid(&node, index);
     case NodeResourceType::receiver:
-        return conformance_.receiver(api.make_resource_receiverid(&node, index));
+        return conformance_->receiver(api.make_resource_receiverid(&node, index));
     }
     // The envelope of make_resource_node, which would stamp versions.
     return R"({"data":)" + NodeApi().make_self(&node) + R"(,"type":"node"})";

@@ -5,7 +5,7 @@
 #include "instrument/instrument.h"
 
 #include "connection/activate_staged.h"
-#include "instrument/put_back.h"
+#include "instrument/resource_texts.h"
 #include "records/record_text.h"
 #include "text/quoted_text.h"
 #include "time/tai_clock.h"
@@ -13,44 +13,7 @@
 
 namespace nmos_instrument::host {
 
-/// Calls `visit` with the counter of its kind, the id, the version field and the body of every
-/// resource, as everybody sees it.
-template <class Visit>
-void Instrument::visit_resources(Visit&& visit)
-{
-    NodeApi api;
-    NMOS_IS04_ST& node = records_->node;
-    const StreamSelection& selection = records_->selection;
-    visit(&Nmos::update_txt_ver_slf, node.id, node.version, [&] { return api.make_self(&node); });
-    for (int i = 0; i < node.sources_count; ++i)
-        visit(&Nmos::update_txt_ver_src, node.sources[i].id, node.sources[i].version,
-              [&, i] { return conformance_.source(api.make_sourceid(&node, i)); });
-    for (int i = 0; i < node.flows_count; ++i)
-        visit(&Nmos::update_txt_ver_flw, node.flows[i].id, node.flows[i].version,
-              [&, i] { return conformance_.flow(api.make_flowid(&node, i)); });
-    for (int i = 0; i < node.devices_count; ++i)
-        visit(&Nmos::update_txt_ver_dvc, node.devices[i].id, node.devices[i].version, [&, i] {
-            return api.make_deviceid(&node, i, selection.receiver_filter,
-                                     selection.audio_group_filter, selection.sender_filter);
-        });
-    for (int i = 0; i < node.senders_count; ++i)
-        visit(&Nmos::update_txt_ver_snd, node.senders[i].id, node.senders[i].version,
-              [&, i] { return api.make_senderid(&node, i); });
-    for (int i = 0; i < node.receivers_count; ++i)
-        visit(&Nmos::update_txt_ver_rcv, node.receivers[i].id, node.receivers[i].version,
-              [&, i] { return conformance_.receiver(api.make_receiverid(&node, i)); });
-}
-
 namespace {
-
-/// The hash of a body without its version.
-template <std::size_t N, class MakeBody>
-std::uint64_t body_hash(char (&version)[N], MakeBody&& make_body)
-{
-    const PutBack kept(version);
-    set_text(version, "0:0"); // any constant text will do
-    return stable_hash(make_body());
-}
 
 /// Makes saved parameters fit the interfaces in the current configuration. Adds every change to
 /// `messages`.
@@ -77,7 +40,7 @@ SavedState Instrument::saved_state()
     const Nmos& counters = advertisement_;
     state.counters = {counters.ver_slf, counters.ver_src, counters.ver_flw,
                       counters.ver_dvc, counters.ver_snd, counters.ver_rcv};
-    visit_resources([&](auto, auto& id, auto& version, auto&& make_body) {
+    visit_resources(*records_, *conformance_, [&](auto, auto& id, auto& version, auto&& make_body) {
         state.resources[std::string(text_of(id))] = {
             parse_tai_time(text_of(version)).value_or(TaiTime()), body_hash(version, make_body)};
     });
@@ -86,7 +49,7 @@ SavedState Instrument::saved_state()
         if (key.side == Side::sender)
             state.senders[id_of(key)] = {from.staged, from.active,
                                          records_->sdp_sessions[key.index].version,
-                                         sdp_hash(key.index)};
+                                         sdp_hash(*records_, *conformance_, key.index)};
         else
             state.receivers[id_of(key)] = {from.staged, from.active, 0, 0};
     }
@@ -96,8 +59,8 @@ SavedState Instrument::saved_state()
 std::size_t Instrument::count_known(const SavedState& saved) const
 {
     std::size_t known = 0;
-    for (const auto& [key, facts] : facts_)
-        known += (key.side == Side::sender ? saved.senders : saved.receivers).count(id_of(key));
+    for (const auto& [key, id] : ids_)
+        known += (key.side == Side::sender ? saved.senders : saved.receivers).count(id);
     return known;
 }
 
@@ -162,16 +125,18 @@ void Instrument::restore_counters(const SavedCounters& saved)
 void Instrument::restore_versions(const std::map<std::string, SavedResource>& saved)
 {
     const TaiTime now = clock_();
-    visit_resources([&](auto count_change, auto& id, auto& version, auto&& make_body) {
-        const auto found = saved.find(std::string(text_of(id)));
-        const bool same =
-            found != saved.end() && found->second.body_hash == body_hash(version, make_body);
-        if (found != saved.end())
-            set_text(version, to_text(same ? found->second.version
-                                           : later_than(found->second.version, now)));
-        if (!same)
-            (advertisement_.*count_change)();
-    });
+    visit_resources(*records_, *conformance_,
+                    [&](auto count_change, auto& id, auto& version, auto&& make_body) {
+                        const auto found = saved.find(std::string(text_of(id)));
+                        const bool same = found != saved.end() &&
+                                          found->second.body_hash == body_hash(version, make_body);
+                        if (found != saved.end())
+                            set_text(version,
+                                     to_text(same ? found->second.version
+                                                  : later_than(found->second.version, now)));
+                        if (!same)
+                            (advertisement_.*count_change)();
+                    });
 }
 
 void Instrument::restore_sdp_versions(const std::map<std::string, SavedConnection>& saved)
@@ -181,20 +146,11 @@ void Instrument::restore_sdp_versions(const std::map<std::string, SavedConnectio
         const auto found = saved.find(id_of(key));
         if (key.side != Side::sender || found == saved.end())
             continue;
-        const bool same = sdp_hash(key.index) == found->second.sdp_hash;
+        const bool same = sdp_hash(*records_, *conformance_, key.index) == found->second.sdp_hash;
         records_->sdp_sessions[key.index].version = found->second.sdp_version;
         if (!same)
             raise_sdp_version(key.index, now);
     }
-}
-
-/// The hash of a sender's SDP file without its version.
-std::uint64_t Instrument::sdp_hash(std::size_t sender)
-{
-    std::uint64_t& version = records_->sdp_sessions[sender].version;
-    const PutBack kept(version);
-    version = 0;
-    return stable_hash(sdp_text(sender));
 }
 
 } // namespace nmos_instrument::host

@@ -29,7 +29,7 @@ void set_aside(const ReplacedFile& file, const std::string& reason, const Log& l
         printable(reason.substr(0, longest_reason)) + (reason.size() > longest_reason ? "..." : "");
     const std::string ending = ".damaged-" + std::to_string(tai_now().seconds);
     file.rename_beside(ending);
-    log.error("--state {} is damaged: {}; it is now {}; starting with the configuration",
+    log.error("state file {} is damaged: {}; it is now {}; starting with the configuration",
               file.name(), why, file.beside(ending));
 }
 
@@ -38,7 +38,7 @@ void set_aside(const ReplacedFile& file, const std::string& reason, const Log& l
     throw std::runtime_error("it has the parameters of " + std::to_string(saved) +
                              " senders and receivers, and none of them is in the configuration: "
                              "use the configuration that it belongs to (serial_number), another "
-                             "file, or --state-reset to start afresh");
+                             "file, or let it start afresh (serve --state-reset)");
 }
 
 void restore(const ReplacedFile& file, const std::string& text, Instrument& instrument,
@@ -49,10 +49,11 @@ void restore(const ReplacedFile& file, const std::string& text, Instrument& inst
     if (known == 0 && saved.connections() != 0)
         refuse_other_instrument(saved.connections());
     for (const std::string& message : instrument.restore(saved))
-        log.warning("--state {}: {}", file.name(), message);
+        log.warning("state file {}: {}", file.name(), message);
     if (known < saved.connections()) {
         file.write_beside(previous, text);
-        log.warning("--state {}: {} keeps the file as it was", file.name(), file.beside(previous));
+        log.warning("state file {}: {} keeps the file as it was", file.name(),
+                    file.beside(previous));
     }
     log.info("state restored from {}", file.name());
 }
@@ -67,7 +68,7 @@ void restore_or_reset(const ReplacedFile& file, Instrument& instrument, StateRes
     }
     if (reset == StateReset::yes) {
         file.rename_beside(previous);
-        log.warning("--state {} is now {}; starting with the configuration", file.name(),
+        log.warning("state file {} is now {}; starting with the configuration", file.name(),
                     file.beside(previous));
         return;
     }
@@ -86,7 +87,7 @@ void restore_from(const ReplacedFile& file, Instrument& instrument, StateReset r
     try {
         restore_or_reset(file, instrument, reset, log);
     } catch (const std::runtime_error& error) {
-        throw std::runtime_error("--state " + file.name() + ": " + error.what());
+        throw std::runtime_error("state file " + file.name() + ": " + error.what());
     }
 }
 

@@ -46,7 +46,7 @@ StateFile::StateFile(ReplacedFile file, Instrument& instrument, Log log, StateFi
     const std::string trouble =
         writer_.outcome_within(patience_.write).value_or(takes_longer_than(patience_.write));
     if (!trouble.empty())
-        throw std::runtime_error("--state " + writer_.file().name() +
+        throw std::runtime_error("state file " + writer_.file().name() +
                                  ": cannot be written: " + trouble);
     thread_ = std::thread([this] { run(); });
 }

@@ -53,7 +53,8 @@ void set_sdp_session(Records& records, std::size_t sender)
 
 short current_format(const Configuration& configuration)
 {
-    return configuration.video.lines == PictureSize::lines_2160 ? format_4k : format_any;
+    return configuration.video.lines == PictureSize::lines_2160 ? current_format_4k
+                                                                : current_format_any;
 }
 
 } // namespace nmos_instrument::host

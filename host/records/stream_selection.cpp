@@ -13,13 +13,13 @@ int audio_group_filter_of(AudioGroups groups)
 {
     switch (groups) {
     case AudioGroups::g1:
-        return 0;
+        return audio_group_filter_g1;
     case AudioGroups::g1_and_g2:
-        return 1;
+        return audio_group_filter_g1_g2;
     case AudioGroups::all_four:
         break;
     }
-    return 2;
+    return audio_group_filter_all;
 }
 
 } // namespace
@@ -27,9 +27,12 @@ int audio_group_filter_of(AudioGroups groups)
 StreamSelection selection_of(const StreamSettings& streams)
 {
     StreamSelection selection;
-    selection.receiver_filter = streams.receiver_essences == Essences::video_only ? 1 : 0;
+    selection.receiver_filter = streams.receiver_essences == Essences::video_only
+                                    ? receiver_filter_video_only
+                                    : receiver_filter_all;
     selection.audio_group_filter = audio_group_filter_of(streams.audio_groups);
-    selection.sender_filter = streams.senders == SenderStreams::all ? 1 : 0;
+    selection.sender_filter =
+        streams.senders == SenderStreams::all ? sender_filter_all : sender_filter_stream_1;
     return selection;
 }
 
@@ -62,14 +65,14 @@ const char* why_receiver_is_hidden(const StreamSettings& streams, std::size_t re
 
 bool StreamSelection::shows_sender(std::size_t sender) const
 {
-    return Nmos().is_insert_node_senders(sender_filter,
-                                         first_sender_label + static_cast<int>(sender)) != 0;
+    return Nmos().is_insert_node_senders(sender_filter, sender_label(static_cast<int>(sender))) !=
+           0;
 }
 
 bool StreamSelection::shows_receiver(std::size_t receiver) const
 {
     return Nmos().is_insert_node_receivers(receiver_filter, audio_group_filter,
-                                           first_receiver_label + static_cast<int>(receiver)) != 0;
+                                           receiver_label(static_cast<int>(receiver))) != 0;
 }
 
 } // namespace nmos_instrument::host

@@ -9,13 +9,12 @@
 
 namespace nmos_instrument::host {
 
-/// The three selectors that the library's operations take. StreamSettings has them in words; the
-/// library's headers say what each number does.
+/// The three selectors that the library's operations take. StreamSettings has them in words.
 struct StreamSelection
 {
-    int receiver_filter = 0;    ///< 0 all kinds of receivers, 1 video only
-    int audio_group_filter = 2; ///< 0 group G1, 1 groups G1 and G2, 2 all four
-    int sender_filter = 1;      ///< 0 without the video senders of streams 2 to 4, 1 all
+    int receiver_filter = receiver_filter_all;
+    int audio_group_filter = audio_group_filter_all;
+    int sender_filter = sender_filter_all;
 
     bool operator==(const StreamSelection&) const = default;
 

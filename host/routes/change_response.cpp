@@ -3,6 +3,7 @@
 #include "routes/change_response.h"
 
 #include <string>
+#include <utility>
 
 #include "http/error_response.h"
 #include "text/quoted_text.h"
@@ -18,6 +19,19 @@ std::string refusal_line(const Refusal& refusal)
     if (!refusal.debug.empty())
         line += ": " + one_line(refusal.debug);
     return line;
+}
+
+void log_change(const Services& services, const std::string& peer, const ConnectionKey& key,
+                const ChangeOutcome& outcome)
+{
+    for (const std::string& line : outcome.log)
+        services.log.info(peer, line);
+    if (!outcome.is_refusal())
+        return;
+    const Refusal refusal = refusal_of(outcome);
+    services.counts.refused_change(refusal.status);
+    services.log.info(peer, "refused a change of " + services.instrument.resource_name(key) + ": " +
+                                refusal_line(refusal));
 }
 
 } // namespace
@@ -41,21 +55,18 @@ int http_status(ChangeResult result)
     return 500;
 }
 
-ChangeOutcome change(const Services& services, const std::string& peer, const ConnectionKey& key,
-                     const ConnectionPatch& patch, const Findings& findings)
+void change(const Services& services, const std::string& peer, const ConnectionKey& key,
+            const ConnectionPatch& patch, const Findings& findings, Instrument::Then then)
 {
-    Instrument& instrument = services.instrument;
-    ChangeOutcome outcome =
-        findings.empty() ? instrument.change(key, patch) : invalid_parameters(findings.text());
-    for (const std::string& line : outcome.log)
-        services.log.info(peer, line);
-    if (outcome.is_refusal()) {
-        const Refusal refusal = refusal_of(outcome);
-        services.counts.refused_change(refusal.status);
-        services.log.info(peer, "refused a change of " + instrument.resource_name(key) + ": " +
-                                    refusal_line(refusal));
-    }
-    return outcome;
+    Instrument::Then log_first = [&services, peer, key,
+                                  then = std::move(then)](ChangeOutcome outcome) {
+        log_change(services, peer, key, outcome);
+        then(std::move(outcome));
+    };
+    if (findings.empty())
+        services.instrument.change(key, patch, std::move(log_first));
+    else
+        log_first(invalid_parameters(findings.text()));
 }
 
 void note_refusal(const Services& services, const std::string& peer, const std::string& what,

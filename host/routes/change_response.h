@@ -19,10 +19,10 @@ namespace nmos_instrument::host {
 /// IS-05 v1.0, ConnectionAPI.raml: 200, 202, 400, 404, 423 or 500.
 int http_status(ChangeResult result);
 
-/// Makes the change that `peer` asks for, unless `findings` already refuse it. What was done, and
-/// every refusal, is in the log.
-ChangeOutcome change(const Services& services, const std::string& peer, const ConnectionKey& key,
-                     const ConnectionPatch& patch, const Findings& findings);
+/// Makes the change that `peer` asks for, unless `findings` already refuse it, and calls `then` as
+/// Instrument::change does. What was done, and every refusal, is in the log before.
+void change(const Services& services, const std::string& peer, const ConnectionKey& key,
+            const ConnectionPatch& patch, const Findings& findings, Instrument::Then then);
 
 /// Keeps a refusal for "/status". It is called where the client is answered, with what it is told: no
 /// client hears of another what that one must not hear itself.

@@ -19,10 +19,11 @@ namespace {
 OneOfEachKind shown_receivers(const Instrument& instrument)
 {
     OneOfEachKind receivers{};
+    const StreamSettings streams = instrument.configuration().streams;
     for (const Essence kind : all_essences) {
         const std::size_t first = first_receiver_of(kind);
-        if (why_receiver_is_hidden(instrument.configuration().streams, first) == nullptr)
-            receivers[index_of(kind)] = &instrument.sdp_receiver(first);
+        if (why_receiver_is_hidden(streams, first) == nullptr)
+            receivers[index_of(kind)] = instrument.sdp_receiver(first);
     }
     return receivers;
 }

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 #include <nmos_instrument/nmos_instrument.h>
@@ -16,27 +21,32 @@
 namespace nmos_instrument::host {
 namespace {
 
-/// Does what one PATCH, or one entry of a bulk request, asks for. The caller answers.
-ChangeOutcome patch_staged(const Services& services, const std::string& peer,
-                           const ConnectionKey& key, const nlohmann::json& document)
+/// Does what one PATCH, or one entry of a bulk request, asks for. The caller answers in `then`.
+void patch_staged(const Services& services, const std::string& peer, const ConnectionKey& key,
+                  const nlohmann::json& document, Instrument::Then then)
 {
     Findings findings;
     const ConnectionPatch patch = parse_patch(document, key.side, findings);
-    ChangeOutcome outcome = change(services, peer, key, patch, findings);
-    if (outcome.is_refusal())
-        note_refusal(services, peer, services.instrument.resource_name(key), refusal_of(outcome));
-    return outcome;
+    change(services, peer, key, patch, findings,
+           [&services, peer, key, then = std::move(then)](ChangeOutcome outcome) {
+               if (outcome.is_refusal())
+                   note_refusal(services, peer, services.instrument.resource_name(key),
+                                refusal_of(outcome));
+               then(std::move(outcome));
+           });
 }
 
 template <Side side>
 void patch_one(const Services& services, const JsonRequest& request, const HttpReply& reply)
 {
-    const ChangeOutcome outcome =
-        patch_staged(services, request.http.peer, {side, request.index}, request.document);
-    if (outcome.is_refusal())
-        reply(response_of(refusal_of(outcome)));
-    else
-        reply_when_saved(services, reply, json_response(outcome.body, http_status(outcome.result)));
+    patch_staged(services, request.http.peer, {side, request.index}, request.document,
+                 [&services, reply](const ChangeOutcome& outcome) {
+                     if (outcome.is_refusal())
+                         reply(response_of(refusal_of(outcome)));
+                     else
+                         reply_when_saved(services, reply,
+                                          json_response(outcome.body, http_status(outcome.result)));
+                 });
 }
 
 constexpr ResourceKind kind_of(Side side)
@@ -56,14 +66,6 @@ ChangeOutcome unknown_id(const Services& services, const std::string& peer, Side
     return outcome;
 }
 
-ChangeOutcome make_change(const Services& services, const std::string& peer, Side side,
-                          const BulkEntry& entry)
-{
-    const auto index = services.instrument.index().find(kind_of(side), entry.id);
-    return index ? patch_staged(services, peer, {side, *index}, *entry.params)
-                 : unknown_id(services, peer, side, entry.id);
-}
-
 /// The answer to one entry of a bulk request.
 std::string bulk_entry(const std::string& id, const ChangeOutcome& outcome)
 {
@@ -72,6 +74,58 @@ std::string bulk_entry(const std::string& id, const ChangeOutcome& outcome)
         entry +=
             ",\"debug\":" + json_string(outcome.debug) + ",\"error\":" + json_string(outcome.error);
     return entry + ",\"id\":" + json_string(id) + '}';
+}
+
+/// The answer to a bulk request. Each entry may end later, on another thread; the last one replies.
+class BulkAnswer
+{
+public:
+    BulkAnswer(const Services& services, HttpReply reply, std::size_t size)
+        : services_(services), reply_(std::move(reply)), entries_(size), left_(size)
+    {}
+
+    void ended(std::size_t index, const std::string& id, const ChangeOutcome& outcome)
+    {
+        std::string entry = bulk_entry(id, outcome);
+        {
+            const std::lock_guard lock(mutex_);
+            entries_[index] = std::move(entry);
+            changed_ = changed_ || !outcome.is_refusal();
+            if (--left_ != 0)
+                return;
+        }
+        answer();
+    }
+
+    /// When all have ended.
+    void answer() const
+    {
+        std::string body = "[";
+        for (const std::string& entry : entries_)
+            body += (body.size() == 1 ? "" : ",") + entry;
+        HttpResponse response = json_response(body + ']');
+        if (changed_)
+            reply_when_saved(services_, reply_, std::move(response));
+        else
+            reply_(std::move(response));
+    }
+
+private:
+    const Services& services_;
+    const HttpReply reply_;
+    std::mutex mutex_;
+    std::vector<std::string> entries_; ///< in the order of the request
+    std::size_t left_;
+    bool changed_ = false;
+};
+
+void make_change(const Services& services, const std::string& peer, Side side,
+                 const BulkEntry& entry, Instrument::Then then)
+{
+    if (const auto index = services.instrument.index().find(kind_of(side), entry.id))
+        patch_staged(services, peer, {side, *index}, *entry.params, std::move(then));
+    else
+        then(unknown_id(services, peer, side, entry.id));
 }
 
 template <Side side>
@@ -85,18 +139,14 @@ void post_bulk(const Services& services, const JsonRequest& request, const HttpR
                {400, "The body is not a bulk request", findings.text()});
         return;
     }
-    std::string answers;
-    bool changed = false;
-    for (const BulkEntry& entry : entries) {
-        const ChangeOutcome outcome = make_change(services, request.http.peer, side, entry);
-        changed = changed || !outcome.is_refusal();
-        answers += (answers.empty() ? "[" : ",") + bulk_entry(entry.id, outcome);
-    }
-    HttpResponse response = json_response(answers.empty() ? "[]" : answers + ']');
-    if (changed)
-        reply_when_saved(services, reply, std::move(response));
-    else
-        reply(std::move(response));
+    const auto answer = std::make_shared<BulkAnswer>(services, reply, entries.size());
+    if (entries.empty())
+        answer->answer();
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        make_change(services, request.http.peer, side, entries[i],
+                    [answer, i, id = entries[i].id](const ChangeOutcome& outcome) {
+                        answer->ended(i, id, outcome);
+                    });
 }
 
 /// A leg has one interface, and its constraints say only that.

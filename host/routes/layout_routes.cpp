@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // "/layout": all senders and receivers that the instrument has, stream by stream, also those that its
-// configuration hides. It never changes while the program runs.
+// configuration hides.
 
 #include <cstddef>
 #include <optional>
@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "configuration/resource_counts.h"
+#include "records/record_shape.h"
 #include "records/record_text.h"
 #include "records/stream_selection.h"
 #include "routes/routes.h"
@@ -53,7 +54,7 @@ void add_sender(JsonOutput& json, const Records& records, const StreamSettings& 
     OptionalText id;
     OptionalText label;
     // Of senders that are not there at all, the records know nothing.
-    if (sender < static_cast<std::size_t>(records.node.senders_count)) {
+    if (has_sender(records.node, sender)) {
         id = text_of(records.node.senders[sender].id);
         label = text_of(records.node.senders[sender].label);
     }
@@ -66,10 +67,16 @@ void add_receiver(JsonOutput& json, const Records& records, const StreamSettings
 {
     const RECEIVER_IS04_ST& record = records.node.receivers[receiver];
     const Essence essence = essence_of_receiver(receiver);
+    OptionalText id;
+    OptionalText label;
     OptionalText group;
+    if (has_receiver(records.node, receiver)) {
+        id = text_of(record.id);
+        label = text_of(record.label);
+    }
     if (essence == Essence::audio)
         group = group_names[audio_group_of(receiver)];
-    add_resource(json, text_of(record.id), essence, group, text_of(record.label),
+    add_resource(json, id, essence, group, label,
                  text_or_nothing(why_receiver_is_hidden(streams, receiver)));
 }
 

@@ -60,9 +60,9 @@ struct TargetChange
     HttpReply reply;
     std::string body; ///< of the answer
 
-    ChangeOutcome apply(const ConnectionPatch& patch) const
+    void apply(const ConnectionPatch& patch, Instrument::Then then) const
     {
-        return change(services, peer, receiver, patch, Findings());
+        change(services, peer, receiver, patch, Findings(), std::move(then));
     }
 
     /// A refusal that apply() has not counted.
@@ -87,15 +87,10 @@ struct TargetChange
     }
 };
 
-/// Answers for a manifest that was fetched from elsewhere.
-void connect_with(const TargetSender& sender, const std::string& sdp, const TargetChange& change)
+/// Answers with what became of a manifest that was fetched from elsewhere.
+void answer_for(const TargetSender& sender, const ChangeOutcome& outcome,
+                const TargetChange& change)
 {
-    // Fetching took its time.
-    if (const std::optional<Refusal> refusal = refusal_of_change(change.services)) {
-        change.refuse(*refusal);
-        return;
-    }
-    const ChangeOutcome outcome = change.apply(patch_to_connect(sender.id, sdp));
     // A lock is no secret, but here it would tell that something was fetched.
     if (outcome.result != ChangeResult::invalid && outcome.result != ChangeResult::locked) {
         change.answer(outcome);
@@ -106,28 +101,42 @@ void connect_with(const TargetSender& sender, const std::string& sdp, const Targ
     change.answer_with(manifest_refusal());
 }
 
+using SharedChange = std::shared_ptr<const TargetChange>;
+
+void connect_with(const TargetSender& sender, const std::string& sdp, const SharedChange& change)
+{
+    // Fetching took its time.
+    if (const std::optional<Refusal> refusal = refusal_of_change(change->services)) {
+        change->refuse(*refusal);
+        return;
+    }
+    change->apply(patch_to_connect(sender.id, sdp), [sender, change](const ChangeOutcome& outcome) {
+        answer_for(sender, outcome, *change);
+    });
+}
+
 void answer_about(const TargetSender& sender, const FetchedManifest& manifest,
-                  const TargetChange& change)
+                  const SharedChange& change)
 {
     if (manifest.result == FetchedManifest::Result::fetched) {
         connect_with(sender, manifest.content, change);
         return;
     }
-    change.services.log.info(change.peer, "the manifest " + shown_url(sender.manifest_href) +
-                                              " was not fetched: " + manifest.why);
+    change->services.log.info(change->peer, "the manifest " + shown_url(sender.manifest_href) +
+                                                " was not fetched: " + manifest.why);
     const bool too_many = manifest.result == FetchedManifest::Result::too_many;
-    change.refuse(too_many ? too_many_manifests() : manifest_refusal());
+    change->refuse(too_many ? too_many_manifests() : manifest_refusal());
 }
 
-void fetch_manifest(const TargetSender& sender, const std::shared_ptr<TargetChange>& change)
+void fetch_manifest(const TargetSender& sender, const SharedChange& change)
 {
-    if (const auto locked = change->services.instrument.refusal_while_scheduled(change->receiver)) {
+    if (const auto locked = change->services.instrument.refusal_while_locked(change->receiver)) {
         change->refuse(refusal_of(*locked));
         return;
     }
     change->services.manifests.fetch(sender.manifest_href, client_of(change->peer),
                                      [sender, change](const FetchedManifest& manifest) {
-                                         answer_about(sender, manifest, *change);
+                                         answer_about(sender, manifest, change);
                                      });
 }
 
@@ -140,17 +149,19 @@ void put_target(const Services& services, const JsonRequest& request, const Http
                {400, "The body is neither an IS-04 v1.2 sender nor {}", findings.text()});
         return;
     }
-    const auto change = std::make_shared<TargetChange>(TargetChange{
-        services, {Side::receiver, request.index}, request.http.peer, reply, request.http.body});
-    if (!sender) {
-        change->body = "{}";
-        change->answer(change->apply(patch_to_disconnect()));
-    } else if (const auto own = own_sender(services.instrument, sender->manifest_href)) {
-        change->answer(
-            change->apply(patch_to_connect(sender->id, services.instrument.sdp_file(*own))));
-    } else {
+    const auto change =
+        std::make_shared<const TargetChange>(TargetChange{services,
+                                                          {Side::receiver, request.index},
+                                                          request.http.peer,
+                                                          reply,
+                                                          sender ? request.http.body : "{}"});
+    const auto answer = [change](const ChangeOutcome& outcome) { change->answer(outcome); };
+    if (!sender)
+        change->apply(patch_to_disconnect(), answer);
+    else if (const auto own = own_sender(services.instrument, sender->manifest_href))
+        change->apply(patch_to_connect(sender->id, services.instrument.sdp_file(*own)), answer);
+    else
         fetch_manifest(*sender, change);
-    }
 }
 
 constexpr Route table[] = {

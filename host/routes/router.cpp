@@ -3,6 +3,7 @@
 #include "routes/router.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -137,11 +138,15 @@ HttpResponse Router::answer_at_root(const Route& listing, const HttpRequest& req
 
 std::string Router::text_of(const Route& route, MakeText make_text, std::size_t index) const
 {
-    std::string text = services_.instrument.read(
-        [&](Records& records) { return make_text(records, static_cast<int>(index)); });
+    std::shared_ptr<const Conformance> conformance;
+    std::string text =
+        services_.instrument.read_with_conformance([&](Records& records, const auto& its) {
+            conformance = its;
+            return make_text(records, static_cast<int>(index));
+        });
     if (route.correct == nullptr)
         return text;
-    return (services_.instrument.conformance().*route.correct)(std::move(text));
+    return (*conformance.*route.correct)(std::move(text));
 }
 
 void Router::answer(const Route& route, std::size_t index, const HttpRequest& request,

@@ -11,8 +11,8 @@ std::vector<Essence> other_takers(const std::string& sdp, Essence asked,
 {
     std::vector<Essence> takers;
     for (const Essence other : all_essences) {
-        const SdpReceiver* const receiver = receivers[index_of(other)];
-        if (other != asked && receiver != nullptr && read_sdp(sdp, *receiver).taken())
+        const std::optional<SdpReceiver>& receiver = receivers[index_of(other)];
+        if (other != asked && receiver && read_sdp(sdp, *receiver).taken())
             takers.push_back(other);
     }
     return takers;

@@ -21,7 +21,7 @@ struct SdpReceiver
     std::array<std::optional<std::string>, leg_count> interface_addresses;
     bool switch_capable = true; ///< between 2K and 4K
     bool switch_allowed = true;
-    short current_format = format_any; ///< as ConnectionApi::analyze_sdp_file takes it
+    short current_format = current_format_any; ///< as ConnectionApi::analyze_sdp_file takes it
 };
 
 } // namespace nmos_instrument::host

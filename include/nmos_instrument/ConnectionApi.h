@@ -121,6 +121,8 @@ public:
     /// half and the `sdp_` members of `sys`. Every line ends with CR LF.
     ///
     /// Intentional: much does not depend on the records, so a receiver always sees the same form.
+    /// "o=HALDEN" and "s=QX3100 OPT21/22" name the instrument; a host that needs other names replaces
+    /// them in the text.
     /// There are two legs (the second is what leg 1 of the record holds, even if `leg_count` is
     /// 1); `master_enable` does not matter; the PTP domain is 127 and the TTL 64; video is
     /// YCbCr-4:2:2, 10 bit, BT709, SDR, narrow sender. In the first leg rtpmap precedes fmtp, in

@@ -16,8 +16,12 @@
 //   Nmos.h                Nmos                service file, settings document, membership rules
 //   NetworkControlApi.h   NetworkControlApi   a class without operations
 //
+//   record_text.h         set_text ...        fields that are filled and never overrun
+//   codes.h               the instrument's codes and positions by name; Selection
+//   default_records.h     fill_default_records  records that are right as they come
 //   record_check.h        check_record        tells what is wrong with a record
-//   version.h             the version of the library
+//                         check_records       ... and with all of them together
+//   version.h             version             the version of the library
 //
 // Each of these headers except NetworkControlApi.h and version.h has an example. All together:
 //
@@ -61,9 +65,12 @@
 #include "nmos_instrument/Nmos.h"
 #include "nmos_instrument/NodeApi.h"
 #include "nmos_instrument/RegistrationApi.h"
+#include "nmos_instrument/codes.h"
 #include "nmos_instrument/connection_state.h"
+#include "nmos_instrument/default_records.h"
 #include "nmos_instrument/node_state.h"
 #include "nmos_instrument/record_check.h"
+#include "nmos_instrument/record_text.h"
 #include "nmos_instrument/system_parameters.h"
 #include "nmos_instrument/version.h"
 

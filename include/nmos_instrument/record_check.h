@@ -17,6 +17,8 @@
 // assert(nmos_instrument::check_record(*connections).empty()); // no slot is in use
 // ```
 //
+// default_records.h shows check_records, which looks at all records of an instrument together.
+//
 // A finding is one line of visible ASCII: the field's path, its value, the rule. The words of a
 // rule may change between versions. Texts are in quotes, bytes other than visible ASCII as \xHH,
 // and a text of more than 64 bytes is shortened:
@@ -52,6 +54,7 @@
 #include <string>
 #include <vector>
 
+#include "nmos_instrument/codes.h"
 #include "nmos_instrument/connection_state.h"
 #include "nmos_instrument/export.h"
 #include "nmos_instrument/node_state.h"
@@ -135,6 +138,40 @@ NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const NMOS_IS05_ST&
 ///   `sdp_rtp_payload_video`: 96 to 127, the dynamic payload types (RFC 3551, 6). A cleared table
 ///   has findings here: its SDP files would name a static payload type.
 NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const st_param_sys& record);
+
+/// What is wrong with the three records of one instrument, alone and beside one another; empty when
+/// nothing is. `selection` holds the selectors that the host passes to the operations.
+///
+/// The findings of check_record for each record come first, with a path that begins with "node.",
+/// "connections." or "settings.". What the selectors hide is not looked at: senders and receivers
+/// of the node, their ids in its devices, and their connections. So a node with one video and one
+/// audio sender leaves the others cleared.
+///
+/// Then, as far as the node has what is named, and of what is shown only:
+///
+/// - `node.flows[0]` with the video format: `frame_width`, `frame_height`, the grain rate and
+///   whether `interlace_mode` is "progressive" are those of the SDP file, see
+///   `settings.sdp_video_system` and `settings.sdp_video_frame_rate`. The rest of the file is fixed
+///   and not compared: a flow may be in BT2020.
+/// - `connections.ptp_grandmaster_id`, when a sender is in use and the node has PTP clocks: the
+///   `gmid` of one of them, in either case.
+/// - `node.href`, when it names an IPv4 address: protocol, host and port are those of an endpoint.
+/// - `manifest_href` of senders, and `href` of controls whose type is
+///   urn:x-nmos:control:sr-ctrl/...: protocol, host and port are those of `node.href` or of an
+///   endpoint. A Connection API at another port needs an endpoint of its own; only the first reaches
+///   a body.
+/// - a sender or receiver of the node: its connection is in use. A connection in use: the node has
+///   a sender or receiver at this position.
+/// - `leg_count` of both halves: the `interface_bindings_count` of the sender or receiver.
+/// - `subscription[0]`: `active` says what `master_enable` of the active half says; `peer_id` is
+///   that of the active half while that is enabled, else "null". A sender may say "null" at all
+///   times, since IS-04 wants a receiver named only for unicast.
+///
+/// These may report a field that check_record has reported already. Since 1.0.
+NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_records(const NMOS_IS04_ST& node,
+                                                              const NMOS_IS05_ST& connections,
+                                                              const st_param_sys& settings,
+                                                              const Selection& selection);
 
 } // namespace nmos_instrument
 

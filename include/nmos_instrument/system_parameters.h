@@ -45,107 +45,116 @@
 #ifndef NMOS_INSTRUMENT_SYSTEM_PARAMETERS_H
 #define NMOS_INSTRUMENT_SYSTEM_PARAMETERS_H
 
+#include <stdint.h>
+#ifdef __cplusplus
 #include <cstdint>
+#endif
+
+#ifndef __cplusplus
+// In C as in C++, the records are named without the word struct.
+typedef struct st_param_masks st_param_masks;
+typedef struct st_param_addresses st_param_addresses;
+typedef struct st_param_sys st_param_sys;
+#endif
 
 /// Masks of one video, audio or ancillary entry on one leg.
 struct st_param_masks
 {
-    std::int16_t src_mask; ///< source address mask, as "pri_video_src_mask"
-    std::int16_t dst_mask; ///< destination address mask, as "pri_video_dst_mask"
+    int16_t src_mask; ///< source address mask, as "pri_video_src_mask"
+    int16_t dst_mask; ///< destination address mask, as "pri_video_dst_mask"
 };
 
 /// IPv4 addresses of one video, audio or ancillary entry on one leg; octets from 0 to 255.
 struct st_param_addresses
 {
-    std::int16_t src_ip[4]; ///< source address, as "pri_video_src_ip"
-    std::int16_t dst_ip[4]; ///< destination address, as "pri_video_dst_ip"
+    int16_t src_ip[4]; ///< source address, as "pri_video_src_ip"
+    int16_t dst_ip[4]; ///< destination address, as "pri_video_dst_ip"
 };
 
 /// The instrument's system settings. `pri_` is the primary network leg, `sec_` the secondary;
 /// `anc` is ancillary data. Members named `unread_N` begin at element N and are never read.
 struct st_param_sys
 {
-    std::int16_t unread_0[66];
-    std::int16_t type;       ///< [66] instrument type code, "type"
-    std::int16_t redundancy; ///< [67] redundancy setting of the legs, "redundancy"
-    std::int16_t unread_68[2];
+    int16_t unread_0[66];
+    int16_t type;       ///< [66] instrument type code, "type"
+    int16_t redundancy; ///< [67] redundancy setting of the legs, "redundancy"
+    int16_t unread_68[2];
 
-    std::int16_t pri_video_vlan_mask[4];       ///< [70]
-    std::int16_t sec_video_vlan_mask[4];       ///< [74]
-    std::int16_t pri_video_vlan_id[4];         ///< [78] VLAN identifier, 0 to 4095
-    std::int16_t sec_video_vlan_id[4];         ///< [82]
+    int16_t pri_video_vlan_mask[4];            ///< [70]
+    int16_t sec_video_vlan_mask[4];            ///< [74]
+    int16_t pri_video_vlan_id[4];              ///< [78] VLAN identifier, 0 to 4095
+    int16_t sec_video_vlan_id[4];              ///< [82]
     st_param_masks pri_video_masks[4];         ///< [86]
     st_param_masks sec_video_masks[4];         ///< [94]
     st_param_addresses pri_video_addresses[4]; ///< [102]
     st_param_addresses sec_video_addresses[4]; ///< [134]
-    std::int16_t unread_166[2];
-    std::int16_t pri_video_dst_port[4][4]; ///< [168] low byte, high byte, two unread
-    std::int16_t sec_video_dst_port[14];   ///< [184] stream s at [s * 4]: low byte, high byte
+    int16_t unread_166[2];
+    int16_t pri_video_dst_port[4][4]; ///< [168] low byte, high byte, two unread
+    int16_t sec_video_dst_port[14];   ///< [184] stream s at [s * 4]: low byte, high byte
 
-    std::int16_t pri_audio_vlan_mask[4][4];       ///< [198]
-    std::int16_t sec_audio_vlan_mask[4][4];       ///< [214]
-    std::int16_t pri_audio_vlan_id[4][4];         ///< [230]
-    std::int16_t sec_audio_vlan_id[4][4];         ///< [246]
+    int16_t pri_audio_vlan_mask[4][4];            ///< [198]
+    int16_t sec_audio_vlan_mask[4][4];            ///< [214]
+    int16_t pri_audio_vlan_id[4][4];              ///< [230]
+    int16_t sec_audio_vlan_id[4][4];              ///< [246]
     st_param_masks pri_audio_masks[4][4];         ///< [262]
     st_param_masks sec_audio_masks[4][4];         ///< [294]
     st_param_addresses pri_audio_addresses[4][4]; ///< [326]
     st_param_addresses sec_audio_addresses[4][4]; ///< [454]
-    std::int16_t unread_582[2];
-    std::int16_t pri_audio_dst_port[4][16]; ///< [584] low byte, high byte, fourteen unread
-    std::int16_t sec_audio_dst_port[62];    ///< [648] stream s at [s * 16]: low byte, high byte
+    int16_t unread_582[2];
+    int16_t pri_audio_dst_port[4][16]; ///< [584] low byte, high byte, fourteen unread
+    int16_t sec_audio_dst_port[62];    ///< [648] stream s at [s * 16]: low byte, high byte
 
-    std::int16_t pri_anc_vlan_mask[4];       ///< [710]
-    std::int16_t sec_anc_vlan_mask[4];       ///< [714]
-    std::int16_t pri_anc_vlan_id[4];         ///< [718]
-    std::int16_t sec_anc_vlan_id[4];         ///< [722]
+    int16_t pri_anc_vlan_mask[4];            ///< [710]
+    int16_t sec_anc_vlan_mask[4];            ///< [714]
+    int16_t pri_anc_vlan_id[4];              ///< [718]
+    int16_t sec_anc_vlan_id[4];              ///< [722]
     st_param_masks pri_anc_masks[4];         ///< [726]
     st_param_masks sec_anc_masks[4];         ///< [734]
     st_param_addresses pri_anc_addresses[4]; ///< [742]
     st_param_addresses sec_anc_addresses[4]; ///< [774]
-    std::int16_t unread_806[2];
-    std::int16_t pri_anc_dst_port[4][4]; ///< [808] low byte, high byte, two unread
-    std::int16_t sec_anc_dst_port[4][4]; ///< [824] low byte, high byte, two unread
-    std::int16_t unread_840[16];
+    int16_t unread_806[2];
+    int16_t pri_anc_dst_port[4][4]; ///< [808] low byte, high byte, two unread
+    int16_t sec_anc_dst_port[4][4]; ///< [824] low byte, high byte, two unread
+    int16_t unread_840[16];
 
-    std::int16_t ptp_profile; ///< [856] PTP (IEEE 1588) profile code
-    std::int16_t unread_857;
-    std::int16_t ptp_domain_num_pri; ///< [858] PTP domain number of the primary leg
-    std::int16_t ptp_domain_num_sec; ///< [859] PTP domain number of the secondary leg
-    std::int16_t ptp_comm_mode;      ///< [860] PTP communication mode code
-    std::int16_t ptp_delay_msg_rate; ///< [861] PTP delay request message rate code
-    std::int16_t unread_862;
-    std::int16_t st2110_vfmt_auto_mode; ///< [863] automatic detection of the video format
-    std::int16_t unread_864;
-    std::int16_t st2110_vfmt_rtp_payload_video[4]; ///< [865] video RTP payload type
-    std::int16_t st2110_vfmt_rtp_payload_audio[4]; ///< [869] audio RTP payload type
-    std::int16_t st2110_vfmt_rtp_payload_anc[4];   ///< [873] ancillary RTP payload type
-    std::int16_t st2110_vfmt_system[4];            ///< [877] video system code
-    std::int16_t st2110_vfmt_struct[4];            ///< [881] picture structure code
-    std::int16_t st2110_vfmt_frame_rate[4];        ///< [885] frame-rate code
-    std::int16_t unread_889[8];
-    std::int16_t st2110_vfmt_timestamp_read[4]; ///< [897] timestamp-read setting
-    std::int16_t unread_901[5];
+    int16_t ptp_profile; ///< [856] PTP (IEEE 1588) profile code
+    int16_t unread_857;
+    int16_t ptp_domain_num_pri; ///< [858] PTP domain number of the primary leg
+    int16_t ptp_domain_num_sec; ///< [859] PTP domain number of the secondary leg
+    int16_t ptp_comm_mode;      ///< [860] PTP communication mode code
+    int16_t ptp_delay_msg_rate; ///< [861] PTP delay request message rate code
+    int16_t unread_862;
+    int16_t st2110_vfmt_auto_mode; ///< [863] automatic detection of the video format
+    int16_t unread_864;
+    int16_t st2110_vfmt_rtp_payload_video[4]; ///< [865] video RTP payload type
+    int16_t st2110_vfmt_rtp_payload_audio[4]; ///< [869] audio RTP payload type
+    int16_t st2110_vfmt_rtp_payload_anc[4];   ///< [873] ancillary RTP payload type
+    int16_t st2110_vfmt_system[4];            ///< [877] video system code
+    int16_t st2110_vfmt_struct[4];            ///< [881] picture structure code
+    int16_t st2110_vfmt_frame_rate[4];        ///< [885] frame-rate code
+    int16_t unread_889[8];
+    int16_t st2110_vfmt_timestamp_read[4]; ///< [897] timestamp-read setting
+    int16_t unread_901[5];
 
     /// [906] 0 is SMPTE ST 2022-6 carriage, any other value SMPTE ST 2110
-    std::int16_t sdp_st2110_mode;
-    std::int16_t unread_907;
+    int16_t sdp_st2110_mode;
+    int16_t unread_907;
     /// [908] video system in the SDP file: 0 and 1 are 3840x2160, 4 is 1280x720, any other value
     /// is 1920x1080
-    std::int16_t sdp_video_system;
-    std::int16_t unread_909;
+    int16_t sdp_video_system;
+    int16_t unread_909;
     /// [910] frame rate in the SDP file: 1 is 60000/1001, 2 is 50; interlaced 10 is 30, 11 is
     /// 30000/1001, 12 is 25; any other value is 60
-    std::int16_t sdp_video_frame_rate;
-    std::int16_t unread_911[20];
+    int16_t sdp_video_frame_rate;
+    int16_t unread_911[20];
     /// [931] packet time of audio in the SDP file: 0 is 8 ms, 2 is 0.125 ms, any other value is
     /// 1 ms. Intentional: no level of SMPTE ST 2110-30 has 8 ms, but the instrument's code 0 has
-    std::int16_t sdp_audio_ptime;
-    std::int16_t unread_932[2];
+    int16_t sdp_audio_ptime;
+    int16_t unread_932[2];
     /// [934] video RTP payload type in the SDP file, 96 to 127; read while sdp_st2110_mode is not 0
-    std::int16_t sdp_rtp_payload_video;
-    std::int16_t sdp_rtp_payload_audio; ///< [935] audio RTP payload type in the SDP file, 96 to 127
-    std::int16_t
-        sdp_rtp_payload_anc; ///< [936] ancillary RTP payload type in the SDP file, 96 to 127
+    int16_t sdp_rtp_payload_video;
+    int16_t sdp_rtp_payload_audio; ///< [935] audio RTP payload type in the SDP file, 96 to 127
+    int16_t sdp_rtp_payload_anc;   ///< [936] ancillary RTP payload type in the SDP file, 96 to 127
 };
 
 #endif

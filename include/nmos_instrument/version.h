@@ -13,4 +13,18 @@
 #define NMOS_INSTRUMENT_VERSION_MINOR 0
 #define NMOS_INSTRUMENT_VERSION_PATCH 0
 
+#ifdef __cplusplus
+
+#include "nmos_instrument/export.h"
+
+namespace nmos_instrument {
+
+/// The version of the library that runs, "1.0.0". The numbers above are those of the headers that a
+/// host was compiled with; the library may be newer.
+NMOS_INSTRUMENT_EXPORT const char* version() noexcept;
+
+} // namespace nmos_instrument
+
+#endif
+
 #endif

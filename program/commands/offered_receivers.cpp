@@ -66,7 +66,7 @@ OfferedFile OfferedReceivers::offer(const std::string& sdp, std::optional<Essenc
         return offered;
     host::OneOfEachKind shown{};
     for (const Essence other : host::all_essences)
-        shown[index_of(other)] = are_shown(other) ? &*receivers_[index_of(other)] : nullptr;
+        shown[index_of(other)] = are_shown(other) ? receivers_[index_of(other)] : std::nullopt;
     for (const Essence other : host::other_takers(sdp, receiver, shown))
         offered.hints.push_back("a receiver of another kind would take it: --receiver " +
                                 std::string(name_of(other)));

@@ -26,7 +26,7 @@ constexpr const char* leg_names[2] = {"primary", "secondary"};
 short format_code(const std::string& word)
 {
     constexpr std::pair<const char*, short> words[] = {
-        {"2k", host::format_2k}, {"4k", host::format_4k}, {"any", host::format_any}};
+        {"2k", current_format_2k}, {"4k", current_format_4k}, {"any", current_format_any}};
     for (const auto& [name, code] : words) {
         if (word == name)
             return code;

@@ -17,7 +17,7 @@ namespace nmos_instrument::program {
 struct ReceivingInstrument
 {
     bool switch_capable = true;
-    short current_format = host::format_any;
+    short current_format = current_format_any;
     bool switch_allowed = true;
 };
 

@@ -12,6 +12,8 @@
 #include "commands/serve.h"
 #include "configuration/configuration_keys.h"
 #include "configuration/network_rules.h"
+#include "log/instrument_log.h"
+#include "panel/panel.h"
 
 namespace nmos_instrument::program {
 namespace {
@@ -37,6 +39,15 @@ std::vector<std::string> words_of_advertise()
     return words;
 }
 
+std::vector<std::string> texts_of(const std::vector<host::Ipv4Network>& networks)
+{
+    std::vector<std::string> texts;
+    texts.reserve(networks.size());
+    for (const host::Ipv4Network& network : networks)
+        texts.push_back(text_of(network));
+    return texts;
+}
+
 } // namespace
 
 void ServeOptions::add_to(CLI::App& command)
@@ -60,9 +71,8 @@ void ServeOptions::add_to(CLI::App& command)
                      "standards for SDP files ask for something else");
     command.add_flag("--no-panel", no_panel,
                      "do not show browsers the page that operates the instrument");
-    command.add_flag("--read-only", changes.read_only,
-                     "refuse every change of a connection with 403");
-    add_network_option(command, "--allow", changes.clients,
+    command.add_flag("--read-only", read_only, "refuse every change of a connection with 403");
+    add_network_option(command, "--allow", allow_changes,
                        "network or address of clients that may change connections; without it, "
                        "every client may");
     add_network_option(command, "--manifest-hosts", manifest_hosts,
@@ -190,6 +200,24 @@ void ServeOptions::replace_in(host::Configuration& settings) const
         if (advertise == one.word)
             settings.advertisement.when = one.meaning;
     }
+}
+
+nmos_instrument_host::Options ServeOptions::of_instrument() const
+{
+    nmos_instrument_host::Options instrument;
+    instrument.state_file = state_file.value_or("");
+    instrument.reset_state = state_reset;
+    instrument.first_free_port = first_free_port;
+    instrument.connections_per_address = connections_per_address;
+    if (!no_panel)
+        instrument.page = panel();
+    instrument.read_only = read_only;
+    instrument.changes_from = texts_of(allow_changes);
+    instrument.manifests_from = texts_of(manifest_hosts);
+    instrument.as_is = as_is;
+    instrument.log_level = level_of(log_level);
+    instrument.configuration_name = configuration.file.value_or("");
+    return instrument;
 }
 
 void add_serve_command(CLI::App& program, ExitStatus& status)

@@ -11,9 +11,8 @@
 #include "commands/configuration_options.h"
 #include "commands/exit_status.h"
 #include "configuration/configuration.h"
-#include "http/server.h"
-#include "routes/change_permission.h"
 #include "text/ipv4_network.h"
+#include <nmos_instrument_host/instrument.h>
 
 namespace nmos_instrument::program {
 
@@ -39,8 +38,9 @@ struct ServeOptions
     std::optional<std::string> advertise;
 
     std::vector<host::Ipv4Network> manifest_hosts;
-    unsigned connections_per_address = host::HttpServerOptions().connections_per_address;
-    host::ChangePermission changes;
+    unsigned connections_per_address = nmos_instrument_host::Options().connections_per_address;
+    bool read_only = false;
+    std::vector<host::Ipv4Network> allow_changes;
     bool as_is = false;
     bool no_panel = false;
     std::string log_level = "info";
@@ -50,6 +50,9 @@ struct ServeOptions
 
     /// What the options say takes the place of what the configuration says.
     void replace_in(host::Configuration& settings) const;
+
+    /// What the options say of anything else.
+    nmos_instrument_host::Options of_instrument() const;
 
 private:
     void add_reach_to(CLI::App& command);

@@ -3,7 +3,6 @@
 #include "log/program_log.h"
 
 #include <cstddef>
-#include <string_view>
 
 #include <fcntl.h>
 #include <spdlog/async.h>
@@ -33,36 +32,6 @@ std::shared_ptr<spdlog::details::thread_pool> start_queue()
     return std::make_shared<spdlog::details::thread_pool>(most_lines_in_queue, 1);
 }
 
-spdlog::level::level_enum level_of(host::LogLevel level)
-{
-    switch (level) {
-    case host::LogLevel::debug:
-        return spdlog::level::debug;
-    case host::LogLevel::info:
-        return spdlog::level::info;
-    case host::LogLevel::warning:
-        return spdlog::level::warn;
-    case host::LogLevel::error:
-        break;
-    }
-    return spdlog::level::err;
-}
-
-/// Nobody reads what is less important than the least level of the logger.
-host::Log log_to(const std::shared_ptr<spdlog::logger>& logger)
-{
-    using host::LogLevel;
-    for (const LogLevel least :
-         {LogLevel::debug, LogLevel::info, LogLevel::warning, LogLevel::error}) {
-        if (logger->should_log(level_of(least)))
-            return {least, [logger](LogLevel level, std::string_view line) {
-                        logger->log(level_of(level),
-                                    spdlog::string_view_t(line.data(), line.size()));
-                    }};
-    }
-    return {};
-}
-
 } // namespace
 
 ProgramLog::ProgramLog(const std::string& level)
@@ -76,12 +45,10 @@ ProgramLog::ProgramLog(const std::string& level)
     // A line for which there is no memory is counted. spdlog would write to standard error itself.
     logger->set_error_handler([sink = sink_](const std::string&) { sink->lose_line(); });
     spdlog::set_default_logger(logger);
-    log_ = log_to(logger);
 }
 
 ProgramLog::~ProgramLog()
 {
-    log_.end(); // a thread that was left behind may still have one
     sink_->give_up_at(PatientOutput::Clock::now() + std::chrono::seconds(1));
     queue_.reset(); // waits until its thread has written or given up the last line
 }

@@ -8,7 +8,6 @@
 
 #include <spdlog/async.h>
 
-#include "log/log.h"
 #include "log/log_sink.h"
 
 namespace nmos_instrument::program {
@@ -24,16 +23,12 @@ public:
     /// Writes what is left, if it can be written within a second.
     ~ProgramLog();
 
-    /// For the host, whose lines come among those of the program.
-    const host::Log& log() const { return log_; }
-
     ProgramLog(const ProgramLog&) = delete;
     ProgramLog& operator=(const ProgramLog&) = delete;
 
 private:
     std::shared_ptr<spdlog::details::thread_pool> queue_;
     std::shared_ptr<LogSink> sink_;
-    host::Log log_;
 };
 
 } // namespace nmos_instrument::program

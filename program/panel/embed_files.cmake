@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# Writes OUTPUT, a C++ source with the bytes of the FILES and a route for each, as panel.h declares
-# it. The entity tag of a file comes from its SHA-256: another content always has another one.
+# Writes OUTPUT, a C++ source with the bytes of the FILES as panel.h declares it. The entity
+# tag of a file comes from its SHA-256: another content always has another one.
 cmake_minimum_required(VERSION 3.21)
 
 # content_type(VARIABLE FILE)
@@ -30,21 +30,18 @@ function(string_literal variable file)
   set(${variable} "\"${literal}\"" PARENT_SCOPE)
 endfunction()
 
-set(files "")
 set(rows "")
-set(number 0)
 foreach(file IN LISTS FILES)
   content_type(type ${file})
   string_literal(literal ${file})
   file(SIZE ${file} size)
   file(SHA256 ${file} hash)
-  string(APPEND files
-    "constexpr host::StaticFile file_${number}{\"${type}\", \"\\\"${hash}\\\"\", {${literal}, ${size}}};\n")
-  string(APPEND rows "    {\"GET\", \"/panel/${file}\", &file_${number}},\n")
+  set(at_root false)
   if(file STREQUAL "index.html")
-    set(root file_${number})
+    set(at_root true)
   endif()
-  math(EXPR number "${number} + 1")
+  string(APPEND rows
+    "        {\"/panel/${file}\", \"${type}\", \"\\\"${hash}\\\"\", {${literal}, ${size}}, ${at_root}},\n")
 endforeach()
 
 file(WRITE ${OUTPUT}
@@ -53,17 +50,11 @@ file(WRITE ${OUTPUT}
 #include \"panel/panel.h\"
 
 namespace nmos_instrument::program {
-namespace {
 
-${files}
-constexpr host::Route rows[] = {
-${rows}};
-
-} // namespace
-
-host::BrowserPage panel()
+std::vector<nmos_instrument_host::PageFile> panel()
 {
-    return {rows, &${root}};
+    return {
+${rows}    };
 }
 
 } // namespace nmos_instrument::program

@@ -3,13 +3,15 @@
 #ifndef NMOS_INSTRUMENT_PROGRAM_PANEL_PANEL_H
 #define NMOS_INSTRUMENT_PROGRAM_PANEL_PANEL_H
 
-#include "routes/router.h"
+#include <vector>
+
+#include <nmos_instrument_host/http.h>
 
 namespace nmos_instrument::program {
 
 /// The page that shows and operates the instrument, and its files at "/panel/". The build makes the
 /// source of it, see embed_files.cmake.
-host::BrowserPage panel();
+std::vector<nmos_instrument_host::PageFile> panel();
 
 } // namespace nmos_instrument::program
 

@@ -5,10 +5,11 @@
 
 #include "nmos_instrument/record_check.h"
 
-#include <algorithm>
 #include <iterator>
 
+#include "record_check/checks.h"
 #include "record_check/rules.h"
+#include "records/membership.h"
 #include "records/record_fields.h"
 
 namespace nmos_instrument {
@@ -26,12 +27,6 @@ bool is_cleared(const CONNECTION_HALF_IS05_ST& half)
     return half.leg_count == 0 && half.peer_id[0] == '\0' && half.master_enable == 0 &&
            half.mode[0] == '\0' && half.requested_time[0] == '\0' &&
            half.activation_time[0] == '\0';
-}
-
-/// A host with fewer senders or receivers than the record can hold leaves the others cleared.
-bool is_in_use(const CONNECTION_IS05_ST& connection)
-{
-    return !is_cleared(connection.staged) || !is_cleared(connection.active);
 }
 
 std::size_t legs_of(const CONNECTION_HALF_IS05_ST& half)
@@ -114,23 +109,46 @@ void check_connection(const RecordPart& part, const CONNECTION_IS05_ST& connecti
 
 } // namespace
 
-std::vector<std::string> check_record(const NMOS_IS05_ST& record)
+bool is_in_use(const CONNECTION_IS05_ST& connection)
 {
-    std::vector<std::string> findings;
-    const RecordPart whole(findings);
+    return !is_cleared(connection.staged) || !is_cleared(connection.active);
+}
 
-    for (std::size_t i = 0; i < std::size(record.senders); ++i)
-        check_connection(RecordPart(whole, {"senders", i}), record.senders[i], Side::sender);
+bool has_sdp_files(const NMOS_IS05_ST& record, const Selection& selection)
+{
+    for (std::size_t i = 0; i < std::size(record.senders); ++i) {
+        if (shows_sender(selection, i) && is_in_use(record.senders[i]))
+            return true;
+    }
+    return false;
+}
+
+void check_connections(const RecordPart& whole, const NMOS_IS05_ST& record,
+                       const Selection& selection)
+{
+    for (std::size_t i = 0; i < std::size(record.senders); ++i) {
+        if (shows_sender(selection, i))
+            check_connection(RecordPart(whole, {"senders", i}), record.senders[i], Side::sender);
+    }
 
     // Only the SDP files of senders show these.
-    if (std::any_of(std::begin(record.senders), std::end(record.senders), is_in_use)) {
+    if (has_sdp_files(record, selection)) {
         whole.text("ptp_grandmaster_id", record.ptp_grandmaster_id, eui64);
         whole.text("sdp_session_id", record.sdp_session_id, digits);
         whole.text("sdp_session_version", record.sdp_session_version, digits);
     }
 
-    for (std::size_t i = 0; i < std::size(record.receivers); ++i)
-        check_connection(RecordPart(whole, {"receivers", i}), record.receivers[i], Side::receiver);
+    for (std::size_t i = 0; i < std::size(record.receivers); ++i) {
+        if (shows_receiver(selection, i))
+            check_connection(RecordPart(whole, {"receivers", i}), record.receivers[i],
+                             Side::receiver);
+    }
+}
+
+std::vector<std::string> check_record(const NMOS_IS05_ST& record)
+{
+    std::vector<std::string> findings;
+    check_connections(RecordPart(findings), record, everything_shown);
     return findings;
 }
 

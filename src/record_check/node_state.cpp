@@ -5,7 +5,9 @@
 
 #include "nmos_instrument/record_check.h"
 
+#include "record_check/checks.h"
 #include "record_check/rules.h"
+#include "records/membership.h"
 #include "records/positions.h"
 #include "records/record_fields.h"
 
@@ -247,7 +249,9 @@ void check_flow(const RecordPart& part, const FLOW_IS04_ST& flow, std::size_t in
     check_device_reference(part, flow.device_id, names);
 }
 
-void check_device(const RecordPart& part, const DEVICE_IS04_ST& device, const Names& names)
+/// Slot j of a device is shown or hidden as sender or receiver j is.
+void check_device(const RecordPart& part, const DEVICE_IS04_ST& device, const Names& names,
+                  const Selection& selection)
 {
     check_core(part, device.id, device.version, device.label, device.description, names);
     const std::size_t receivers =
@@ -259,12 +263,16 @@ void check_device(const RecordPart& part, const DEVICE_IS04_ST& device, const Na
     part.nmos_word_or_foreign_uri("type", device.type,
                                   "urn:x-nmos:device:generic, urn:x-nmos:device:pipeline");
     check_reference(part, "node_id", device.node_id, names.node(), "the node has another id");
-    for (std::size_t i = 0; i < senders; ++i)
-        check_reference(part, {"senders", i}, device.senders[i], names.senders(),
-                        "no sender of the record has this id");
-    for (std::size_t i = 0; i < receivers; ++i)
-        check_reference(part, {"receivers", i}, device.receivers[i], names.receivers(),
-                        "no receiver of the record has this id");
+    for (std::size_t i = 0; i < senders; ++i) {
+        if (shows_sender(selection, i))
+            check_reference(part, {"senders", i}, device.senders[i], names.senders(),
+                            "no sender of the record has this id");
+    }
+    for (std::size_t i = 0; i < receivers; ++i) {
+        if (shows_receiver(selection, i))
+            check_reference(part, {"receivers", i}, device.receivers[i], names.receivers(),
+                            "no receiver of the record has this id");
+    }
     for (std::size_t i = 0; i < controls; ++i) {
         const RecordPart control(part, {"controls", i});
         control.text("href", device.controls[i].href, uri);
@@ -312,10 +320,8 @@ void check_receiver(const RecordPart& part, const RECEIVER_IS04_ST& receiver, co
 
 } // namespace
 
-std::vector<std::string> check_record(const NMOS_IS04_ST& record)
+void check_node(const RecordPart& node, const NMOS_IS04_ST& record, const Selection& selection)
 {
-    std::vector<std::string> findings;
-    const RecordPart node(findings);
     const Names names(record);
 
     check_core(node, record.id, record.version, record.label, record.description, names);
@@ -351,18 +357,28 @@ std::vector<std::string> check_record(const NMOS_IS04_ST& record)
 
     const std::size_t devices = node.count("devices_count", record.devices_count, record.devices);
     for (std::size_t i = 0; i < devices; ++i)
-        check_device(RecordPart(node, {"devices", i}), record.devices[i], names);
+        check_device(RecordPart(node, {"devices", i}), record.devices[i], names, selection);
 
     const std::size_t senders = node.count("senders_count", record.senders_count, record.senders);
-    for (std::size_t i = 0; i < senders; ++i)
-        check_sender(RecordPart(node, {"senders", i}), record.senders[i], names);
+    for (std::size_t i = 0; i < senders; ++i) {
+        if (shows_sender(selection, i))
+            check_sender(RecordPart(node, {"senders", i}), record.senders[i], names);
+    }
 
     const std::size_t receivers =
         node.count("receivers_count", record.receivers_count, record.receivers);
-    for (std::size_t i = 0; i < receivers; ++i)
-        check_receiver(RecordPart(node, {"receivers", i}), record.receivers[i], names);
+    for (std::size_t i = 0; i < receivers; ++i) {
+        if (shows_receiver(selection, i))
+            check_receiver(RecordPart(node, {"receivers", i}), record.receivers[i], names);
+    }
 
     node.number("version_nanoseconds", record.version_nanoseconds, 0, 999999999);
+}
+
+std::vector<std::string> check_record(const NMOS_IS04_ST& record)
+{
+    std::vector<std::string> findings;
+    check_node(RecordPart(findings), record, everything_shown);
     return findings;
 }
 

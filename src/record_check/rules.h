@@ -98,12 +98,13 @@ public:
 
     /// "<path of the field> is <the text in quotes>, <pieces of the rule>".
     void report(FieldName field, FieldBytes bytes, Pieces rule) const;
+    /// "<path of the field> is <value>, <pieces of the rule>".
+    void report_value(FieldName field, std::string_view value, Pieces rule) const;
 
 private:
     void check_count(FieldName field, std::int32_t value, std::int32_t minimum,
                      std::int32_t capacity) const;
     void append_path(std::string& to) const;
-    void report_value(FieldName field, std::string_view value, Pieces rule) const;
     bool ends(FieldName field, FieldBytes bytes) const;
 
     std::vector<std::string>& findings_;

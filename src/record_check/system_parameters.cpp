@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <iterator>
 
+#include "record_check/checks.h"
 #include "record_check/rules.h"
 #include "records/positions.h"
 #include "records/record_fields.h"
@@ -89,10 +90,8 @@ void check_element(const RecordPart& part, const StreamSetting& setting, std::si
 
 } // namespace
 
-std::vector<std::string> check_record(const st_param_sys& record)
+void check_settings(const RecordPart& whole, const st_param_sys& record)
 {
-    std::vector<std::string> findings;
-    const RecordPart whole(findings);
     for (std::size_t element = 0; element < element_count; ++element) {
         if (row_of_element[element] != no_row)
             check_element(whole, stream_settings[row_of_element[element]], element,
@@ -100,10 +99,16 @@ std::vector<std::string> check_record(const st_param_sys& record)
     }
 
     // While ST 2022-6 is carried, the SDP file of a video sender says 98, whatever is set here.
-    if (record.sdp_st2110_mode != 0)
+    if (record.sdp_st2110_mode != stream_mode_st2022_6)
         whole.number("sdp_rtp_payload_video", record.sdp_rtp_payload_video, 96, 127);
     whole.number("sdp_rtp_payload_audio", record.sdp_rtp_payload_audio, 96, 127);
     whole.number("sdp_rtp_payload_anc", record.sdp_rtp_payload_anc, 96, 127);
+}
+
+std::vector<std::string> check_record(const st_param_sys& record)
+{
+    std::vector<std::string> findings;
+    check_settings(RecordPart(findings), record);
     return findings;
 }
 

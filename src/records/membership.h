@@ -12,6 +12,10 @@
 
 namespace nmos_instrument {
 
+/// The selectors that hide nothing.
+constexpr Selection everything_shown = {receiver_filter_all, audio_group_filter_all,
+                                        sender_filter_all};
+
 /// The host's selectors for receivers, in the order in which every operation takes them.
 struct ReceiverSelection
 {
@@ -36,9 +40,9 @@ constexpr bool shows_receiver_label(ReceiverSelection selection, int label) noex
     constexpr int end = first_receiver_label + receivers_end;
     if (label >= first_audio && label < first_ancillary) {
         const int group = (label - first_audio) % int{audio_groups_of_a_stream}; // 0 is G1
-        if (selection.audio_group_mode == 0 && group > 0)
+        if (selection.audio_group_mode == audio_group_filter_g1 && group > 0)
             return false;
-        if (selection.audio_group_mode == 1 && group > 1)
+        if (selection.audio_group_mode == audio_group_filter_g1_g2 && group > 1)
             return false;
     }
     return selection.video_only == 0 || label < first_audio || label >= end;
@@ -54,6 +58,17 @@ constexpr bool shows_sender(int all_senders, std::size_t sender) noexcept
 constexpr bool shows_receiver(ReceiverSelection selection, std::size_t receiver) noexcept
 {
     return shows_receiver_label(selection, static_cast<int>(first_receiver_label + receiver));
+}
+
+constexpr bool shows_sender(const Selection& selection, std::size_t sender) noexcept
+{
+    return shows_sender(selection.sender_filter, sender);
+}
+
+constexpr bool shows_receiver(const Selection& selection, std::size_t receiver) noexcept
+{
+    return shows_receiver(
+        ReceiverSelection{selection.receiver_filter, selection.audio_group_filter}, receiver);
 }
 
 } // namespace nmos_instrument

@@ -5,58 +5,21 @@
 #include <cstdint>
 #include <string_view>
 
+#include "nmos_instrument/codes.h"
 #include "records/record_fields.h"
+#include "records/video_formats.h"
 #include "text/number_text.h"
 #include "text/text_buffer.h"
 
 namespace nmos_instrument {
 namespace {
 
-struct FrameDimensions
-{
-    std::string_view width;
-    std::string_view height;
-};
-
-FrameDimensions frame_dimensions(std::int16_t video_system)
-{
-    switch (video_system) {
-    case 0:
-    case 1:
-        return {"3840", "2160"};
-    case 4:
-        return {"1280", "720"};
-    default:
-        return {"1920", "1080"};
-    }
-}
-
-/// The value of exactframerate and, for interlaced rates, the interlace flag after it (SMPTE ST
-/// 2110-20 7.2, 7.3).
-std::string_view frame_rate(std::int16_t code)
-{
-    switch (code) {
-    case 1:
-        return "60000/1001;";
-    case 2:
-        return "50;";
-    case 10:
-        return "30; interlace;";
-    case 11:
-        return "30000/1001; interlace;";
-    case 12:
-        return "25; interlace;";
-    default:
-        return "60;";
-    }
-}
-
 std::string_view packet_time(std::int16_t code)
 {
     switch (code) {
-    case 0:
-        return "8"; // Intentional: the instrument's code 0, though no ST 2110-30 level has 8 ms
-    case 2:
+    case packet_time_8_ms:
+        return "8";
+    case packet_time_125_us:
         return "0.125";
     default:
         return "1";
@@ -75,7 +38,8 @@ std::int16_t payload_type(Essence essence, const st_param_sys& sys)
     case Essence::video:
         break;
     }
-    return sys.sdp_st2110_mode != 0 ? sys.sdp_rtp_payload_video : payload_type_of_2022_6;
+    return sys.sdp_st2110_mode != stream_mode_st2022_6 ? sys.sdp_rtp_payload_video
+                                                       : payload_type_of_2022_6;
 }
 
 class SdpWriter
@@ -156,12 +120,23 @@ private:
 
     void write_video_format()
     {
-        const FrameDimensions size = frame_dimensions(sys_.sdp_video_system);
-        text_.append("a=fmtp:", payload_type_, " sampling=YCbCr-4:2:2; width=", size.width,
-                     "; height=", size.height,
-                     "; depth=10; exactframerate=", frame_rate(sys_.sdp_video_frame_rate),
-                     " colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; TP=2110TPN; PM=",
-                     sys_.sdp_st2110_mode != 0 ? "2110BPM" : "2022-6", "; \r\n");
+        const PictureSize size = picture_size(sys_.sdp_video_system);
+        text_.append("a=fmtp:", payload_type_,
+                     " sampling=YCbCr-4:2:2; width=", NumberText(size.width),
+                     "; height=", NumberText(size.height), "; depth=10; exactframerate=");
+        write_frame_rate(picture_rate(sys_.sdp_video_frame_rate));
+        text_.append(" colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; TP=2110TPN; PM=",
+                     sys_.sdp_st2110_mode != stream_mode_st2022_6 ? "2110BPM" : "2022-6", "; \r\n");
+    }
+
+    /// The value of exactframerate and, for interlaced rates, the interlace flag after it (SMPTE ST
+    /// 2110-20 7.2, 7.3).
+    void write_frame_rate(const PictureRate& rate)
+    {
+        text_.append(NumberText(rate.numerator));
+        if (rate.denominator != 1)
+            text_.append("/", NumberText(rate.denominator));
+        text_.append(rate.is_interlaced ? "; interlace;" : ";");
     }
 
     void write_audio_format()

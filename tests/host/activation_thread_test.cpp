@@ -36,19 +36,17 @@ bool becomes_true(const Condition& condition)
 
 TEST(ActivationThread, GoesOnAfterAnyException)
 {
-    std::atomic<int> applied{0};
-    Instrument instrument(Configuration(), NodeAddress(), tai_now, Log(),
-                          [&](const auto&, const auto&) {
-                              if (++applied == 1)
-                                  throw 42; // not even a std::exception
-                          });
+    std::atomic<int> readings{0};
+    Instrument instrument(Configuration(), NodeAddress(), tai_now, Log(), {}, [&]() -> SteadyTime {
+        if (++readings == 2)
+            throw 42; // not even a std::exception
+        return std::chrono::steady_clock::now();
+    });
     ActivationThread thread(instrument, Log());
     instrument.listen({.changed = {}, .scheduled = [&] { thread.look_again(); }});
     EXPECT_EQ(instrument.change({Side::receiver, 0}, in_a_moment()).result, ChangeResult::accepted);
-    EXPECT_TRUE(becomes_true([&] { return applied == 1; }));
-    EXPECT_EQ(instrument.change({Side::receiver, 1}, in_a_moment()).result, ChangeResult::accepted);
     EXPECT_TRUE(becomes_true([&] { return !instrument.status().activations.empty(); }));
-    EXPECT_EQ(applied, 2);
+    EXPECT_GT(readings, 2);
 }
 
 TEST(ActivationThread, DoesNotTryAgainAndAgain)

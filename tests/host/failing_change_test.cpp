@@ -6,8 +6,13 @@
 #include <cstddef>
 #include <cstdlib>
 #include <functional>
+#include <future>
 #include <new>
+#include <optional>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -16,9 +21,9 @@
 
 namespace {
 
-// Counted only between start and stop, in the one thread of this test.
-bool counting = false;
-long allocations_left = 0; // before one fails
+// Counted only between start and stop, in one thread.
+thread_local bool counting = false;
+thread_local long allocations_left = 0; // before one fails
 
 void* allocate(std::size_t size)
 {
@@ -198,6 +203,57 @@ TEST_F(FailingChangeTest, WhatIsDueStaysScheduledOrIsReportedAsFailed)
     EXPECT_NE(active(), before);
 }
 
+/// Allocations count from when the hardware has answered: then its own thread reads the clock.
+TEST_F(FailingChangeTest, TheHardwareGoesBackFromWhatCannotBecomeActive)
+{
+    using Call = std::pair<int, double>; // master_enable, port of leg 1
+    bool done = false;
+    long failures = 0;
+    for (; !done; ++failures) {
+        ASSERT_LT(failures, 10000) << "it never succeeds";
+        const std::thread::id here = std::this_thread::get_id();
+        const auto clock = [&] {
+            if (std::this_thread::get_id() != here && !counting) {
+                allocations_left = failures;
+                counting = true;
+            }
+            return now_;
+        };
+        std::vector<Call> calls;
+        std::promise<void> called;
+        const auto apply = [&](const ConnectionKey&, const CONNECTION_HALF_IS05_ST& active) {
+            calls.emplace_back(active.master_enable, active.transport_params[0].destination_port);
+            if (calls.size() == 1)
+                called.set_value();
+            return ApplyOutcome();
+        };
+        Instrument instrument(Configuration(), NodeAddress(), clock, Log(), {apply});
+        const std::string before = write_saved_state(instrument.saved_state());
+        std::optional<ChangeOutcome> outcome;
+        instrument.change(receiver_, patch(ActivationMode::immediate),
+                          [&](ChangeOutcome ended) { outcome = std::move(ended); });
+        called.get_future().wait();
+        instrument.end_hardware();
+
+        EXPECT_FALSE(instrument.refusal_while_locked(receiver_));
+        EXPECT_EQ(calls.front(), Call(1, 6000));
+        if (!instrument.status().activations.empty()) {
+            EXPECT_EQ(calls.size(), 1U);
+            done = outcome.has_value();
+            continue;
+        }
+        ASSERT_EQ(write_saved_state(instrument.saved_state()), before)
+            << "after allocation " << failures << " failed";
+        ASSERT_EQ(calls.size(), 2U);
+        EXPECT_EQ(calls.back(), Call(0, 5004));
+        ASSERT_TRUE(outcome);
+        EXPECT_EQ(outcome->result, ChangeResult::failed);
+        EXPECT_EQ(outcome->debug, "out of memory");
+        EXPECT_EQ(instrument.status().failures.at(0).why, "out of memory");
+    }
+    EXPECT_GT(failures, 5) << "something was allocated";
+}
+
 TEST_F(FailingChangeTest, LookingAtTheStateChangesNothing)
 {
     const std::string before = everything();
@@ -238,6 +294,20 @@ TEST_F(FailingChangeTest, WritingTheStateThrowsAndDoesNotEndTheProgram)
     }
     EXPECT_GT(failures, 5) << "something was allocated";
     EXPECT_EQ(written, expected);
+}
+
+TEST_F(FailingChangeTest, RecordsChangedBySomebodyElse)
+{
+    fail_each_allocation([&] {
+        instrument_.change_records([](Records& records) {
+            records.node.label[0] = 'X';
+            records.node.receivers[3].label[0] = 'X';
+            records.connections.senders[2].active.transport_params[0].destination_port = 6000;
+            records.connections.receivers[5].active.master_enable = 1;
+        });
+        return true;
+    });
+    EXPECT_EQ(changes_, 1);
 }
 
 } // namespace

@@ -270,9 +270,9 @@ TEST(ReadSdpFormat, SwitchingBetween2KAnd4K)
     receiver.switch_allowed = false;
     expect_reading({"it may not", uhd, {}, {{format_switch, 9}}, receiver});
     receiver.switch_allowed = true;
-    receiver.current_format = format_2k;
+    receiver.current_format = current_format_2k;
     expect_reading({"it stays at 2K", uhd, {}, {{format_switch, 9}}, receiver});
-    receiver.current_format = format_4k;
+    receiver.current_format = current_format_4k;
     expect_reading({"it is at 4K", uhd, {alone, off}, {}, receiver});
 }
 

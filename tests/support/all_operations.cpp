@@ -180,6 +180,13 @@ const Operation operations[] = {
      [](Input& in) { return joined(nmos_instrument::check_record(*in.connections)); }},
     {"check_record of the settings",
      [](Input& in) { return joined(nmos_instrument::check_record(*in.settings)); }},
+    {"check_records",
+     [](Input& in) {
+         return joined(nmos_instrument::check_records(
+             *in.node, *in.connections, *in.settings,
+             {in.first_selector, in.second_selector, in.third_selector}));
+     }},
+    {"version", [](Input&) { return std::string(nmos_instrument::version()); }},
 };
 
 #undef JSON

@@ -163,7 +163,7 @@ class Durability(StateTest):
         before = self.file.read_bytes()
         other = {"serial_number": "other"}
         said = self.refused(str(self.file), configuration=other)
-        for words in (f"--state {self.file}: it has the parameters of {count} senders and "
+        for words in (f"state file {self.file}: it has the parameters of {count} senders and "
                       "receivers, and none of them is in the configuration", "--state-reset"):
             self.assertIn(words, said)
         self.assertEqual(self.file.read_bytes(), before)
@@ -217,7 +217,7 @@ class Durability(StateTest):
 
     def test_a_place_that_cannot_be_written(self):
         file = self.folder / "nothing" / "state"
-        self.assertIn(f"--state {file}: cannot be written: ", self.refused(str(file)))
+        self.assertIn(f"state file {file}: cannot be written: ", self.refused(str(file)))
 
     def test_killed_again_and_again(self):
         """After each kill the last answered change is there, or the one that was on its way."""

@@ -255,7 +255,7 @@ class Strangers(unittest.TestCase):
                 self.assert_clean(instrument)
             pathlib.Path(os.fsdecode(name)).write_bytes(b"damaged")
             with Instrument("--state", os.fsdecode(name)) as instrument:
-                instrument.wait_for_log(f"--state {folder}{shown} is damaged")
+                instrument.wait_for_log(f"state file {folder}{shown} is damaged")
                 self.assert_clean(instrument)
             run = subprocess.run([*SERVE, "--first-free-port", "--port", PORT, "--state",
                                   os.fsdecode(name) + "/below"],

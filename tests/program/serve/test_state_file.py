@@ -37,7 +37,7 @@ class StateFile(StateTest):
     def test_one_process_at_a_time(self):
         with self.start() as first:
             said = self.refused(self.file)
-            self.assertIn(f"--state {self.file}: in use by process {first.process.pid}", said)
+            self.assertIn(f"state file {self.file}: in use by process {first.process.pid}", said)
             link = self.folder / "link"
             link.symlink_to(self.file)
             self.assertIn(f"in use by process {first.process.pid}", self.refused(link))
@@ -66,7 +66,7 @@ class StateFile(StateTest):
         victim.write_text("precious")
         for place in (lambda: lock.symlink_to(victim), lock.mkdir, lambda: os.mkfifo(lock)):
             place()
-            self.assertIn(f"--state {self.file}: cannot be locked: {lock}: ",
+            self.assertIn(f"state file {self.file}: cannot be locked: {lock}: ",
                           self.refused(self.file))
             lock.rmdir() if lock.is_dir() else lock.unlink()
         self.assertEqual(victim.read_text(), "precious")
@@ -161,7 +161,7 @@ class StateFile(StateTest):
                             (dangling, "a symbolic link to nothing"),
                             (loop, "a symbolic link to nothing")):
             with self.subTest(str(file)):
-                self.assertIn(f"--state {file}: found {found}, {ALLOWED}", self.refused(file))
+                self.assertIn(f"state file {file}: found {found}, {ALLOWED}", self.refused(file))
         for name in ("", "-", f"{self.folder}/new/"):
             with self.subTest(name):
                 self.assertIn(f'found "{name}", allowed: the name of a file', self.refused(name))
