@@ -13,7 +13,7 @@ function(provide_googletest)
   set(INSTALL_GTEST OFF)
   set(CMAKE_POLICY_DEFAULT_CMP0077 NEW) # lets the line above decide about GoogleTest's option
   add_subdirectory(${NMOS_INSTRUMENT_GOOGLETEST_SOURCE} ${PROJECT_BINARY_DIR}/googletest
-    EXCLUDE_FROM_ALL SYSTEM)
+    EXCLUDE_FROM_ALL)
   foreach(library gtest gmock gmock_main)
     target_compile_options(${library} PRIVATE -w)
   endforeach()

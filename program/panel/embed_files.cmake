@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# Writes OUTPUT, a C++ source with the bytes of the FILES, as panel.h declares it. The entity tag of a file comes from its SHA-256: another content always has another one.
-cmake_minimum_required(VERSION 3.25)
+# Writes OUTPUT, a C++ source with the bytes of the FILES as panel.h declares it. The entity
+# tag of a file comes from its SHA-256: another content always has another one.
+cmake_minimum_required(VERSION 3.21)
 
 # content_type(VARIABLE FILE)
 function(content_type variable file)

@@ -1,15 +1,16 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 #
-# exported_symbols_test.sh READELF LIBRARY LIST
+# exported_symbols_test.sh READELF LIBRARY LIST NODE
 #
 # The library's dynamic symbols are its binary interface: exactly those of LIST (mangled name, then
-# the name for people), the same on every CPU. None may be of the kind "unique", which would keep
+# the name for people), the same on every CPU, each with the version NODE. None may be of the kind "unique", which would keep
 # the library in memory after dlclose. Nothing but the C and C++ run-time libraries may be needed.
 set -u
 readelf=$1
 library=$2
 list=$3
+node=$4
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 failed=0
@@ -22,10 +23,11 @@ if grep -Eq 'lib(asan|tsan|ubsan)' "$work/dynamic"; then
     exit 77
 fi
 
-# Columns: number, value, size, type, bind, visibility, section, name.
-awk '$1 ~ /^[0-9]+:$/ && $5 != "LOCAL" && $7 != "UND" { print $8 }' "$work/all" | LC_ALL=C sort \
-    >"$work/exported"
-sed -e '/^#/d' -e '/^$/d' -e 's/ .*//' "$list" | LC_ALL=C sort >"$work/listed"
+# Columns: number, value, size, type, bind, visibility, section, name@@version. The version itself is
+# an absolute symbol.
+awk '$1 ~ /^[0-9]+:$/ && $5 != "LOCAL" && $7 != "UND" && $7 != "ABS" { print $8 }' "$work/all" |
+    LC_ALL=C sort >"$work/exported"
+sed -e '/^#/d' -e '/^$/d' -e "s/ .*/@@$node/" "$list" | LC_ALL=C sort >"$work/listed"
 if ! diff -u "$work/listed" "$work/exported"; then
     echo "FAILED: lines with - are missing from the library, lines with + should not be there"
     failed=1

@@ -3,7 +3,8 @@
 #
 # The stripped shared library must not outgrow what an instrument has room for. Each limit is the
 # measured size and a little more. A quarter of it is the JSON bodies: the writer is compiled into
-# each of them, since they would take up to four times as long.
+# each of them, since they would take up to four times as long. Up to 8 KB on x86-64, 4 KB on i386 and
+# nothing on armhf is padding, so that no page holds both code and data (-z separate-code).
 # Usage: library_size_test.sh STRIP LIBRARY BUILD_TYPE
 set -eu
 strip=$1
@@ -18,7 +19,7 @@ fi
 machine=$(od -An -tu2 -j18 -N2 "$library" | tr -d ' ')
 case $machine in
 40) cpu=armhf limit=118784 ;;  # 116 KiB: the instruments' own CPU
-62) cpu=x86-64 limit=151552 ;; # 148 KiB
+62) cpu=x86-64 limit=153600 ;; # 150 KiB
 3) cpu=i386 limit=163840 ;;    # 160 KiB
 *)
     echo "skipped: no limit is set for ELF machine $machine"

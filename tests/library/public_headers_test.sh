@@ -1,13 +1,17 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 #
-# public_headers_test.sh COMPILER INCLUDE_DIR
+# public_headers_test.sh COMPILER INCLUDE_DIR FOLDER "STANDARDS" [FORBIDDEN]
 #
-# Compiles every public header alone (twice in one unit, for its guard), then all of them in
-# alphabetical order and in the reverse, as strictly as a careful host would: from C++11 on.
+# Compiles every public header of FOLDER alone (twice in one unit, for its guard), then all of them in
+# alphabetical order and in the reverse, as strictly as a careful host would: from the first standard
+# on. None may include a file whose path matches FORBIDDEN, an extended regular expression.
 set -u
 compiler=$1
 include_dir=$2
+folder=$3
+standards=$4
+forbidden=${5-}
 failures=0
 units=0
 
@@ -29,13 +33,16 @@ compile() {
     fi
 }
 
-headers=$(cd "$include_dir" && echo nmos_instrument/*.h)
+headers=$(cd "$include_dir" && echo "$folder"/*.h)
 backwards=
+first_standard=${standards%% *}
+fewest_units=0
 for header in $headers; do
     backwards="$header $backwards"
-    compile c++11 "$header" "$header" "$header"
+    compile "$first_standard" "$header" "$header" "$header"
+    fewest_units=$((fewest_units + 1))
 done
-for standard in c++11 c++14 c++17 c++20; do
+for standard in $standards; do
     # shellcheck disable=SC2086 # lists of words
     compile $standard "all headers" $headers
     # shellcheck disable=SC2086
@@ -43,4 +50,19 @@ for standard in c++11 c++14 c++17 c++20; do
 done
 
 echo "$units units compiled by $compiler, $failures failed"
-[ "$units" -gt 10 ] && [ "$failures" -eq 0 ]
+
+if [ -n "$forbidden" ]; then
+    # shellcheck disable=SC2086
+    included=$(printf '#include "%s"\n' $headers |
+        "$compiler" -x c++ "-std=$first_standard" -I"$include_dir" -M -) || exit 1
+    if printf '%s\n' "$included" | tr ' ' '\n' | grep -E "$forbidden"; then
+        echo "FAILED: the headers include what their users need not have"
+        exit 1
+    fi
+    # What is not there cannot be seen to be missing.
+    if ! printf '%s\n' "$included" | grep -q "$folder/"; then
+        echo "FAILED: the compiler's list of included files is not understood"
+        exit 1
+    fi
+fi
+[ "$fewest_units" -gt 1 ] && [ "$units" -gt "$fewest_units" ] && [ "$failures" -eq 0 ]
