@@ -124,21 +124,24 @@ Instrument::Instrument(FilledRecords filled, const NodeAddress& address, Clock c
       apply_to_media_(std::move(apply_to_media)),
       steady_clock_(std::move(steady_clock)),
       presentation_(presentation),
-      configuration_(std::move(filled.configuration)),
+      configuration_(std::make_shared<const Configuration>(std::move(filled.configuration))),
       address_(address),
       records_(std::move(filled.records)),
       index_(*records_),
       conformance_(
-          std::make_shared<const Conformance>(presentation, configuration_, records_->node)),
+          std::make_shared<const Conformance>(presentation, *configuration_, records_->node)),
       shown_(host::shown_resources(*records_)),
       ids_(connection_ids(records_->node)),
-      facts_(facts_about_all(configuration_, records_->node))
+      facts_(facts_about_all(*configuration_, records_->node))
 {}
 
 Configuration Instrument::configuration() const
 {
-    const std::lock_guard lock(mutex_);
-    return configuration_;
+    const auto now = [this] {
+        const std::lock_guard lock(mutex_);
+        return configuration_;
+    }();
+    return *now;
 }
 
 SdpReceiver Instrument::sdp_receiver(std::size_t receiver) const
