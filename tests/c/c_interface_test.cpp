@@ -187,7 +187,7 @@ const std::vector<Pair> pairs = {
          return nmos_connection_single_senderid_constraints(in.text.c_str(), "b", buffer, size);
      },
      [](Input& in) {
-         std::string first = in.text.c_str();
+         std::string first = in.text.substr(0, in.text.find('\0')); // as C reads it
          std::string second = "b";
          return ConnectionApi().make_single_senderid_constraints(nullptr, 0, &first, &second);
      }},
@@ -197,7 +197,7 @@ const std::vector<Pair> pairs = {
      },
      [](Input& in) {
          std::string first = "a";
-         std::string second = in.text.c_str();
+         std::string second = in.text.substr(0, in.text.find('\0')); // as C reads it
          return ConnectionApi().make_single_receiverid_constraints(nullptr, 0, &first, &second);
      }},
     PAIR(nmos_connection_single_receiverid_staged, ConnectionApi, make_single_receiverid_staged,
