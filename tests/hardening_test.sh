@@ -3,11 +3,12 @@
 #
 # What an attacker must not find: an executable at a fixed address, addresses of functions that can
 # still be overwritten while it runs, functions whose frame nothing guards.
-# Usage: hardening_test.sh READELF PROGRAM LIBRARY; PROGRAM may be "" where only the library is built
+# Usage: hardening_test.sh READELF PROGRAM LIBRARY...; PROGRAM may be "" where only libraries are built
 set -u
 readelf=$1
 program=$2
 library=$3
+shift 2
 
 if ! command -v "$readelf" >/dev/null; then
     echo "skipped: there is no readelf ('$readelf')"
@@ -28,7 +29,8 @@ expect() {
     fi
 }
 
-for file in "$library" ${program:+"$program"}; do
+for file in "$@" ${program:+"$program"}; do
+    [ -n "$file" ] || continue # it is not built
     expect "$file" -h 'Type: +DYN' 'position-independent code'
     expect "$file" -l 'GNU_RELRO' 'segment that is locked after relocation (-z relro)'
     expect "$file" -d 'BIND_NOW|FLAGS_1.*NOW' 'binding at start (-z now)'

@@ -28,7 +28,6 @@ constexpr const char* patch =
 class HardwareRoutes : public testing::Test
 {
 protected:
-    HardwareRoutes() { spdlog::set_level(spdlog::level::off); }
     ~HardwareRoutes() override { instrument_.end_hardware(); }
 
     /// The answer once there is one. A second one would throw.
