@@ -17,7 +17,7 @@ fi
 
 machine=$(od -An -tu2 -j18 -N2 "$library" | tr -d ' ')
 case $machine in
-40) cpu=armhf limit=118784 ;;  # 116 KiB: the instruments' own CPU
+40) cpu=armhf limit=114688 ;;  # 112 KiB: the instruments' own CPU
 62) cpu=x86-64 limit=151552 ;; # 148 KiB
 3) cpu=i386 limit=163840 ;;    # 160 KiB
 *)
