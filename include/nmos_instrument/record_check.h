@@ -160,8 +160,8 @@ NMOS_INSTRUMENT_EXPORT std::vector<std::string> check_record(const st_param_sys&
 ///   urn:x-nmos:control:sr-ctrl/...: protocol, host and port are those of `node.href` or of an
 ///   endpoint. A Connection API at another port needs an endpoint of its own; only the first reaches
 ///   a body.
-/// - a sender or receiver of the node: its connection is in use. A connection in use: the node has
-///   a sender or receiver at this position.
+/// - a sender or receiver of the node: its connection is in use, or its bodies would show texts that
+///   are empty.
 /// - `leg_count` of both halves: the `interface_bindings_count` of the sender or receiver.
 /// - `subscription[0]`: `active` says what `master_enable` of the active half says; `peer_id` is
 ///   that of the active half while that is enabled, else "null". A sender may say "null" at all

@@ -232,32 +232,30 @@ void check_subscription(const RecordPart& part, const CONNECTION_HALF_IS05_ST& a
                              : "it must be \"null\" while master_enable of the active half is 0"});
 }
 
-/// All positions of the senders, or all of the receivers.
-template <typename Resource, std::size_t N, std::size_t M>
-void check_positions(const RecordPart& node, const RecordPart& connections, const char* array,
-                     const Resource (&resources)[N], std::int32_t count,
-                     const CONNECTION_IS05_ST (&all)[M], bool names_every_peer,
-                     bool (*shows)(const Selection&, std::size_t), const Selection& selection)
+/// All senders, or all receivers, that the node has and shows.
+template <typename Resource, std::size_t N>
+void check_pairs(const RecordPart& node, const RecordPart& connections, const char* array,
+                 const Resource (&resources)[N], std::int32_t count,
+                 const CONNECTION_IS05_ST (&all)[N], bool names_every_peer,
+                 bool (*shows)(const Selection&, std::size_t), const Selection& selection)
 {
     const std::size_t present = valid_entries(resources, count).size();
-    for (std::size_t i = 0; i < M; ++i) {
+    for (std::size_t i = 0; i < present; ++i) {
         if (!shows(selection, i))
             continue;
+        const Facts facts = facts_of(resources[i], names_every_peer);
+        const RecordPart resource(node, {array, i});
         const RecordPart connection(connections, {array, i});
         const RecordPart active(connection, "active");
-        const std::int32_t legs = all[i].active.leg_count;
-        if (is_in_use(all[i]) != (i < present)) {
-            active.report_value("leg_count", NumberText(legs),
-                                {i < present ? "the node shows it, but both halves are cleared"
-                                             : "the node has no such entry"});
-        } else if (i < present) {
-            const Facts facts = facts_of(resources[i], names_every_peer);
-            check_legs(RecordPart(connection, "staged"), all[i].staged, facts);
-            check_legs(active, all[i].active, facts);
-            const RecordPart resource(node, {array, i});
-            if (facts.subscription != nullptr)
-                check_subscription(RecordPart(resource, {"subscription", 0}), all[i].active, facts);
+        if (!is_in_use(all[i])) {
+            active.report_value("leg_count", NumberText(all[i].active.leg_count),
+                                {"the node shows it, but both halves are cleared"});
+            continue;
         }
+        check_legs(RecordPart(connection, "staged"), all[i].staged, facts);
+        check_legs(active, all[i].active, facts);
+        if (facts.subscription != nullptr)
+            check_subscription(RecordPart(resource, {"subscription", 0}), all[i].active, facts);
     }
 }
 
@@ -279,10 +277,10 @@ std::vector<std::string> check_records(const NMOS_IS04_ST& node, const NMOS_IS05
     if (has_sdp_files(connections, selection))
         check_grandmaster(connections_part, node, connections);
     check_places(node_part, node, selection);
-    check_positions(node_part, connections_part, "senders", node.senders, node.senders_count,
-                    connections.senders, false, shows_sender, selection);
-    check_positions(node_part, connections_part, "receivers", node.receivers, node.receivers_count,
-                    connections.receivers, true, shows_receiver, selection);
+    check_pairs(node_part, connections_part, "senders", node.senders, node.senders_count,
+                connections.senders, false, shows_sender, selection);
+    check_pairs(node_part, connections_part, "receivers", node.receivers, node.receivers_count,
+                connections.receivers, true, shows_receiver, selection);
     return findings;
 }
 

@@ -140,6 +140,11 @@ TEST(MakeRecords, LeavesNothingForTheLibraryToFind)
         EXPECT_THAT(nmos_instrument::check_record(records->node), IsEmpty());
         EXPECT_THAT(nmos_instrument::check_record(records->connections), IsEmpty());
         EXPECT_THAT(nmos_instrument::check_record(records->settings), IsEmpty());
+        const StreamSelection& shown = records->selection;
+        EXPECT_THAT(nmos_instrument::check_records(
+                        records->node, records->connections, records->settings,
+                        {shown.receiver_filter, shown.audio_group_filter, shown.sender_filter}),
+                    IsEmpty());
     }
 }
 
