@@ -201,13 +201,13 @@ TEST_F(InstrumentRecordsTest, AnotherFrameRate)
 // A receiver's limits follow the format: set to 4K and not allowed to switch, it refuses 2K.
 TEST_F(InstrumentRecordsTest, AnotherPictureSize)
 {
-    EXPECT_EQ(instrument_.sdp_receiver(0).current_format, format_any);
+    EXPECT_EQ(instrument_.sdp_receiver(0).current_format, current_format_any);
     instrument_.change_records([](Records& records) {
         records.settings.sdp_video_system = 0;
         records.node.flows[0].frame_width = 3840;
         records.node.flows[0].frame_height = 2160;
     });
-    EXPECT_EQ(instrument_.sdp_receiver(0).current_format, format_4k);
+    EXPECT_EQ(instrument_.sdp_receiver(0).current_format, current_format_4k);
     const auto flow = nlohmann::json::parse(instrument_.read_with_conformance(
         [](Records& records, const std::shared_ptr<const Conformance>& conformance) {
             return conformance->flow(NodeApi().make_flowid(&records.node, 0));
@@ -423,14 +423,16 @@ TEST_F(InstrumentRecordsTest, VersionsSurviveARestart)
     const std::string sdp = instrument_.sdp_file(0);
 
     now_ = {3000, 0};
-    Instrument restarted(Configuration(), NodeAddress(), [this] { return now_; }, Log());
+    Instrument restarted(
+        Configuration(), NodeAddress(), [this] { return now_; }, Log());
     restarted.change_records(change);
     EXPECT_THAT(restarted.restore(saved), IsEmpty());
     EXPECT_EQ(write_saved_state(restarted.saved_state()), write_saved_state(saved));
     EXPECT_EQ(restarted.sdp_file(0), sdp);
 
     // Without the change they read differently, and have later versions.
-    Instrument other(Configuration(), NodeAddress(), [this] { return now_; }, Log());
+    Instrument other(
+        Configuration(), NodeAddress(), [this] { return now_; }, Log());
     other.restore(saved);
     EXPECT_THAT(advanced(other), testing::IsSupersetOf({"receivers[3] 3000:0", "flows[0] 3000:0"}));
     EXPECT_THAT(other.sdp_file(0), HasSubstr(" 3000 IN IP4 "));
@@ -473,9 +475,12 @@ FilledRecords adopted(const Records& records)
 
 TEST(AdoptedRecords, HaveTheirIdsAndTheHostsAddress)
 {
-    Instrument instrument(adopted(*own_records()), {"192.0.2.10", 80}, [] {
-        return TaiTime{1000, 0};
-    });
+    Instrument instrument(
+        adopted(*own_records()), {"192.0.2.10", 80},
+        [] {
+            return TaiTime{1000, 0};
+        },
+        Log());
     EXPECT_EQ(instrument.shown_resources().size(), 15U); // 1 + 1 + 3 + 3 + 3 + 4
     EXPECT_EQ(instrument.shown_resources()[0].id, "0d4f4b1b-2c1a-4f3e-9b39-6c7a0e4b5d11");
     EXPECT_EQ(instrument.index().size(ResourceKind::sender), 3U);
@@ -501,14 +506,14 @@ TEST(AdoptedRecords, AreSavedAndRestored)
 {
     TaiTime now = {1000, 0};
     const auto clock = [&] { return now; };
-    Instrument instrument(adopted(*own_records()), {"192.0.2.10", 80}, clock);
+    Instrument instrument(adopted(*own_records()), {"192.0.2.10", 80}, clock, Log());
     ConnectionPatch patch;
     patch.master_enable = true;
     patch.activation = ActivationRequest{ActivationMode::immediate, {}, ""};
     now = {2000, 0};
     ASSERT_EQ(instrument.change({Side::receiver, 3}, patch).result, ChangeResult::done);
     const std::string saved = write_saved_state(instrument.saved_state());
-    Instrument restarted(adopted(*own_records()), {"192.0.2.10", 80}, clock);
+    Instrument restarted(adopted(*own_records()), {"192.0.2.10", 80}, clock, Log());
     EXPECT_THAT(restarted.restore(parse_saved_state(saved)), IsEmpty());
     EXPECT_EQ(write_saved_state(restarted.saved_state()), saved);
 }
@@ -565,7 +570,7 @@ TEST(ChangedRecords, AreSeenWhole)
             EXPECT_THAT(instrument.configuration().labels.senders[0], Not(IsEmpty()));
             EXPECT_THAT(instrument.resource_name({Side::receiver, 0}),
                         testing::StartsWith("receivers/"));
-            EXPECT_EQ(instrument.sdp_receiver(0).current_format, format_any);
+            EXPECT_EQ(instrument.sdp_receiver(0).current_format, current_format_any);
         }
     });
     std::thread controller([&] {
