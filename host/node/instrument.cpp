@@ -269,6 +269,7 @@ bool Instrument::Inside::end()
     follower_.reset();
     if (node_)
         node_->leave();
+    instrument_->end_hardware(); // while there is somebody to answer those who wait for it
     to_node_.close();
     node_.reset();
     binding_.reset();

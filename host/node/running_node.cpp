@@ -90,20 +90,10 @@ RunningNode::RunningNode(const ServedAs& served, std::optional<ListeningSocket> 
         registration_->start();
 }
 
-RunningNode::~RunningNode()
-{
-    leave();
-}
-
 void RunningNode::leave()
 {
-    // While the node is still served, so that whoever hears of it until then finds it.
     if (registration_)
         registration_->leave();
-    // While there is somebody to answer those who wait for it.
-    instrument_.end_hardware();
-    if (server_)
-        server_->stop();
 }
 
 void RunningNode::move_to(const std::string& address)

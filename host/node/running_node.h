@@ -46,12 +46,11 @@ public:
     RunningNode(const ServedAs& served, std::optional<ListeningSocket> socket,
                 Instrument& instrument, StateFile* state_file, const Log& log);
 
-    ~RunningNode();
-
     RunningNode(const RunningNode&) = delete;
     RunningNode& operator=(const RunningNode&) = delete;
 
-    /// Leaves the registry, which takes up to 2 s, and serves nobody any more.
+    /// Leaves the registry, which takes up to 2 s. It is still served, so that whoever hears of it until
+    /// then finds it.
     void leave();
 
     // What the instrument's listeners are to call.

@@ -70,32 +70,6 @@ void check_bindings(const NMOS_IS04_ST& node, const std::string& path, const Res
                              ", the name of node.interfaces[" + std::to_string(i) + ']');
 }
 
-bool begins_with_one_of(const std::string& finding, const std::vector<std::string>& beginnings)
-{
-    return std::any_of(beginnings.begin(), beginnings.end(), [&](const std::string& beginning) {
-        return finding.starts_with(beginning);
-    });
-}
-
-/// How findings about hidden slots begin.
-std::vector<std::string> hidden_paths(const Records& records)
-{
-    std::vector<std::string> paths;
-    const auto add = [&](const char* array, std::size_t index) {
-        paths.push_back("node." + path_of(array, index, "."));
-        paths.push_back("node.devices[0]." + path_of(array, index, " "));
-    };
-    for (std::size_t i = 0; i < counted(records.node.senders_count); ++i) {
-        if (!records.selection.shows_sender(i) && !has_sender(records.node, i))
-            add("senders", i);
-    }
-    for (std::size_t i = 0; i < counted(records.node.receivers_count); ++i) {
-        if (!records.selection.shows_receiver(i) && !has_receiver(records.node, i))
-            add("receivers", i);
-    }
-    return paths;
-}
-
 } // namespace
 
 bool has_sender(const NMOS_IS04_ST& node, std::size_t sender)
@@ -150,17 +124,16 @@ void check_counts(const NMOS_IS04_ST& node, const StreamSettings& streams, Recor
 
 std::vector<std::string> findings_in(const Records& records)
 {
-    std::vector<std::string> findings;
-    const auto add = [&](const char* record, const std::vector<std::string>& more) {
-        for (const std::string& finding : more)
-            findings.push_back(record + finding);
-    };
-    add("node.", nmos_instrument::check_record(records.node));
-    add("connections.", nmos_instrument::check_record(records.connections));
-    add("settings.", nmos_instrument::check_record(records.settings));
-    const std::vector<std::string> hidden = hidden_paths(records);
-    std::erase_if(findings,
-                  [&](const std::string& finding) { return begins_with_one_of(finding, hidden); });
+    const StreamSelection& selection = records.selection;
+    std::vector<std::string> findings = nmos_instrument::check_records(
+        records.node, records.connections, records.settings,
+        {selection.receiver_filter, selection.audio_group_filter, selection.sender_filter});
+    // Connections of hidden slots too, if they are in use: they are saved like the others.
+    for (const std::string& finding : nmos_instrument::check_record(records.connections)) {
+        const std::string line = "connections." + finding;
+        if (std::find(findings.begin(), findings.end(), line) == findings.end())
+            findings.push_back(line);
+    }
     return findings;
 }
 
