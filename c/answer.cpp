@@ -6,6 +6,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "nmos_instrument/version.h"
+
 namespace nmos_instrument::c {
 
 bool lacks_pointer(Buffer buffer, std::initializer_list<const void*> pointers) noexcept
@@ -48,6 +50,11 @@ std::size_t error_of_exception() noexcept
 }
 
 } // namespace nmos_instrument::c
+
+const char* nmos_version(void)
+{
+    return nmos_instrument::version();
+}
 
 const char* nmos_error_text(size_t result)
 {

@@ -65,7 +65,7 @@ install(FILES LICENSE DESTINATION ${documents_dir} COMPONENT runtime)
 if(PROJECT_IS_TOP_LEVEL)
   install(FILES README.md CHANGELOG.md CONTRIBUTING.md
     DESTINATION ${documents_dir} COMPONENT development)
-  install(DIRECTORY docs DESTINATION ${documents_dir} COMPONENT development)
+  install(DIRECTORY docs examples DESTINATION ${documents_dir} COMPONENT development)
 endif()
 
 if(NMOS_INSTRUMENT_PROGRAM)

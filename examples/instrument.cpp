@@ -8,6 +8,7 @@
 // prints its URL and runs until SIGTERM or SIGINT.
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -80,7 +81,8 @@ void show_lock(nmos::Instrument& instrument, const Hardware& hardware)
 {
     instrument.records([&](nmos::Records& records) {
         CLOCK_IS04_ST& clock = records.node.clocks[0];
-        std::snprintf(clock.gmid, sizeof clock.gmid, "%s", hardware.grandmaster().c_str());
+        nmos_instrument::set_text(clock.gmid, hardware.grandmaster());
+        nmos_instrument::set_text(records.connections.ptp_grandmaster_id, hardware.grandmaster());
         clock.locked = 1;
     });
 }

@@ -29,7 +29,7 @@
 //             snprintf does: at most `size` - 1 bytes, then a NUL. It returns the length of the
 //             whole text without the NUL, so the text was cut if the result is `size` or more.
 //             With `size` 0 nothing is written, and `buffer` may be null. Each call makes the text
-//             anew; 64 KB hold every text of the example node that the tests use.
+//             anew. The longest are the lists of 24 receivers: some 10 KB.
 // Errors      A result of NMOS_ERROR_FIRST or more is an error; the buffer then holds an empty
 //             text. nmos_error_text says what the error is. No exception leaves a function, and a
 //             null pointer is an error unless the argument is said to be optional.
@@ -67,6 +67,9 @@ extern "C" {
 #define NMOS_ERROR_TOO_LONG (SIZE_MAX - 5)   ///< a text does not fit into nmos_sdp_found
 #define NMOS_ERROR_INTERNAL (SIZE_MAX - 6)   ///< an error of the library itself
 /// @}
+
+/// nmos_instrument::version: the version of the library that runs, "1.0.0"; never null.
+NMOS_INSTRUMENT_EXPORT const char* nmos_version(void);
 
 /// What the error is, in a few words that may change between versions; never null. For a result
 /// that is no error, "no error".
@@ -294,7 +297,7 @@ NMOS_INSTRUMENT_EXPORT size_t nmos_advertisement_node_service_text(
     const nmos_advertisement* advertisement, int enable, char* buffer, size_t size);
 /// @}
 
-/// @name check_record
+/// @name check_record and check_records
 /// What is wrong with a record, one finding a line, each ended by a line feed; 0 when nothing is.
 /// @{
 NMOS_INSTRUMENT_EXPORT size_t nmos_check_node(const NMOS_IS04_ST* node, char* buffer, size_t size);
@@ -302,6 +305,12 @@ NMOS_INSTRUMENT_EXPORT size_t nmos_check_connections(const NMOS_IS05_ST* connect
                                                      size_t size);
 NMOS_INSTRUMENT_EXPORT size_t nmos_check_settings(const st_param_sys* settings, char* buffer,
                                                   size_t size);
+/// nmos_instrument::check_records; the last three arguments are the members of Selection.
+NMOS_INSTRUMENT_EXPORT size_t nmos_check_records(const NMOS_IS04_ST* node,
+                                                 const NMOS_IS05_ST* connections,
+                                                 const st_param_sys* settings, int receiver_filter,
+                                                 int audio_group_filter, int sender_filter,
+                                                 char* buffer, size_t size);
 /// @}
 
 #ifdef __cplusplus

@@ -55,7 +55,7 @@ ApplyOutcome outcome_of(const ApplyConnection& apply, const ConnectionKey& key,
 /// Where both threads meet.
 struct Hardware::Shared
 {
-    explicit Shared(ApplyConnection apply_) : apply(std::move(apply_)) {}
+    explicit Shared(ApplyConnection function) : apply(std::move(function)) {}
 
     enum class Call
     {

@@ -88,15 +88,15 @@ Instrument::Instrument(FilledRecords filled, const NodeAddress& address, Clock c
       log_(std::move(log)),
       steady_clock_(std::move(steady_clock)),
       presentation_(presentation),
-      configuration_(std::move(filled.configuration)),
+      configuration_(std::make_shared<const Configuration>(std::move(filled.configuration))),
       address_(address),
       records_(std::move(filled.records)),
       index_(*records_),
       conformance_(
-          std::make_shared<const Conformance>(presentation, configuration_, records_->node)),
+          std::make_shared<const Conformance>(presentation, *configuration_, records_->node)),
       shown_(host::shown_resources(*records_)),
       ids_(connection_ids(records_->node)),
-      facts_(facts_about_all(configuration_, records_->node)),
+      facts_(facts_about_all(*configuration_, records_->node)),
       hardware_options_(hardware)
 {
     if (hardware.apply)
@@ -105,8 +105,11 @@ Instrument::Instrument(FilledRecords filled, const NodeAddress& address, Clock c
 
 Configuration Instrument::configuration() const
 {
-    const std::lock_guard lock(mutex_);
-    return configuration_;
+    const auto now = [this] {
+        const std::lock_guard lock(mutex_);
+        return configuration_;
+    }();
+    return *now;
 }
 
 SdpReceiver Instrument::sdp_receiver(std::size_t receiver) const

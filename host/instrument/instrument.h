@@ -280,7 +280,8 @@ private:
     const Presentation presentation_;
 
     mutable std::mutex mutex_;
-    Configuration configuration_; ///< what the records say, and what no record does
+    /// What the records say as they are, and what no record says.
+    std::shared_ptr<const Configuration> configuration_;
     NodeAddress address_;
     const std::unique_ptr<Records> records_;
     const ResourceIndex index_;

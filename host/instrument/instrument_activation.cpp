@@ -154,16 +154,19 @@ public:
 
     bool answered(const ApplyOutcome& outcome) noexcept override
     {
-        not_answered(outcome);
+        if (!outcome.applied)
+            complain(not_set_up, outcome.reason);
         instrument_.unlock(key());
         return true;
     }
 
     void not_answered(const ApplyOutcome& outcome) noexcept override
     {
-        if (!outcome.applied)
-            complain("was not set up for what is active at the start", outcome.reason);
+        complain(not_set_up, outcome.reason);
     }
+
+private:
+    static constexpr const char* not_set_up = "was not set up for what is active at the start";
 };
 
 PreparedActivation Instrument::prepare_now(const ConnectionKey& key, CONNECTION_HALF_IS05_ST staged,

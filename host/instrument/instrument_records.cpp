@@ -139,8 +139,6 @@ private:
     std::vector<CountChange> kinds_;
 };
 
-static_assert(std::is_nothrow_swappable_v<Configuration>, "a change is put in force as a whole");
-
 } // namespace
 
 void Instrument::change_records(const std::function<void(Records&)>& change)
@@ -168,13 +166,13 @@ bool Instrument::change_records_locked(const std::function<void(Records&)>& chan
     check_fixed(*records_, *next, findings);
     check_locked_halves(*next, findings);
     findings.expect_none();
-    Configuration configuration = configuration_of(*next, configuration_);
+    auto configuration = std::make_shared<Configuration>(configuration_of(*next, *configuration_));
     // Where senders send to at first, whatever controllers have made of it.
-    configuration.destinations = configuration_.destinations;
+    configuration->destinations = configuration_->destinations;
 
-    auto facts = facts_about_all(configuration, next->node);
+    auto facts = facts_about_all(*configuration, next->node);
     auto conformance =
-        std::make_shared<const Conformance>(presentation_, configuration, next->node);
+        std::make_shared<const Conformance>(presentation_, *configuration, next->node);
     const TaiTime now = clock_();
     Comparison comparison({*records_, *conformance_}, {*next, *conformance}, now);
     comparison.compare_bodies();
@@ -185,10 +183,11 @@ bool Instrument::change_records_locked(const std::function<void(Records&)>& chan
         next->node.version_nanoseconds = now.nanoseconds;
     }
 
+    // Nothing fails any more.
     *records_ = *next;
-    std::swap(configuration_, configuration);
+    configuration_ = std::move(configuration);
+    conformance_ = std::move(conformance);
     facts_.swap(facts);
-    conformance_.swap(conformance);
     for (const CountChange count : comparison.kinds())
         (advertisement_.*count)();
     return true;

@@ -40,7 +40,7 @@ namespace nmos_instrument {
 enum StreamMode : std::int16_t
 {
     stream_mode_st2022_6 = 0, ///< SMPTE ST 2022-6 carriage
-    stream_mode_st2110 = 1    ///< SMPTE ST 2110; any other value too
+    stream_mode_st2110 = 1    ///< SMPTE ST 2110; so is any other value
 };
 
 /// st_param_sys::sdp_video_system
@@ -48,14 +48,14 @@ enum VideoSystem : std::int16_t
 {
     video_system_2160 = 0,       ///< 3840x2160
     video_system_2160_other = 1, ///< 3840x2160 too
-    video_system_1080 = 2,       ///< 1920x1080; any value that is not here too
+    video_system_1080 = 2,       ///< 1920x1080; so is any value not listed
     video_system_720 = 4         ///< 1280x720
 };
 
 /// st_param_sys::sdp_video_frame_rate. Frames, not fields, a second.
 enum FrameRate : std::int16_t
 {
-    frame_rate_60 = 0,                ///< 60; any value that is not here too
+    frame_rate_60 = 0,                ///< 60; so is any value not listed
     frame_rate_59_94 = 1,             ///< 60000/1001
     frame_rate_50 = 2,                ///< 50
     frame_rate_30_interlaced = 10,    ///< 30, 60 fields
@@ -67,7 +67,7 @@ enum FrameRate : std::int16_t
 enum PacketTime : std::int16_t
 {
     packet_time_8_ms = 0,  ///< Intentional: the instrument has it, though no ST 2110-30 level does
-    packet_time_1_ms = 1,  ///< 1 ms; any value that is not here too
+    packet_time_1_ms = 1,  ///< 1 ms; so is any value not listed
     packet_time_125_us = 2 ///< 0.125 ms
 };
 
@@ -75,9 +75,9 @@ enum PacketTime : std::int16_t
 /// each class that it tells apart. All other codes are in one of these classes, see there.
 enum CurrentFormat : std::int16_t
 {
-    current_format_2k = 0,  ///< stays at 2K; as 1, 2, 7 and 8
-    current_format_any = 3, ///< at 2K, may switch to 4K; as all codes that are not here
-    current_format_4k = 9   ///< at 4K, may switch to 2K; as 10
+    current_format_2k = 0,  ///< never takes 2160 lines; so do 1, 2, 7 and 8
+    current_format_any = 3, ///< 1080 and 720 are its own, 2160 a switch; so do all codes not listed
+    current_format_4k = 9   ///< 2160 lines are its own, 1080 and 720 a switch; so does 10
 };
 
 /// @name Selectors

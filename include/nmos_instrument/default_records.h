@@ -60,6 +60,46 @@
 
 namespace nmos_instrument {
 
+namespace default_records_detail {
+
+/// FNV-1a, its bits stirred.
+inline std::uint64_t hash(const std::string& text, std::uint64_t start)
+{
+    std::uint64_t value = start;
+    for (const char c : text)
+        value = (value ^ static_cast<unsigned char>(c)) * 0x100000001b3ULL;
+    value = (value ^ (value >> 30U)) * 0xbf58476d1ce4e5b9ULL;
+    value = (value ^ (value >> 27U)) * 0x94d049bb133111ebULL;
+    return value ^ (value >> 31U);
+}
+
+} // namespace default_records_detail
+
+/// The id that fill_default_records gives resource `number` of a kind: "node", "device", "source",
+/// "flow", "sender" or "receiver".
+///
+/// A UUID in form only: version 4 says random (RFC 4122, 4.4), here it is 122 bits of a hash of the
+/// three arguments, so that the library needs nothing for it. Different arguments give different
+/// ids as surely as random numbers differ, but whoever wants two equal ones can make them. A host
+/// that has a library for UUIDs gives name-based ones (version 5) instead, see
+/// RecordsDescription::make_id.
+inline std::string default_id(const std::string& seed, const std::string& kind, std::size_t number)
+{
+    const std::string name = seed + '/' + kind + '/' + std::to_string(number);
+    // The second start is the first's digits backwards; any other number would do.
+    std::uint64_t halves[2] = {default_records_detail::hash(name, 0xcbf29ce484222325ULL),
+                               default_records_detail::hash(name, 0x523222484ec92fbcULL)};
+    halves[0] = (halves[0] & ~0xF000ULL) | 0x4000ULL;                     // version 4
+    halves[1] = (halves[1] & ~(3ULL << 62U)) | (std::uint64_t(2) << 62U); // RFC 4122's variant
+    std::string id;
+    for (std::size_t digit = 0; digit < 32; ++digit) {
+        if (digit == 8 || digit == 12 || digit == 16 || digit == 20)
+            id += '-';
+        id += "0123456789abcdef"[halves[digit / 16] >> (60 - 4 * (digit % 16)) & 0xFU];
+    }
+    return id;
+}
+
 /// One media interface.
 struct InterfaceDescription
 {
@@ -74,6 +114,9 @@ struct RecordsDescription
     /// All ids are made from it: the same seed gives the same ids, on every machine. Each
     /// instrument on a network needs one of its own.
     std::string seed;
+    /// Makes them. Whatever it gives, check_records looks at it.
+    std::string (*make_id)(const std::string& seed, const std::string& kind,
+                           std::size_t number) = default_id;
     std::string label;                  ///< of the node
     InterfaceDescription interfaces[2]; ///< of the primary leg, of the secondary
     std::string address;                ///< IPv4, where the APIs are reached
@@ -84,17 +127,6 @@ struct RecordsDescription
 };
 
 namespace default_records_detail {
-
-/// FNV-1a, its bits stirred.
-inline std::uint64_t hash(const std::string& text, std::uint64_t start)
-{
-    std::uint64_t value = start;
-    for (const char c : text)
-        value = (value ^ static_cast<unsigned char>(c)) * 0x100000001b3ULL;
-    value = (value ^ (value >> 30U)) * 0xbf58476d1ce4e5b9ULL;
-    value = (value ^ (value >> 27U)) * 0x94d049bb133111ebULL;
-    return value ^ (value >> 31U);
-}
 
 /// As octets are written in IS-04: lower case with dashes. In SDP files they are upper case.
 inline std::string octets(const std::string& text, bool upper_case)
@@ -170,34 +202,6 @@ enum : int
     payload_type_of_ancillary_data = 100
 };
 
-} // namespace default_records_detail
-
-/// The id that fill_default_records gives resource `number` of a kind: "node", "device", "source",
-/// "flow", "sender" or "receiver".
-///
-/// A UUID in form only: version 4 says random (RFC 4122, 4.4), here it is 122 bits of a hash of the
-/// three arguments, so that the library needs nothing for it. Different arguments give different
-/// ids as surely as random numbers differ, but whoever wants two equal ones can make them. A host
-/// with a library for UUIDs writes name-based ones (version 5) over these.
-inline std::string default_id(const std::string& seed, const std::string& kind, std::size_t number)
-{
-    const std::string name = seed + '/' + kind + '/' + std::to_string(number);
-    // The second start is the first's digits backwards; any other number would do.
-    std::uint64_t halves[2] = {default_records_detail::hash(name, 0xcbf29ce484222325ULL),
-                               default_records_detail::hash(name, 0x523222484ec92fbcULL)};
-    halves[0] = (halves[0] & ~0xF000ULL) | 0x4000ULL;                     // version 4
-    halves[1] = (halves[1] & ~(3ULL << 62U)) | (std::uint64_t(2) << 62U); // RFC 4122's variant
-    std::string id;
-    for (std::size_t digit = 0; digit < 32; ++digit) {
-        if (digit == 8 || digit == 12 || digit == 16 || digit == 20)
-            id += '-';
-        id += "0123456789abcdef"[halves[digit / 16] >> (60 - 4 * (digit % 16)) & 0xFU];
-    }
-    return id;
-}
-
-namespace default_records_detail {
-
 class Filler
 {
 public:
@@ -245,7 +249,7 @@ private:
 
     std::string id(const char* kind, std::size_t number) const
     {
-        return default_id(about_.seed, kind, number);
+        return about_.make_id(about_.seed, kind, number);
     }
 
     std::string base_url() const

@@ -23,6 +23,8 @@
 //                         check_records       ... and with all of them together
 //   version.h             version             the version of the library
 //
+// In C the same is in nmos_instrument_c.h, with these records.
+//
 // Each of these headers except NetworkControlApi.h and version.h has an example. All together:
 //
 // ```cpp

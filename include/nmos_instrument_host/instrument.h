@@ -92,7 +92,11 @@ struct Callbacks
     /// changes. If it then says after all that it has applied the connection, it is called again with
     /// what is still active, so that hardware and records agree.
     ///
-    /// It is also called in start() for each connection that is active in the restored state.
+    /// After start() it is called for every sender and receiver that is active, as the configuration or
+    /// the restored state has it; each is locked until then, and what it refuses is logged.
+    ///
+    /// stop() waits for a call that is under way, until its deadline. What the callback touches must
+    /// last as long as a call does that hangs beyond that.
     std::function<Outcome(const Connection& connection, const CONNECTION_HALF_IS05_ST& active)>
         apply_connection;
 

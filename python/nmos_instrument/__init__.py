@@ -19,6 +19,7 @@ from .nmos import *
 from .node_api import *
 from .node_state import *
 from .operations import error_text as error_text
+from .operations import version as version
 from .record_check import *
 from .registration_api import *
 from .system_parameters import *

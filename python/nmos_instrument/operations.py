@@ -29,6 +29,16 @@ library.nmos_error_text.restype = ctypes.c_char_p
 library.nmos_error_text.argtypes = [ctypes.c_size_t]
 
 
+library.nmos_version.restype = ctypes.c_char_p
+library.nmos_version.argtypes = []
+
+
+def version() -> str:
+    """The version of the library that runs, as "1.0.0"."""
+    words: bytes = library.nmos_version()
+    return words.decode()
+
+
 def error_text(result: int) -> str:
     """What an error of the C interface is, in a few words."""
     words: bytes = library.nmos_error_text(result)

@@ -10,6 +10,7 @@ from .system_parameters import st_param_sys
 __all__ = [
     "check_connections",
     "check_node",
+    "check_records",
     "check_settings",
 ]
 
@@ -27,3 +28,9 @@ def check_connections(connections: NMOS_IS05_ST) -> list[str]:
 @operation
 def check_settings(settings: st_param_sys) -> list[str]:
     """What is wrong with the settings."""
+
+
+@operation
+def check_records(node: NMOS_IS04_ST, connections: NMOS_IS05_ST, settings: st_param_sys,
+                  receiver_filter: int, audio_group_filter: int, sender_filter: int) -> list[str]:
+    """What is wrong across the records of one instrument, which the selectors narrow."""

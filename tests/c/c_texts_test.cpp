@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "nmos_instrument/version.h"
 #include "nmos_instrument_c.h"
 
 namespace {
@@ -345,6 +346,11 @@ TEST(CErrors, NullPointers)
     EXPECT_TRUE(is_refused(nmos_check_node(nullptr, text, 4)));
     EXPECT_TRUE(is_refused(nmos_check_connections(nullptr, text, 4)));
     EXPECT_TRUE(is_refused(nmos_check_settings(nullptr, text, 4)));
+    EXPECT_TRUE(
+        is_refused(nmos_check_records(nullptr, connections.get(), &settings, 0, 0, 0, text, 4)));
+    EXPECT_TRUE(is_refused(nmos_check_records(node.get(), nullptr, &settings, 0, 0, 0, text, 4)));
+    EXPECT_TRUE(
+        is_refused(nmos_check_records(node.get(), connections.get(), nullptr, 0, 0, 0, text, 4)));
 }
 
 TEST(CErrors, RequestLineWithoutAPath)
@@ -352,6 +358,11 @@ TEST(CErrors, RequestLineWithoutAPath)
     char text[4] = "abc";
     EXPECT_EQ(nmos_connection_fullpath_from_request("GET", 3, text, 4), NMOS_ERROR_INCOMPLETE);
     EXPECT_STREQ(text, "");
+}
+
+TEST(CTexts, Version)
+{
+    EXPECT_STREQ(nmos_version(), nmos_instrument::version());
 }
 
 TEST(CErrors, WordsForPeople)

@@ -58,8 +58,8 @@ protected:
     void start(std::chrono::milliseconds deadline = 60s)
     {
         instrument_ = std::make_unique<Instrument>(
-            Configuration(), NodeAddress(), [this] { return now_; }, Log(), hardware_.options(deadline),
-            [this] { return steady_; });
+            Configuration(), NodeAddress(), [this] { return now_; }, Log(),
+            hardware_.options(deadline), [this] { return steady_; });
         instrument_->listen({[this] { ++changes_; }, {}});
         at_start_ = state();
     }
@@ -436,7 +436,12 @@ TEST_F(HardwareTest, NobodyCanWaitForAnOutcomeThatMayTakeItsTime)
 
 TEST(NoHardware, NeedsNoEndAndNoStart)
 {
-    Instrument instrument(Configuration(), NodeAddress(), [] { return TaiTime{1000, 0}; }, Log());
+    Instrument instrument(
+        Configuration(), NodeAddress(),
+        [] {
+            return TaiTime{1000, 0};
+        },
+        Log());
     instrument.set_up_hardware();
     EXPECT_FALSE(instrument.refusal_while_locked(sender));
     instrument.end_hardware();

@@ -96,7 +96,7 @@ protected:
 
     TaiTime now_{1000, 0};
     int changes_ = 0;
-    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_; }};
+    Instrument instrument_{Configuration(), NodeAddress(), [this] { return now_; }, Log()};
 };
 
 TEST_F(InstrumentRecordsTest, ALabelGivesThatResourceAVersion)
@@ -423,14 +423,14 @@ TEST_F(InstrumentRecordsTest, VersionsSurviveARestart)
     const std::string sdp = instrument_.sdp_file(0);
 
     now_ = {3000, 0};
-    Instrument restarted(Configuration(), NodeAddress(), [this] { return now_; });
+    Instrument restarted(Configuration(), NodeAddress(), [this] { return now_; }, Log());
     restarted.change_records(change);
     EXPECT_THAT(restarted.restore(saved), IsEmpty());
     EXPECT_EQ(write_saved_state(restarted.saved_state()), write_saved_state(saved));
     EXPECT_EQ(restarted.sdp_file(0), sdp);
 
     // Without the change they read differently, and have later versions.
-    Instrument other(Configuration(), NodeAddress(), [this] { return now_; });
+    Instrument other(Configuration(), NodeAddress(), [this] { return now_; }, Log());
     other.restore(saved);
     EXPECT_THAT(advanced(other), testing::IsSupersetOf({"receivers[3] 3000:0", "flows[0] 3000:0"}));
     EXPECT_THAT(other.sdp_file(0), HasSubstr(" 3000 IN IP4 "));
@@ -533,7 +533,7 @@ TEST(AdoptedRecords, AreRefusedWithAllFindings)
 TEST(ChangedRecords, AreSeenWhole)
 {
     constexpr int rounds = 1000;
-    Instrument instrument(Configuration(), NodeAddress(), tai_now);
+    Instrument instrument(Configuration(), NodeAddress(), tai_now, Log());
     std::thread writer([&] {
         for (int i = 0; i < rounds; ++i)
             instrument.change_records([i](Records& records) {

@@ -55,12 +55,9 @@ protected:
 
     TaiTime now_{1000, 0};
     SteadyTime steady_{50s};
-    Instrument instrument_{Configuration(),
-                           NodeAddress(),
-                           [this] { return now_; },
-                           Log(),
-                           {},
-                           [this] { return steady_; }};
+    Instrument instrument_{
+        Configuration(),           NodeAddress(), [this] { return now_; }, Log(), {},
+        [this] { return steady_; }};
     const ConnectionKey receiver_{Side::receiver, 0};
 };
 

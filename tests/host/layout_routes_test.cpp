@@ -9,6 +9,8 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include "instrument/adopt_records.h"
+#include "records/record_text.h"
 #include "routes/routes.h"
 #include "time/tai_clock.h"
 
@@ -19,10 +21,9 @@ using nlohmann::ordered_json;
 using testing::ElementsAre;
 using testing::StartsWith;
 
-/// What "/layout" says of an instrument with this configuration.
-std::string layout_text(const Configuration& configuration)
+/// What "/layout" says.
+std::string layout_text(Instrument& instrument)
 {
-    Instrument instrument(configuration, NodeAddress(), tai_now, Log());
     HttpClient client{Log()};
     ManifestFetcher manifests(client, ManifestHosts({}, {0x7f000000, 8}, {}));
     ClientLog log{Log()};
@@ -38,6 +39,12 @@ std::string layout_text(const Configuration& configuration)
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.content_type, "application/json");
     return answer.body;
+}
+
+std::string layout_text(const Configuration& configuration)
+{
+    Instrument instrument(configuration, NodeAddress(), tai_now, Log());
+    return layout_text(instrument);
 }
 
 /// A line for each sender or receiver of a stream, counted from 1: "audio G2: IP Stream 1 ...", and
@@ -153,6 +160,36 @@ TEST(LayoutRoutes, WhatTheConfigurationHides)
                             R"("video only": only receivers of video)");
     EXPECT_EQ(receivers[5], R"(ancillary: IP Stream 3 for ANCILLARY; streams.receiver_essences )"
                             R"(is "video only": only receivers of video)");
+}
+
+// Somebody else's records need not have what the selection hides.
+TEST(LayoutRoutes, SlotsThatAreNotThere)
+{
+    FilledRecords filled = filled_records(Configuration(), NodeAddress(), {1000, 0});
+    Records& records = *filled.records;
+    records.selection = {1, 2, 0};
+    records.node.senders[1] = SENDER_IS04_ST();
+    set_text(records.node.devices[0].senders[1], "");
+    records.node.receivers_count = 4;
+    records.node.devices[0].receiver_ids_count = 4;
+    Instrument instrument(adopt_records(records.node, records.connections, records.settings,
+                                        records.selection, Configuration(), NodeAddress(),
+                                        {1000, 0}),
+                          NodeAddress(), tai_now, Log());
+    const std::string layout = layout_text(instrument);
+    EXPECT_THAT(
+        lines(layout, 2, "senders"),
+        ElementsAre("video: null; streams.senders is \"stream 1\": of the video senders only "
+                    "that of stream 1"));
+    EXPECT_THAT(lines(layout, 2, "receivers"),
+                ElementsAre("video: IP Stream 2 for Video",
+                            StartsWith("audio G1: null; streams.receiver_essences is"),
+                            StartsWith("audio G2: null; "), StartsWith("audio G3: null; "),
+                            StartsWith("audio G4: null; "), StartsWith("ancillary: null; ")));
+    instrument.change_records(
+        [](Records& its) { set_text(its.node.receivers[1].label, "Camera 2"); });
+    EXPECT_THAT(lines(layout_text(instrument), 2, "receivers"),
+                testing::Contains("video: Camera 2"));
 }
 
 } // namespace

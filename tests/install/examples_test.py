@@ -41,6 +41,18 @@ class MinimalTexts(unittest.TestCase):
         ])
 
 
+class RecordFromC(unittest.TestCase):
+    def test_output(self):
+        run = subprocess.run([BUILD / "record_from_c"], check=True, stdout=subprocess.PIPE,
+                             stderr=subprocess.PIPE, timeout=60)
+        node, receivers = run.stdout.decode().splitlines()
+        self.assertEqual(run.stderr, b"")
+        self.assertEqual(json.loads(node)["label"], "Rack 4")
+        self.assertEqual(json.loads(node)["version"], "1541234567:0")
+        self.assertEqual([receiver["caps"] for receiver in json.loads(receivers)],
+                         [{"media_types": ["video/raw"]}])
+
+
 class OwnHttpServer(unittest.TestCase):
     def start(self, requests):
         server = subprocess.Popen([BUILD / "own_http_server", "0", "--requests", str(requests)],

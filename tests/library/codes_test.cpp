@@ -111,16 +111,19 @@ TEST(PacketTimes, AreReadByTheSdpFile)
 
 TEST(CurrentFormats, DecideWhoTakes2160Lines)
 {
-    const auto errors_of = [](CurrentFormat format) {
-        std::string errors;
+    std::string errors;
+    const auto takes_them = [&](CurrentFormat format) {
         sdp_str found = sdp_str();
-        ConnectionApi().analyze_sdp_file("a=fmtp:96\r\na=x width=3840; height=2160;\r\n", true,
-                                         format, false, &errors, &found);
-        return errors;
+        ConnectionApi().analyze_sdp_file("a=x width=3840; height=2160;\r\n", true, format, false,
+                                         &errors, &found);
+        return (found.found_flags & sdp_found_size) != 0;
     };
-    EXPECT_EQ(errors_of(current_format_4k), "");
-    EXPECT_EQ(errors_of(current_format_any), "Switching 2K/4K is denied by the setting. \n");
-    EXPECT_EQ(errors_of(current_format_2k), "Switching 2K/4K is denied by the setting. \n");
+    EXPECT_TRUE(takes_them(current_format_4k));
+    EXPECT_EQ(errors, "");
+    EXPECT_TRUE(takes_them(current_format_any));
+    EXPECT_EQ(errors, "Switching 2K/4K is denied by the setting. \n");
+    EXPECT_FALSE(takes_them(current_format_2k));
+    EXPECT_EQ(errors, "Switching 2K/4K is denied by the setting. \n");
 }
 
 TEST(Selectors, HideWhatTheyNameSo)

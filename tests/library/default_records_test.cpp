@@ -206,6 +206,32 @@ TEST(DefaultRecords, TellThatATextDoesNotFit)
                                                 "text has 64"));
 }
 
+/// As a host would make them that has a library for UUIDs.
+std::string own_id(const std::string& seed, const std::string& kind, std::size_t number)
+{
+    return seed +
+           (kind == "sender"     ? "5e"
+            : kind == "receiver" ? "4e"
+                                 : kind.substr(0, 1) + "0") +
+           "-0000-4000-8000-" + std::string(number < 10 ? 11 : 10, '0') + std::to_string(number);
+}
+
+TEST(DefaultRecords, TakeIdsOfTheHost)
+{
+    RecordsDescription about = example_description();
+    about.seed = "abcdef";
+    about.make_id = own_id;
+    const auto records = std::make_unique<DefaultRecords>();
+    EXPECT_EQ(
+        fill_default_records(about, records->node, records->connections, records->settings,
+                             records->selection)[0],
+        "node.id is \"abcdefn0-0000-4000-8000-000000000000\", it must be a UUID in lower case");
+    EXPECT_STREQ(records->node.devices[0].senders[5], "abcdef5e-0000-4000-8000-000000000005");
+    EXPECT_STREQ(records->node.senders[5].manifest_href,
+                 "http://192.0.2.1:8080/x-nmos/connection/v1.0/single/senders/"
+                 "abcdef5e-0000-4000-8000-000000000005/transportfile");
+}
+
 TEST(DefaultRecords, TellThatAnInterfaceHasNoAddress)
 {
     RecordsDescription about = example_description();

@@ -96,6 +96,10 @@ def test_connections_and_settings(data):
     answer(nmos.param_json, settings)
     assert isinstance(nmos.check_connections(connections), list)
     assert isinstance(nmos.check_settings(settings), list)
+    node = nmos.NMOS_IS04_ST.from_buffer_copy(repeated(data, 79864))
+    for first, second, third in SELECTORS:
+        assert isinstance(nmos.check_records(node, connections, settings, first, second, third),
+                          list)
 
 
 @pytest.mark.parametrize("file", files_of("sdp_file") + files_of("sdp_reading"),

@@ -16,7 +16,7 @@ from headers import functions, records
 
 
 def test_the_headers_are_read():
-    assert len(functions()) == 72
+    assert len(functions()) == 74
     assert "node_receivers" in functions() and "check_settings" in functions()
     assert len(records()) == 20
     assert records()["ENDPOINT_IS04_ST"] == ["host", "port", "protocol"]

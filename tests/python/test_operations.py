@@ -136,6 +136,21 @@ def test_settings_and_membership():
     assert nmos.is_insert_node_receivers(0, 0, 17 + 5) == 0
 
 
+def test_version():
+    assert nmos.version().split(".")[0] == "1"
+
+
+def test_findings_across_records(node):
+    node.receivers[0].id = ""
+    connections, settings = nmos.NMOS_IS05_ST(), nmos.st_param_sys()
+    connections.receivers[0].active.leg_count = 1
+    connections.receivers[0].active.master_enable = True
+    findings = nmos.check_records(node, connections, settings, 0, 2, 1)
+    assert findings and all(isinstance(finding, str) for finding in findings)
+    with pytest.raises(TypeError, match="settings is a st_param_sys, not NMOS_IS05_ST"):
+        nmos.check_records(node, connections, connections, 0, 2, 1)
+
+
 def test_findings(node):
     assert nmos.check_node(node)[0] == 'id is "", it must be a UUID in lower case'
     assert nmos.check_connections(nmos.NMOS_IS05_ST()) == []
