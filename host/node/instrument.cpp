@@ -80,7 +80,7 @@ private:
 
 } // namespace
 
-class Instrument::Inside
+class [[gnu::visibility("hidden")]] Instrument::Inside
 {
 public:
     Inside(const std::function<std::unique_ptr<host::Instrument>(const host::Log&)>& make,
@@ -96,7 +96,10 @@ public:
 
     bool start(const std::function<bool()>& wait);
     bool stop();
-    std::string url() { return host::base_url(instrument_->address()); }
+    std::string url()
+    {
+        return host::base_url(instrument_->address());
+    }
     void records(const std::function<void(Records&)>& use);
     void answer(const HttpRequest& request, std::function<void(HttpAnswer)> reply);
 

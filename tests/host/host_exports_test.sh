@@ -25,6 +25,10 @@ if grep -Ev "^_ZN[KVR]*20nmos_instrument_host.*@@$node\$" "$work/exported"; then
     echo "FAILED: that is not of nmos_instrument_host, or has another version than $node"
     exit 1
 fi
+if grep Inside "$work/exported"; then
+    echo "FAILED: that is the inside of a class"
+    exit 1
+fi
 count=$(wc -l <"$work/exported")
 echo "$count exported symbols"
 [ "$count" -gt 0 ]
