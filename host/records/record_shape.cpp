@@ -51,9 +51,10 @@ void check_receivers_count(std::int32_t count, const StreamSettings& streams,
             lowest = i + 1;
     }
     if (count < lowest || count > every_receiver)
-        findings.refuse("node.receivers_count", std::to_string(count),
-                        "is " + std::to_string(lowest) + " to " + std::to_string(every_receiver) +
-                            " with these selectors");
+        findings.refuse(
+            "node.receivers_count", std::to_string(count),
+            (lowest == every_receiver ? "is " : "is " + std::to_string(lowest) + " to ") +
+                std::to_string(every_receiver) + " with these selectors");
 }
 
 /// Leg 0 is on the first interface, leg 1 on the second.

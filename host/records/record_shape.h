@@ -29,8 +29,8 @@ StreamSettings streams_of(const Records& records, RecordFindings& findings);
 void check_counts(const NMOS_IS04_ST& node, const StreamSettings& streams,
                   RecordFindings& findings);
 
-/// What check_record finds in all of the records, but for slots that the selection hides and that
-/// are cleared.
+/// What check_records finds, and check_record in the connections of slots that the selection hides: they
+/// are saved like the others.
 std::vector<std::string> findings_in(const Records& records);
 
 /// The ids and names by which resources refer to each other.

@@ -58,8 +58,10 @@ bool start(nmos_instrument_host::Instrument& instrument, EndSignals& end_signals
 ExitStatus run(const ServeOptions& options, const host::Configuration& configuration)
 {
     EndSignals end_signals;
+    nmos_instrument_host::Callbacks callbacks;
+    callbacks.log = write_log;
     nmos_instrument_host::Instrument instrument(host::explain_configuration(configuration),
-                                                options.of_instrument(), {.log = write_log});
+                                                options.of_instrument(), callbacks);
     if (!start(instrument, end_signals))
         return done;
     print_url(instrument.url());
