@@ -92,7 +92,7 @@ void write_line(nmos::LogLevel, std::string_view line)
     std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
 }
 
-int run(const std::string& state_file)
+int run(const nmos::Options& options)
 {
     // Before any thread starts: all of them inherit it.
     sigset_t end_signals;
@@ -109,10 +109,6 @@ int run(const std::string& state_file)
     };
     callbacks.log = write_line;
 
-    nmos::Options options;
-    options.state_file = state_file;
-    options.first_free_port = true;
-
     nmos::Instrument instrument(configuration, options, callbacks);
     instrument.start();
     std::printf("%s\n", instrument.url().c_str());
@@ -126,8 +122,12 @@ int run(const std::string& state_file)
 
 int main(int argc, char** argv)
 {
+    nmos::Options options;
+    if (argc > 1)
+        options.state_file = argv[1];
+    options.first_free_port = true;
     try {
-        return run(argc > 1 ? argv[1] : "");
+        return run(options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "instrument: %s\n", error.what());
         return 2;

@@ -40,14 +40,14 @@ namespace host = nmos_instrument::host;
 namespace {
 
 /// Nothing if there is no state file.
-std::optional<host::ReplacedFile> open_state_file(const std::string& name)
+std::optional<host::ReplacedFile> open_state_file(const std::optional<std::string>& name)
 {
-    if (name.empty())
+    if (!name)
         return std::nullopt;
     try {
-        return host::ReplacedFile(name);
+        return host::ReplacedFile(*name);
     } catch (const std::runtime_error& error) {
-        throw std::runtime_error("state file " + name + ": " + error.what());
+        throw std::runtime_error("state file " + *name + ": " + error.what());
     }
 }
 
@@ -227,7 +227,7 @@ void Instrument::Inside::run(const std::optional<host::ReplacedFile>& file,
                              std::optional<host::ListeningSocket> socket,
                              const host::ListenAt& place)
 {
-    host::StartedFrom from{options_.configuration_name, options_.state_file,
+    host::StartedFrom from{options_.configuration_name, options_.state_file.value_or(""),
                            socket ? host::text_of(place, socket->port()) : ""};
     if (file) {
         host::restore_from(

@@ -30,6 +30,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -113,9 +114,9 @@ struct Callbacks
 /// ("registration", "advertisement").
 struct Options
 {
-    /// The file in which connections, versions and counters survive a restart; empty: they do not. A
-    /// controller is answered when its change is in the file. One process at a time can use it.
-    std::string state_file;
+    /// The file in which connections, versions and counters survive a restart; without it they do not.
+    /// A controller is answered when its change is in the file. One process at a time can use it.
+    std::optional<std::string> state_file;
     bool reset_state = false; ///< start() begins anew, and the file becomes <file>.previous
 
     /// False: nothing listens, and your server asks Instrument::answer.

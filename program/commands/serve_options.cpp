@@ -205,7 +205,7 @@ void ServeOptions::replace_in(host::Configuration& settings) const
 nmos_instrument_host::Options ServeOptions::of_instrument() const
 {
     nmos_instrument_host::Options instrument;
-    instrument.state_file = state_file.value_or("");
+    instrument.state_file = state_file;
     instrument.reset_state = state_reset;
     instrument.first_free_port = first_free_port;
     instrument.connections_per_address = connections_per_address;

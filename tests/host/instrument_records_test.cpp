@@ -526,9 +526,8 @@ TEST(AdoptedRecords, AreRefusedWithAllFindings)
         adopted(*records);
         FAIL();
     } catch (const std::invalid_argument& error) {
-        EXPECT_STREQ(
-            error.what(),
-            "records: node.receivers_count is 4, allowed is 24 to 24 with these selectors");
+        EXPECT_STREQ(error.what(),
+                     "records: node.receivers_count is 4, allowed is 24 with these selectors");
     }
     const Records cleared{};
     EXPECT_THROW(adopted(cleared), std::invalid_argument);
