@@ -21,7 +21,8 @@ class Messages(unittest.TestCase):
 
     def test_on_loopback_only_this_machine_can_reach_it(self):
         with Instrument() as instrument:
-            instrument.wait_for_log("only this machine can reach 127.0.0.1: \"listen\" in the configuration, "
+            instrument.wait_for_log('only this machine can reach 127.0.0.1: "listen" in the '
+                                    'configuration, '
                                     "or serve --listen eth0, is for a network")
 
     def test_first_start_and_restored_state(self):
