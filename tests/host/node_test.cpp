@@ -31,7 +31,6 @@ namespace nmos_instrument_host {
 namespace {
 
 using nmos_instrument::host::fetch;
-using nmos_instrument::host::TestResponse;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
@@ -183,7 +182,7 @@ TEST(NodeTest, SaysWhatIsWrongWithTheConfiguration)
     Options options;
     options.configuration_name = "rack4.json";
     try {
-        Instrument(R"({"server": {"port": 70000}, "colour": 1})", options);
+        const Instrument instrument(R"({"server": {"port": 70000}, "colour": 1})", options);
         FAIL() << "it was taken";
     } catch (const std::invalid_argument& error) {
         EXPECT_THAT(error.what(), HasSubstr("rack4.json"));
@@ -198,7 +197,7 @@ TEST(NodeTest, SaysWhichNetworkIsWrong)
     Options options;
     options.changes_from = {"192.0.2.0/24", "192.0.2.7/24"};
     try {
-        Instrument("{}", options);
+        const Instrument instrument("{}", options);
         FAIL() << "it was taken";
     } catch (const std::invalid_argument& error) {
         EXPECT_THAT(error.what(), HasSubstr("changes_from: found \"192.0.2.7/24\", allowed: "));
@@ -442,7 +441,7 @@ TEST(NodeTest, SaysWhatIsWrongWithRecords)
     const auto connections = std::make_unique<NMOS_IS05_ST>();
     const st_param_sys settings{};
     try {
-        Instrument({*node, *connections, settings, {}}, "{}");
+        const Instrument instrument({*node, *connections, settings, {}}, "{}");
         FAIL() << "they were taken";
     } catch (const std::invalid_argument& error) {
         EXPECT_THAT(error.what(), HasSubstr("records: node.clocks_count is 0, allowed is 1\n"));
