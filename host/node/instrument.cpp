@@ -160,8 +160,15 @@ void Instrument::Inside::tell_of_change()
         state_file_->changed();
     if (const auto inside = to_node_.pass())
         node_->changed();
-    if (resources_changed_)
+    if (!resources_changed_)
+        return;
+    try {
         resources_changed_();
+    } catch (const std::exception& error) {
+        log_.error("resources_changed: {}", error.what()); // what has changed has changed
+    } catch (...) {
+        log_.error("resources_changed: an exception of unknown type");
+    }
 }
 
 bool Instrument::Inside::start(const std::function<bool()>& wait)

@@ -93,20 +93,22 @@ struct Callbacks
     /// changes. If it then says after all that it has applied the connection, it is called again with
     /// what is still active, so that hardware and records agree.
     ///
-    /// After start() it is called for every sender and receiver that is active, as the configuration or
+    /// From start() on it is called for every sender and receiver that is active, as the configuration or
     /// the restored state has it; each is locked until then, and what it refuses is logged.
     ///
-    /// stop() waits for a call that is under way, until its deadline. What the callback touches must
-    /// last as long as a call does that hangs beyond that.
+    /// stop() waits for a call that is under way, until its deadline. What the callback touches, the
+    /// instrument too, must last as long as a call does that hangs beyond that. After another start()
+    /// there may be a second call beside it.
     std::function<Outcome(const Connection& connection, const CONNECTION_HALF_IS05_ST& active)>
         apply_connection;
 
     /// Something that the node shows has changed: connections by controllers, records by you. Called
-    /// without a lock, from the thread that made the change; it must not wait.
+    /// without a lock, from the thread that made the change; it must not wait. What it throws is logged.
     std::function<void()> resources_changed;
 
     /// A line for a log, without line break: ASCII, but for what comes from files and from other
-    /// programs. Called by one thread at a time; whoever logs waits for it. What it throws is swallowed.
+    /// programs. Called by one thread at a time, and whoever logs waits for it: it must not wait, nor
+    /// call the instrument. What it throws is swallowed.
     std::function<void(LogLevel level, std::string_view line)> log;
 };
 

@@ -32,8 +32,10 @@ namespace {
 
 using nmos_instrument::host::fetch;
 using nmos_instrument::host::TestResponse;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 /// An instrument on loopback that nobody else hears of.
 std::string configuration_of(const std::string& serial_number)
@@ -306,6 +308,37 @@ TEST(NodeTest, AChangedLabelIsShownWithANewVersion)
     const std::string self = get(instrument, "/x-nmos/node/v1.2/self").body;
     EXPECT_THAT(self, HasSubstr(R"("label":"Rack 5")"));
     EXPECT_THAT(self, Not(HasSubstr(version)));
+}
+
+TEST(NodeTest, WhatResourcesChangedThrowsStopsNobody)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.resources_changed = [] { throw std::runtime_error("no display"); };
+    callbacks.log = [&](LogLevel level, std::string_view line) {
+        if (level == LogLevel::error)
+            log.emplace_back(line);
+    };
+    Instrument instrument(configuration_of("NODE-1"), without_server(), callbacks);
+    instrument.start();
+    EXPECT_NO_THROW(
+        instrument.records([](Records& records) { std::strcpy(records.node.label, "Rack 5"); }));
+    EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 200);
+    instrument.stop();
+    EXPECT_THAT(log, ElementsAre("resources_changed: no display", "resources_changed: no display"));
+}
+
+TEST(NodeTest, TheLogOfAServerOfTheHostNamesNoPortOfOurs)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.log = [&](LogLevel, std::string_view line) { log.emplace_back(line); };
+    Instrument instrument(configuration_of("NODE-1"), without_server(), callbacks);
+    instrument.start();
+    instrument.stop();
+    EXPECT_THAT(log,
+                Contains(HasSubstr("serving http://127.0.0.1:3000/ (by a server of the host)")));
+    EXPECT_THAT(log, Not(Contains(HasSubstr("only this machine can reach"))));
 }
 
 TEST(NodeTest, AChangedIdIsRefused)
