@@ -261,7 +261,7 @@ void Instrument::Inside::run(const std::optional<host::ReplacedFile>& file,
         log_);
     from.connection_limit = node_->connection_limit();
     host::log_start(log_, *instrument_, from);
-    host::log_reach(log_, place, *instrument_);
+    host::log_reach(log_, options_.http_server ? std::optional(place) : std::nullopt, *instrument_);
 }
 
 bool Instrument::Inside::stop()
