@@ -174,7 +174,6 @@ void Instrument::Inside::tell_of_change()
 bool Instrument::Inside::start(const std::function<bool()>& wait)
 {
     const std::lock_guard lock(lifecycle_);
-    const host::AllSignalsBlocked inherited_by_threads;
     if (is_running_)
         throw std::logic_error("the instrument runs already");
     const host::ServerSettings server = instrument_->configuration().server;
@@ -192,6 +191,8 @@ bool Instrument::Inside::start(const std::function<bool()>& wait)
     if (!find_address(reach.address, wait))
         return false;
     be_at(address_, server.advertised_port.value_or(socket ? socket->port() : server.port));
+    // Not before: `wait` may wait for a signal that is to end it.
+    const host::AllSignalsBlocked inherited_by_threads;
     try {
         run(file, std::move(socket), reach.listen);
     } catch (...) {
