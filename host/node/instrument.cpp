@@ -238,9 +238,11 @@ void Instrument::Inside::run(const std::optional<host::ReplacedFile>& file,
     host::StartedFrom from{options_.configuration_name, options_.state_file.value_or(""),
                            socket ? host::text_of(place, socket->port()) : ""};
     if (file) {
-        host::restore_from(
-            *file, *instrument_,
-            options_.reset_state && !has_run_ ? host::StateReset::yes : host::StateReset::no, log_);
+        // Later the records know more than the file: what is scheduled, and what has changed since.
+        if (!has_run_)
+            host::restore_from(*file, *instrument_,
+                               options_.reset_state ? host::StateReset::yes : host::StateReset::no,
+                               log_);
         state_file_.emplace(*file, *instrument_, log_);
         to_state_file_.open();
     }

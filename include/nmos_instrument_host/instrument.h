@@ -119,7 +119,7 @@ struct Options
     /// The file in which connections, versions and counters survive a restart; without it they do not.
     /// A controller is answered when its change is in the file. One process at a time can use it.
     std::optional<std::string> state_file;
-    bool reset_state = false; ///< start() begins anew, and the file becomes <file>.previous
+    bool reset_state = false; ///< the first start() begins anew; the file becomes <file>.previous
 
     /// False: nothing listens, and your server asks Instrument::answer.
     bool http_server = true;
@@ -169,8 +169,8 @@ public:
     Instrument(const Instrument&) = delete;
     Instrument& operator=(const Instrument&) = delete;
 
-    /// Restores the state, and runs everything: when it returns the APIs are served. May be called again
-    /// after stop(). Returns true.
+    /// Runs everything: when it returns the APIs are served. The first time it restores the state before;
+    /// called again after stop() it goes on with what is known. Returns true.
     ///
     /// If the configuration names an interface that has no IPv4 address yet, `wait` is called until it
     /// has one: it should wait a second, and may give up by false, which start() then returns. Without

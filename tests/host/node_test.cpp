@@ -14,6 +14,7 @@
 #include <future>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -21,6 +22,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <ifaddrs.h>
+#include <sys/socket.h>
 
 #include "host/http_test_client.h"
 #include "nmos_instrument/default_records.h"
@@ -134,6 +137,69 @@ TEST(NodeTest, StartsAgain)
                                          "Connection: close\r\n\r\n");
     ASSERT_TRUE(self);
     EXPECT_EQ(self->status, 200);
+}
+
+TEST(NodeTest, ARestartLosesNothing)
+{
+    const TemporaryFolder folder;
+    Options options = without_server();
+    options.state_file = folder.path() / "state.json";
+    Instrument instrument(configuration_of("NODE-1"), options);
+    instrument.start();
+    HttpRequest later = activation_of(instrument, 0);
+    later.body = R"({"activation": {"mode": "activate_scheduled_relative",)"
+                 R"("requested_time": "3600:0"}})";
+    EXPECT_EQ(ask(instrument, later).status, 202);
+    EXPECT_TRUE(instrument.stop());
+    instrument.records([](Records& records) {
+        records.connections.receivers[1].staged.transport_params[0].destination_port = 5010;
+    });
+
+    instrument.start();
+    EXPECT_THAT(get(instrument, receiver_path(instrument, 0) + "/staged").body,
+                HasSubstr(R"("requested_time":"3600:0")"));
+    EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 423);
+    EXPECT_THAT(get(instrument, receiver_path(instrument, 1) + "/staged").body,
+                HasSubstr(R"("destination_port":5010)"));
+}
+
+/// Empty if all have one.
+std::string interface_without_ipv4()
+{
+    std::set<std::string> all;
+    std::set<std::string> with_ipv4;
+    ifaddrs* first = nullptr;
+    if (getifaddrs(&first) != 0)
+        return "";
+    for (const ifaddrs* one = first; one != nullptr; one = one->ifa_next) {
+        all.insert(one->ifa_name);
+        if (one->ifa_addr != nullptr && one->ifa_addr->sa_family == AF_INET)
+            with_ipv4.insert(one->ifa_name);
+    }
+    freeifaddrs(first);
+    for (const std::string& name : all) {
+        if (with_ipv4.count(name) == 0)
+            return name;
+    }
+    return "";
+}
+
+TEST(NodeTest, ASignalReachesWhoeverWaitsForAnAddress)
+{
+    const std::string interface = interface_without_ipv4();
+    if (interface.empty())
+        GTEST_SKIP() << "all interfaces have an IPv4 address";
+    Instrument instrument(R"({"registration": {"enabled": false}, "server": {"address": ")" +
+                              interface + "\"}}",
+                          without_server());
+    EXPECT_THROW(instrument.start(), std::runtime_error);
+    sigset_t blocked;
+    sigfillset(&blocked);
+    EXPECT_FALSE(instrument.start([&] {
+        pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+        return false;
+    }));
+    EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
 }
 
 TEST(NodeTest, LeavesNoThreadAndNoSignalHandler)
