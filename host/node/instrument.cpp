@@ -317,6 +317,7 @@ namespace {
 
 host::Configuration read_configuration(const std::string& text, const Options& options)
 {
+    host::expect_usable(options);
     try {
         return host::parse_configuration(text, options.configuration_name.empty()
                                                    ? "configuration"

@@ -142,8 +142,8 @@ struct Options
 
     LogLevel log_level = LogLevel::info; ///< the least important lines that `log` gets
 
-    /// How long apply_connection may take. Intentional: there is no value for "for ever", since the
-    /// controller waits for the answer.
+    /// How long apply_connection may take, 1 ms to 1 h. Intentional: there is no value for "for ever",
+    /// since the controller waits for the answer.
     std::chrono::milliseconds apply_deadline{5'000};
 
     std::string configuration_name; ///< what messages call the configuration, such as its file

@@ -273,6 +273,21 @@ TEST(NodeTest, SaysWhichNetworkIsWrong)
     }
 }
 
+TEST(NodeTest, SaysWhichDeadlineIsWrong)
+{
+    Options options;
+    options.apply_deadline = std::chrono::milliseconds::max();
+    try {
+        Instrument("{}", options);
+        FAIL() << "it was taken";
+    } catch (const std::invalid_argument& error) {
+        EXPECT_STREQ(error.what(), "Options::apply_deadline: found 9223372036854775807 ms, "
+                                   "allowed: 1 to 3600000 ms");
+    }
+    options.apply_deadline = std::chrono::milliseconds(0);
+    EXPECT_THROW(Instrument("{}", options), std::invalid_argument);
+}
+
 TEST(NodeTest, APortInUseIsSaidAndNothingIsKept)
 {
     Instrument first(configuration_of("NODE-1"), at_a_free_port());
