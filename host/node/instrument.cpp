@@ -5,9 +5,10 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <mutex>
+#include <new>
 #include <optional>
-#include <shared_mutex>
 #include <stdexcept>
 #include <utility>
 
@@ -57,7 +58,7 @@ class LastingReply
 public:
     explicit LastingReply(std::function<void(HttpAnswer)> reply) : reply_(std::move(reply)) {}
 
-    ~LastingReply() { give(host::error_response(500, "The request was not answered", "")); }
+    ~LastingReply() { fail("nobody has answered the request"); }
 
     LastingReply(const LastingReply&) = delete;
     LastingReply& operator=(const LastingReply&) = delete;
@@ -67,13 +68,41 @@ public:
         if (is_given_.exchange(true))
             return;
         try {
-            reply_(host::answer_of(std::move(response)));
+            call(host::answer_of(std::move(response)));
+        } catch (const std::bad_alloc&) {
+            call(without_body());
+        }
+    }
+
+    /// A 500, without a body if there is no memory for one.
+    void fail(const char* why) noexcept
+    {
+        if (is_given_.exchange(true))
+            return;
+        try {
+            call(host::answer_of(host::error_response(500, "Internal error", why)));
+        } catch (const std::bad_alloc&) {
+            call(without_body());
+        }
+    }
+
+private:
+    static HttpAnswer without_body() noexcept
+    {
+        HttpAnswer answer;
+        answer.status = 500;
+        return answer;
+    }
+
+    void call(HttpAnswer answer) const noexcept
+    {
+        try {
+            reply_(std::move(answer));
         } catch (...) {
             return; // it is the caller's own
         }
     }
 
-private:
     const std::function<void(HttpAnswer)> reply_;
     std::atomic<bool> is_given_{false};
 };
@@ -308,9 +337,14 @@ void Instrument::Inside::answer(const HttpRequest& request, std::function<void(H
         lasting->give(host::error_response(503, "The instrument does not run", ""));
         return;
     }
-    host::HttpRequest asked = host::request_of(request);
-    node_->handle(asked,
-                  [lasting](host::HttpResponse response) { lasting->give(std::move(response)); });
+    try {
+        host::HttpRequest asked = host::request_of(request);
+        node_->handle(
+            asked, [lasting](host::HttpResponse response) { lasting->give(std::move(response)); });
+    } catch (const std::exception& error) {
+        log_.error("a request was not answered as it should be: {}", error.what());
+        lasting->fail(error.what());
+    }
 }
 
 namespace {

@@ -108,8 +108,8 @@ ServedAs served_as(const pub::Options& options, const BrowserPage& page)
 HttpRequest request_of(const pub::HttpRequest& request)
 {
     HttpRequest asked;
-    asked.method = request.method;
-    asked.path = request.path;
+    asked.method = request.method == "HEAD" ? "GET" : request.method;
+    asked.path = request_path(std::string_view(request.path).substr(0, request.path.find('?')));
     asked.content_type = field(request.content_type);
     asked.accept = field(request.accept);
     asked.if_none_match = field(request.if_none_match);

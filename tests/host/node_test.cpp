@@ -340,6 +340,12 @@ TEST(NodeTest, AnswersForAServerOfTheHost)
     EXPECT_THAT(refusal.headers,
                 ElementsAre(std::pair<std::string, std::string>("Allow", "GET, HEAD, OPTIONS")));
 
+    EXPECT_EQ(get(instrument, "/x-nmos/node/v1.2/%73elf?pretty").body, self.body);
+    HttpRequest head;
+    head.method = "HEAD";
+    head.path = "/x-nmos/node/v1.2/self";
+    EXPECT_EQ(ask(instrument, head).status, 200);
+
     EXPECT_EQ(get(instrument, "/events").status, 404);
     EXPECT_EQ(get(instrument, "/nowhere").status, 404);
     EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 200);
@@ -488,6 +494,42 @@ TEST(NodeTest, SlowHardwareHoldsNobodyUp)
     instrument.records([](Records& records) { std::strcpy(records.node.label, "Rack 5"); });
     released.set_value();
     EXPECT_EQ(answered.get_future().get().status, 200);
+}
+
+TEST(NodeTest, StoppingAnswersWhoWaitsForTheHardware)
+{
+    std::promise<void> released;
+    // The call outlasts the test's variables: it has its own.
+    const auto begun = std::make_shared<std::promise<void>>();
+    Callbacks callbacks;
+    callbacks.apply_connection = [begun, release = released.get_future().share()](
+                                     const Connection& connection, const CONNECTION_HALF_IS05_ST&) {
+        if (connection.side == Connection::Side::sender)
+            return applied(); // those that send from the start
+        begun->set_value();
+        release.wait();
+        return applied();
+    };
+    Options options = without_server();
+    options.apply_deadline = std::chrono::milliseconds(200);
+    Instrument instrument(configuration_of("NODE-1"), options, callbacks);
+    instrument.start();
+    const std::string path = receiver_path(instrument, 0);
+    std::promise<HttpAnswer> answered;
+    instrument.answer(activation_of(instrument, 0),
+                      [&](HttpAnswer answer) { answered.set_value(std::move(answer)); });
+    begun->get_future().wait();
+    EXPECT_TRUE(instrument.stop());
+    std::future<HttpAnswer> answer = answered.get_future();
+    ASSERT_EQ(answer.wait_for(std::chrono::seconds(0)), std::future_status::ready);
+    EXPECT_EQ(answer.get().status, 500);
+
+    instrument.start(); // nobody is locked by the call that was left behind
+    HttpRequest stage = activation_of(instrument, 0);
+    stage.body = R"({"master_enable": false})";
+    EXPECT_EQ(ask(instrument, stage).status, 200);
+    EXPECT_THAT(get(instrument, path + "/active").body, HasSubstr(R"("multicast_ip":null)"));
+    released.set_value();
 }
 
 TEST(NodeTest, AStateSurvivesAndTheHardwareFollowsIt)
