@@ -315,8 +315,8 @@ bool Instrument::Inside::end()
     to_node_.close();
     node_.reset();
     binding_.reset();
+    to_state_file_.close(); // before finish(): no change may come beside it
     const bool is_saved = !state_file_ || state_file_->finish();
-    to_state_file_.close();
     state_file_.reset();
     return is_saved;
 }
