@@ -46,6 +46,7 @@ public:
 
     void check_counts()
     {
+        number("node.endpoints_count", before_.endpoints_count, after_.endpoints_count);
         number("node.sources_count", before_.sources_count, after_.sources_count);
         number("node.flows_count", before_.flows_count, after_.flows_count);
         number("node.devices_count", before_.devices_count, after_.devices_count);

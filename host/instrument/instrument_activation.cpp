@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -206,6 +207,7 @@ void Instrument::complete(PreparedActivation& prepared) const
     prepared.report.resource = resource_name(key);
     prepared.report.mode = text_of(prepared.what.mode);
     prepared.report.due = prepared.what.due;
+    prepared.interface_addresses = facts_.at(key).interface_addresses;
     prepared.active = activate_staged(prepared.staged, facts_.at(key),
                                       texts_of(prepared, to_text(prepared.what.due)));
 }
@@ -282,6 +284,8 @@ std::string Instrument::commit(PreparedActivation& prepared, const TaiTime& now,
 ChangeOutcome Instrument::make(PreparedActivation& prepared, const TaiTime& now)
 {
     const ConnectionKey& key = prepared.what.key;
+    if (prepared.interface_addresses != facts_.at(key).interface_addresses)
+        throw std::runtime_error("its interfaces have got other addresses meanwhile");
     const std::string time = activation_time(prepared, now);
     const ActivationTexts texts = texts_of(prepared, time);
     UnfinishedChange change(*records_, advertisement_, key);

@@ -3,10 +3,12 @@
 #ifndef NMOS_INSTRUMENT_HOST_INSTRUMENT_PREPARED_ACTIVATION_H
 #define NMOS_INSTRUMENT_HOST_INSTRUMENT_PREPARED_ACTIVATION_H
 
+#include <array>
 #include <string>
 
 #include <nmos_instrument/nmos_instrument.h>
 
+#include "configuration/resource_counts.h"
 #include "instrument/activations.h"
 #include "instrument/change_outcome.h"
 
@@ -20,7 +22,8 @@ struct PreparedActivation
     std::string requested_time;       ///< as the controller wrote it; "null" for none
     CONNECTION_HALF_IS05_ST staged{}; ///< from its end on
     CONNECTION_HALF_IS05_ST active{}; ///< likewise; the time of its activation may still change
-    ActivationReport report;          ///< but for its end
+    std::array<std::string, leg_count> interface_addresses; ///< with which both fit the records
+    ActivationReport report;                                ///< but for its end
     ChangeLog log;
     std::string remark; ///< for the line of what was done
 };

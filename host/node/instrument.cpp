@@ -5,9 +5,10 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <mutex>
+#include <new>
 #include <optional>
-#include <shared_mutex>
 #include <stdexcept>
 #include <utility>
 
@@ -57,7 +58,7 @@ class LastingReply
 public:
     explicit LastingReply(std::function<void(HttpAnswer)> reply) : reply_(std::move(reply)) {}
 
-    ~LastingReply() { give(host::error_response(500, "The request was not answered", "")); }
+    ~LastingReply() { fail("nobody has answered the request"); }
 
     LastingReply(const LastingReply&) = delete;
     LastingReply& operator=(const LastingReply&) = delete;
@@ -67,13 +68,41 @@ public:
         if (is_given_.exchange(true))
             return;
         try {
-            reply_(host::answer_of(std::move(response)));
+            call(host::answer_of(std::move(response)));
+        } catch (const std::bad_alloc&) {
+            call(without_body());
+        }
+    }
+
+    /// A 500, without a body if there is no memory for one.
+    void fail(const char* why) noexcept
+    {
+        if (is_given_.exchange(true))
+            return;
+        try {
+            call(host::answer_of(host::error_response(500, "Internal error", why)));
+        } catch (const std::bad_alloc&) {
+            call(without_body());
+        }
+    }
+
+private:
+    static HttpAnswer without_body() noexcept
+    {
+        HttpAnswer answer;
+        answer.status = 500;
+        return answer;
+    }
+
+    void call(HttpAnswer answer) const noexcept
+    {
+        try {
+            reply_(std::move(answer));
         } catch (...) {
             return; // it is the caller's own
         }
     }
 
-private:
     const std::function<void(HttpAnswer)> reply_;
     std::atomic<bool> is_given_{false};
 };
@@ -160,14 +189,20 @@ void Instrument::Inside::tell_of_change()
         state_file_->changed();
     if (const auto inside = to_node_.pass())
         node_->changed();
-    if (resources_changed_)
+    if (!resources_changed_)
+        return;
+    try {
         resources_changed_();
+    } catch (const std::exception& error) {
+        log_.error("resources_changed: {}", error.what()); // what has changed has changed
+    } catch (...) {
+        log_.error("resources_changed: an exception of unknown type");
+    }
 }
 
 bool Instrument::Inside::start(const std::function<bool()>& wait)
 {
     const std::lock_guard lock(lifecycle_);
-    const host::AllSignalsBlocked inherited_by_threads;
     if (is_running_)
         throw std::logic_error("the instrument runs already");
     const host::ServerSettings server = instrument_->configuration().server;
@@ -185,6 +220,8 @@ bool Instrument::Inside::start(const std::function<bool()>& wait)
     if (!find_address(reach.address, wait))
         return false;
     be_at(address_, server.advertised_port.value_or(socket ? socket->port() : server.port));
+    // Not before: `wait` may wait for a signal that is to end it.
+    const host::AllSignalsBlocked inherited_by_threads;
     try {
         run(file, std::move(socket), reach.listen);
     } catch (...) {
@@ -230,9 +267,11 @@ void Instrument::Inside::run(const std::optional<host::ReplacedFile>& file,
     host::StartedFrom from{options_.configuration_name, options_.state_file.value_or(""),
                            socket ? host::text_of(place, socket->port()) : ""};
     if (file) {
-        host::restore_from(
-            *file, *instrument_,
-            options_.reset_state && !has_run_ ? host::StateReset::yes : host::StateReset::no, log_);
+        // Later the records know more than the file: what is scheduled, and what has changed since.
+        if (!has_run_)
+            host::restore_from(*file, *instrument_,
+                               options_.reset_state ? host::StateReset::yes : host::StateReset::no,
+                               log_);
         state_file_.emplace(*file, *instrument_, log_);
         to_state_file_.open();
     }
@@ -254,7 +293,7 @@ void Instrument::Inside::run(const std::optional<host::ReplacedFile>& file,
         log_);
     from.connection_limit = node_->connection_limit();
     host::log_start(log_, *instrument_, from);
-    host::log_reach(log_, place, *instrument_);
+    host::log_reach(log_, options_.http_server ? std::optional(place) : std::nullopt, *instrument_);
 }
 
 bool Instrument::Inside::stop()
@@ -276,8 +315,8 @@ bool Instrument::Inside::end()
     to_node_.close();
     node_.reset();
     binding_.reset();
+    to_state_file_.close(); // before finish(): no change may come beside it
     const bool is_saved = !state_file_ || state_file_->finish();
-    to_state_file_.close();
     state_file_.reset();
     return is_saved;
 }
@@ -298,15 +337,21 @@ void Instrument::Inside::answer(const HttpRequest& request, std::function<void(H
         lasting->give(host::error_response(503, "The instrument does not run", ""));
         return;
     }
-    host::HttpRequest asked = host::request_of(request);
-    node_->handle(asked,
-                  [lasting](host::HttpResponse response) { lasting->give(std::move(response)); });
+    try {
+        host::HttpRequest asked = host::request_of(request);
+        node_->handle(
+            asked, [lasting](host::HttpResponse response) { lasting->give(std::move(response)); });
+    } catch (const std::exception& error) {
+        log_.error("a request was not answered as it should be: {}", error.what());
+        lasting->fail(error.what());
+    }
 }
 
 namespace {
 
 host::Configuration read_configuration(const std::string& text, const Options& options)
 {
+    host::expect_usable(options);
     try {
         return host::parse_configuration(text, options.configuration_name.empty()
                                                    ? "configuration"

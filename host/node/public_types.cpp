@@ -2,13 +2,16 @@
 
 #include "node/public_types.h"
 
+#include <chrono>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "http/error_response.h"
+#include "http/request_path.h"
 #include "text/ipv4_network.h"
 #include "text/quoted_text.h"
 
@@ -74,6 +77,15 @@ std::optional<std::string> field(const std::string& text)
 
 } // namespace
 
+void expect_usable(const pub::Options& options)
+{
+    constexpr std::chrono::milliseconds longest = std::chrono::hours(1);
+    if (options.apply_deadline < std::chrono::milliseconds(1) || options.apply_deadline > longest)
+        throw std::invalid_argument(
+            "Options::apply_deadline: found " + std::to_string(options.apply_deadline.count()) +
+            " ms, allowed: 1 to " + std::to_string(longest.count()) + " ms");
+}
+
 Log log_of(const pub::Options& options, const pub::Callbacks& callbacks)
 {
     const std::optional<LogLevel> least = level_of(options.log_level);
@@ -96,8 +108,8 @@ ServedAs served_as(const pub::Options& options, const BrowserPage& page)
 HttpRequest request_of(const pub::HttpRequest& request)
 {
     HttpRequest asked;
-    asked.method = request.method;
-    asked.path = request.path;
+    asked.method = request.method == "HEAD" ? "GET" : request.method;
+    asked.path = request_path(std::string_view(request.path).substr(0, request.path.find('?')));
     asked.content_type = field(request.content_type);
     asked.accept = field(request.accept);
     asked.if_none_match = field(request.if_none_match);

@@ -12,6 +12,9 @@
 
 namespace nmos_instrument::host {
 
+/// Throws std::invalid_argument for what is out of its range.
+void expect_usable(const nmos_instrument_host::Options& options);
+
 Log log_of(const nmos_instrument_host::Options& options,
            const nmos_instrument_host::Callbacks& callbacks);
 

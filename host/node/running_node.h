@@ -85,9 +85,9 @@ private:
     std::optional<RegistrySource> registries_;
     std::optional<RegistrationClient> registration_;
     ActivationThread activations_;
+    std::optional<Router> router_; ///< before those that use it until they have ended
     ManifestFetcher manifests_;
     EventFeed events_;
-    std::optional<Router> router_;
     std::optional<HttpServer> server_; ///< last, so that it stops before what it uses goes away
 };
 

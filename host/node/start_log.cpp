@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include <fmt/format.h>
 #include <nmos_instrument/version.h>
 
 #include "http/url.h"
@@ -47,23 +48,27 @@ void log_start(const Log& log, Instrument& instrument, const StartedFrom& from)
     const auto interfaces = instrument.configuration().interfaces;
     const std::string node_id = instrument.read(
         [](const Records& records) { return std::string(text_of(records.node.id)); });
+    const std::string listening = from.place.empty()
+                                      ? "by a server of the host"
+                                      : fmt::format("listening at {}, at most {} connections",
+                                                    from.place, from.connection_limit);
     log.info("nmos-instrument {}.{}.{}: node {}, configuration {}, state {}, interfaces {} and {}, "
-             "serving {} (listening at {}, at most {} connections)",
+             "serving {} ({})",
              NMOS_INSTRUMENT_VERSION_MAJOR, NMOS_INSTRUMENT_VERSION_MINOR,
              NMOS_INSTRUMENT_VERSION_PATCH, node_id, name_or_none(from.configuration),
              name_or_none(from.state_file), interfaces[0].address, interfaces[1].address,
-             base_url(instrument.address()), from.place, from.connection_limit);
+             base_url(instrument.address()), listening);
     const std::string warning = clock_warning(utc_now());
     if (!warning.empty())
         log.warning("{}", warning);
 }
 
-void log_reach(const Log& log, const ListenAt& listen, Instrument& instrument)
+void log_reach(const Log& log, const std::optional<ListenAt>& listen, Instrument& instrument)
 {
-    if (is_loopback(listen.address))
+    if (listen && is_loopback(listen->address))
         log.info("only this machine can reach {}: \"listen\" in the configuration, or serve "
                  "--listen eth0, is for a network",
-                 listen.address);
+                 listen->address);
     const std::string announced = announced_by(instrument.configuration());
     const NodeAddress address = instrument.address();
     if (is_loopback(address.host) && !announced.empty())

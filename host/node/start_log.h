@@ -5,6 +5,7 @@
 #ifndef NMOS_INSTRUMENT_HOST_NODE_START_LOG_H
 #define NMOS_INSTRUMENT_HOST_NODE_START_LOG_H
 
+#include <optional>
 #include <string>
 
 #include "instrument/instrument.h"
@@ -18,7 +19,7 @@ struct StartedFrom
 {
     std::string configuration;
     std::string state_file;
-    std::string place; ///< where it listens
+    std::string place; ///< where it listens; empty: at nothing of its own
     unsigned connection_limit = 0;
 };
 
@@ -26,7 +27,8 @@ struct StartedFrom
 void log_start(const Log& log, Instrument& instrument, const StartedFrom& from);
 
 /// Says so if others cannot reach what is listened at, or what they are told.
-void log_reach(const Log& log, const ListenAt& listen, Instrument& instrument);
+/// `listen`: nothing if a server of the host does.
+void log_reach(const Log& log, const std::optional<ListenAt>& listen, Instrument& instrument);
 
 } // namespace nmos_instrument::host
 

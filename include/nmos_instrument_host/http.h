@@ -15,8 +15,8 @@ namespace nmos_instrument_host {
 /// A request as your server has read it. Header fields are as received; empty: there is none.
 struct HttpRequest
 {
-    std::string method;       ///< "GET"; a HEAD is a GET whose body you do not send
-    std::string path;         ///< without query, "/x-nmos/node/v1.2/self"
+    std::string method; ///< "GET"; of the answer to "HEAD" you do not send the body
+    std::string path;   ///< "/x-nmos/node/v1.2/self", still percent-encoded; a query is cut off
     std::string content_type; ///< of the body
     std::string accept;
     std::string if_none_match;

@@ -16,9 +16,9 @@
 //
 // What holds for all of it:
 //
-// Threads     All operations may be called from any thread, but start() and stop() not from a callback.
+// Threads     All operations may be called from any thread. start() and stop() wait for each other.
 //             The library starts threads of its own, in which all signals are blocked; callbacks run
-//             on them.
+//             on them, or on a thread of yours that has called an operation.
 // Process     No signal handler, no exit, no global state: several instruments may live in one process.
 //             start() raises the soft limit of open files as far as the hard limit allows, since each
 //             client needs one.
@@ -80,7 +80,8 @@ enum class LogLevel
     off
 };
 
-/// What the instrument asks of you. All may be empty. None may call start() or stop().
+/// What the instrument asks of you. All may be empty. None may call start() or stop(), nor destroy the
+/// instrument.
 struct Callbacks
 {
     /// The hardware is to do what `active` says: send or receive (`master_enable`), from where, to
@@ -93,20 +94,22 @@ struct Callbacks
     /// changes. If it then says after all that it has applied the connection, it is called again with
     /// what is still active, so that hardware and records agree.
     ///
-    /// After start() it is called for every sender and receiver that is active, as the configuration or
+    /// From start() on it is called for every sender and receiver that is active, as the configuration or
     /// the restored state has it; each is locked until then, and what it refuses is logged.
     ///
-    /// stop() waits for a call that is under way, until its deadline. What the callback touches must
-    /// last as long as a call does that hangs beyond that.
+    /// stop() waits for a call that is under way, until its deadline. What the callback touches, the
+    /// instrument too, must last as long as a call does that hangs beyond that. After another start()
+    /// there may be a second call beside it.
     std::function<Outcome(const Connection& connection, const CONNECTION_HALF_IS05_ST& active)>
         apply_connection;
 
     /// Something that the node shows has changed: connections by controllers, records by you. Called
-    /// without a lock, from the thread that made the change; it must not wait.
+    /// without a lock, from the thread that made the change; it must not wait. What it throws is logged.
     std::function<void()> resources_changed;
 
     /// A line for a log, without line break: ASCII, but for what comes from files and from other
-    /// programs. Called by one thread at a time; whoever logs waits for it. What it throws is swallowed.
+    /// programs. Called by one thread at a time, and whoever logs waits for it: it must not wait, nor
+    /// call the instrument. What it throws is swallowed.
     std::function<void(LogLevel level, std::string_view line)> log;
 };
 
@@ -117,7 +120,7 @@ struct Options
     /// The file in which connections, versions and counters survive a restart; without it they do not.
     /// A controller is answered when its change is in the file. One process at a time can use it.
     std::optional<std::string> state_file;
-    bool reset_state = false; ///< start() begins anew, and the file becomes <file>.previous
+    bool reset_state = false; ///< the first start() begins anew; the file becomes <file>.previous
 
     /// False: nothing listens, and your server asks Instrument::answer.
     bool http_server = true;
@@ -140,8 +143,8 @@ struct Options
 
     LogLevel log_level = LogLevel::info; ///< the least important lines that `log` gets
 
-    /// How long apply_connection may take. Intentional: there is no value for "for ever", since the
-    /// controller waits for the answer.
+    /// How long apply_connection may take, 1 ms to 1 h. Intentional: there is no value for "for ever",
+    /// since the controller waits for the answer.
     std::chrono::milliseconds apply_deadline{5'000};
 
     std::string configuration_name; ///< what messages call the configuration, such as its file
@@ -152,7 +155,8 @@ class NMOS_INSTRUMENT_HOST_EXPORT Instrument
 public:
     /// An instrument as `configuration` describes it: JSON, with or without comments, in which every key
     /// has a default; "{}" is an instrument too. `nmos-instrument serve --print-config` explains each
-    /// key. Throws std::invalid_argument with a line for each key that cannot be used.
+    /// key. Throws std::invalid_argument with a line for each key that cannot be used, or for what
+    /// cannot be used in `options`.
     explicit Instrument(const std::string& configuration, const Options& options = {},
                         const Callbacks& callbacks = {});
 
@@ -167,8 +171,8 @@ public:
     Instrument(const Instrument&) = delete;
     Instrument& operator=(const Instrument&) = delete;
 
-    /// Restores the state, and runs everything: when it returns the APIs are served. May be called again
-    /// after stop(). Returns true.
+    /// Runs everything: when it returns the APIs are served. The first time it restores the state before;
+    /// called again after stop() it goes on with what is known. Returns true.
     ///
     /// If the configuration names an interface that has no IPv4 address yet, `wait` is called until it
     /// has one: it should wait a second, and may give up by false, which start() then returns. Without
@@ -180,11 +184,11 @@ public:
     bool start(const std::function<bool()>& wait = {});
 
     /// Leaves the registry, finishes running requests, saves the state and stops all threads: at most
-    /// some seconds. Returns false if the last changes could not be saved; the log says why. Does
-    /// nothing if it does not run.
+    /// some seconds, and what a call of apply_connection has left until its deadline. Returns false if the
+    /// last changes could not be saved; the log says why. Does nothing if it does not run.
     bool stop();
 
-    /// Where others reach it, "http://192.0.2.10:3000/". While it does not run: where they would.
+    /// Where others reach it, "http://192.0.2.10:3000/". Before start() as far as the configuration says.
     std::string url() const;
 
     /// Calls `use` with the records, under the lock. You may read everything, and change what the
@@ -192,16 +196,22 @@ public:
     /// reads differently afterwards gets its new version and counter, is posted to the registry, saved
     /// and told to whoever watches; you need not do more.
     ///
-    /// Ids, counts of resources, selectors, versions, hrefs and endpoints stay the host's. A change of
-    /// ids or counts, or one of which check_records finds something, throws std::invalid_argument with
-    /// the findings. If that or `use` throws, the records are as before.
+    /// Versions, SDP sessions, subscriptions and the activations of staged halves stay the host's, whatever
+    /// you write there. A change of ids, counts, hrefs or endpoints, of the staged half of a connection
+    /// that is locked, or of something that check_records finds or that cannot be shown, throws
+    /// std::invalid_argument with the findings. If that or `use` throws, the records are as before.
     ///
-    /// `use` must be quick, and must call no operation of the instrument: all requests wait for it.
+    /// It works while the instrument does not run, too; of connections, the state that the first start()
+    /// restores comes before what you have changed.
+    ///
+    /// `use` must be quick, and must call no operation of the instrument: all requests wait for it. The
+    /// records that it gets are gone afterwards.
     void records(const std::function<void(Records& records)>& use);
 
-    /// Answers a request that your own server has received, as the server of the library would; only
-    /// while it runs. `/events` is a 404 here, since its answer never ends. `reply` is called once, at
-    /// once or later, from any thread.
+    /// Answers a request that your own server has received, as the server of the library would; while it
+    /// does not run, with a 503. `/events` is a 404 here, since its answer never ends. `reply` is called
+    /// once, at once or later, from any thread, and before stop() returns. It must not wait, nor call
+    /// start() or stop(); what it throws is swallowed.
     void answer(const HttpRequest& request, std::function<void(HttpAnswer)> reply);
 
 private:

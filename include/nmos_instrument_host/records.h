@@ -22,10 +22,11 @@ struct Records
 
 /// Records that you have filled, for example by default_records.h. They are copied.
 ///
-/// The host needs of them: ids of your own; one device; two interfaces; 3 sources and flows (video,
-/// audio, ancillary data) and 6 senders, or 1 and 4, video only; 24 receivers. What the selectors hide
-/// must be there and may be anything that check_record accepts. `endpoints`, `href`, the hrefs of the
-/// device and the senders, and all versions are the host's: it writes them.
+/// The host needs of them: ids of your own; API version "v1.2"; one clock; two interfaces; one device
+/// whose first control is the Connection API; 3 sources and flows (video, audio, ancillary data) and 6
+/// senders, or 1 and 4, video only; 24 receivers. What the selectors hide may be cleared, or left out
+/// at the end of its array. `endpoints`, `href`, the hrefs of the device and the senders, subscriptions,
+/// SDP sessions and all versions are the host's: it writes them.
 struct FilledRecords
 {
     const NMOS_IS04_ST& node;

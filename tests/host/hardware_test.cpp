@@ -224,6 +224,38 @@ TEST_F(HardwareTest, WhatItRefusesChangesNothing)
     EXPECT_EQ(hardware_.calls().size(), 6U);
 }
 
+// The hardware has applied addresses that the instrument has no longer.
+TEST_F(HardwareTest, GoesBackWhenItsInterfacesHaveGotOtherAddressesMeanwhile)
+{
+    start();
+    ConnectionPatch automatic;
+    automatic.legs[0].interface_ip = "auto";
+    ASSERT_EQ(outcome_of(change(receiver, automatic)).result, ChangeResult::done);
+    std::future<ChangeOutcome> outcome = change(receiver, activation());
+    ASSERT_TRUE(hardware_.has_calls(1));
+    instrument_->change_records([](Records& records) {
+        for (CONNECTION_IS05_ST& one : records.connections.senders) {
+            set_text(one.staged.transport_params[0].source_ip, "192.0.2.99");
+            set_text(one.active.transport_params[0].source_ip, "192.0.2.99");
+        }
+        for (std::size_t i = 0; i < receiver_count; ++i) {
+            CONNECTION_IS05_ST& one = records.connections.receivers[i];
+            if (i != receiver.index)
+                set_text(one.staged.transport_params[0].interface_ip, "192.0.2.99");
+            set_text(one.active.transport_params[0].interface_ip, "192.0.2.99");
+        }
+    });
+    hardware_.apply();
+    expect_failed(outcome_of(std::move(outcome)),
+                  "its interfaces have got other addresses meanwhile");
+    hardware_.apply();
+    EXPECT_TRUE(is_free_soon(receiver));
+    EXPECT_EQ(hardware_.calls(),
+              (std::vector<Call>{{receiver, true, 6000}, {receiver, false, 5004}}));
+    EXPECT_EQ(active(0)["transport_params"][0]["interface_ip"], "192.0.2.99");
+    instrument_->change_records([](Records& records) { set_text(records.node.label, "Rack 7"); });
+}
+
 TEST_F(HardwareTest, AConnectionThatIsBeingActivatedIsLocked)
 {
     start();

@@ -341,6 +341,8 @@ TEST_F(InstrumentRecordsTest, WhatCannotChangeIsRefused)
          "records: node.href is \"http://192.0.2.1/\", allowed is \"http://127.0.0.1:3000/\", as "
          "at the "
          "start"},
+        {[](Records& r) { r.node.endpoints[r.node.endpoints_count++] = r.node.endpoints[0]; },
+         "records: node.endpoints_count is 2, allowed is 1, as at the start"},
         {[](Records& r) { r.node.endpoints[0].port = 80; },
          "records: node.endpoints[0].port is 80, allowed is 3000, as at the start"},
         {[](Records& r) { set_text(r.node.devices[0].controls[0].href, "http://192.0.2.1/"); },

@@ -14,6 +14,7 @@
 #include <future>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -21,6 +22,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <ifaddrs.h>
+#include <sys/socket.h>
 
 #include "host/http_test_client.h"
 #include "nmos_instrument/default_records.h"
@@ -31,8 +34,10 @@ namespace nmos_instrument_host {
 namespace {
 
 using nmos_instrument::host::fetch;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 /// An instrument on loopback that nobody else hears of.
 std::string configuration_of(const std::string& serial_number)
@@ -133,6 +138,69 @@ TEST(NodeTest, StartsAgain)
     EXPECT_EQ(self->status, 200);
 }
 
+TEST(NodeTest, ARestartLosesNothing)
+{
+    const TemporaryFolder folder;
+    Options options = without_server();
+    options.state_file = folder.path() / "state.json";
+    Instrument instrument(configuration_of("NODE-1"), options);
+    instrument.start();
+    HttpRequest later = activation_of(instrument, 0);
+    later.body = R"({"activation": {"mode": "activate_scheduled_relative",)"
+                 R"("requested_time": "3600:0"}})";
+    EXPECT_EQ(ask(instrument, later).status, 202);
+    EXPECT_TRUE(instrument.stop());
+    instrument.records([](Records& records) {
+        records.connections.receivers[1].staged.transport_params[0].destination_port = 5010;
+    });
+
+    instrument.start();
+    EXPECT_THAT(get(instrument, receiver_path(instrument, 0) + "/staged").body,
+                HasSubstr(R"("requested_time":"3600:0")"));
+    EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 423);
+    EXPECT_THAT(get(instrument, receiver_path(instrument, 1) + "/staged").body,
+                HasSubstr(R"("destination_port":5010)"));
+}
+
+/// Empty if all have one.
+std::string interface_without_ipv4()
+{
+    std::set<std::string> all;
+    std::set<std::string> with_ipv4;
+    ifaddrs* first = nullptr;
+    if (getifaddrs(&first) != 0)
+        return "";
+    for (const ifaddrs* one = first; one != nullptr; one = one->ifa_next) {
+        all.insert(one->ifa_name);
+        if (one->ifa_addr != nullptr && one->ifa_addr->sa_family == AF_INET)
+            with_ipv4.insert(one->ifa_name);
+    }
+    freeifaddrs(first);
+    for (const std::string& name : all) {
+        if (with_ipv4.count(name) == 0)
+            return name;
+    }
+    return "";
+}
+
+TEST(NodeTest, ASignalReachesWhoeverWaitsForAnAddress)
+{
+    const std::string interface = interface_without_ipv4();
+    if (interface.empty())
+        GTEST_SKIP() << "all interfaces have an IPv4 address";
+    Instrument instrument(R"({"registration": {"enabled": false}, "server": {"address": ")" +
+                              interface + "\"}}",
+                          without_server());
+    EXPECT_THROW(instrument.start(), std::runtime_error);
+    sigset_t blocked;
+    sigfillset(&blocked);
+    EXPECT_FALSE(instrument.start([&] {
+        pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+        return false;
+    }));
+    EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
+}
+
 TEST(NodeTest, LeavesNoThreadAndNoSignalHandler)
 {
     const std::size_t threads = threads_of_this_process();
@@ -204,6 +272,21 @@ TEST(NodeTest, SaysWhichNetworkIsWrong)
     }
 }
 
+TEST(NodeTest, SaysWhichDeadlineIsWrong)
+{
+    Options options;
+    options.apply_deadline = std::chrono::milliseconds::max();
+    try {
+        Instrument("{}", options);
+        FAIL() << "it was taken";
+    } catch (const std::invalid_argument& error) {
+        EXPECT_STREQ(error.what(), "Options::apply_deadline: found 9223372036854775807 ms, "
+                                   "allowed: 1 to 3600000 ms");
+    }
+    options.apply_deadline = std::chrono::milliseconds(0);
+    EXPECT_THROW(Instrument("{}", options), std::invalid_argument);
+}
+
 TEST(NodeTest, APortInUseIsSaidAndNothingIsKept)
 {
     Instrument first(configuration_of("NODE-1"), at_a_free_port());
@@ -256,6 +339,12 @@ TEST(NodeTest, AnswersForAServerOfTheHost)
     EXPECT_THAT(refusal.headers,
                 ElementsAre(std::pair<std::string, std::string>("Allow", "GET, HEAD, OPTIONS")));
 
+    EXPECT_EQ(get(instrument, "/x-nmos/node/v1.2/%73elf?pretty").body, self.body);
+    HttpRequest head;
+    head.method = "HEAD";
+    head.path = "/x-nmos/node/v1.2/self";
+    EXPECT_EQ(ask(instrument, head).status, 200);
+
     EXPECT_EQ(get(instrument, "/events").status, 404);
     EXPECT_EQ(get(instrument, "/nowhere").status, 404);
     EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 200);
@@ -305,6 +394,37 @@ TEST(NodeTest, AChangedLabelIsShownWithANewVersion)
     const std::string self = get(instrument, "/x-nmos/node/v1.2/self").body;
     EXPECT_THAT(self, HasSubstr(R"("label":"Rack 5")"));
     EXPECT_THAT(self, Not(HasSubstr(version)));
+}
+
+TEST(NodeTest, WhatResourcesChangedThrowsStopsNobody)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.resources_changed = [] { throw std::runtime_error("no display"); };
+    callbacks.log = [&](LogLevel level, std::string_view line) {
+        if (level == LogLevel::error)
+            log.emplace_back(line);
+    };
+    Instrument instrument(configuration_of("NODE-1"), without_server(), callbacks);
+    instrument.start();
+    EXPECT_NO_THROW(
+        instrument.records([](Records& records) { std::strcpy(records.node.label, "Rack 5"); }));
+    EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 200);
+    instrument.stop();
+    EXPECT_THAT(log, ElementsAre("resources_changed: no display", "resources_changed: no display"));
+}
+
+TEST(NodeTest, TheLogOfAServerOfTheHostNamesNoPortOfOurs)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.log = [&](LogLevel, std::string_view line) { log.emplace_back(line); };
+    Instrument instrument(configuration_of("NODE-1"), without_server(), callbacks);
+    instrument.start();
+    instrument.stop();
+    EXPECT_THAT(log,
+                Contains(HasSubstr("serving http://127.0.0.1:3000/ (by a server of the host)")));
+    EXPECT_THAT(log, Not(Contains(HasSubstr("only this machine can reach"))));
 }
 
 TEST(NodeTest, AChangedIdIsRefused)
@@ -373,6 +493,42 @@ TEST(NodeTest, SlowHardwareHoldsNobodyUp)
     instrument.records([](Records& records) { std::strcpy(records.node.label, "Rack 5"); });
     released.set_value();
     EXPECT_EQ(answered.get_future().get().status, 200);
+}
+
+TEST(NodeTest, StoppingAnswersWhoWaitsForTheHardware)
+{
+    std::promise<void> released;
+    // The call outlasts the test's variables: it has its own.
+    const auto begun = std::make_shared<std::promise<void>>();
+    Callbacks callbacks;
+    callbacks.apply_connection = [begun, release = released.get_future().share()](
+                                     const Connection& connection, const CONNECTION_HALF_IS05_ST&) {
+        if (connection.side == Connection::Side::sender)
+            return applied(); // those that send from the start
+        begun->set_value();
+        release.wait();
+        return applied();
+    };
+    Options options = without_server();
+    options.apply_deadline = std::chrono::milliseconds(200);
+    Instrument instrument(configuration_of("NODE-1"), options, callbacks);
+    instrument.start();
+    const std::string path = receiver_path(instrument, 0);
+    std::promise<HttpAnswer> answered;
+    instrument.answer(activation_of(instrument, 0),
+                      [&](HttpAnswer answer) { answered.set_value(std::move(answer)); });
+    begun->get_future().wait();
+    EXPECT_TRUE(instrument.stop());
+    std::future<HttpAnswer> answer = answered.get_future();
+    ASSERT_EQ(answer.wait_for(std::chrono::seconds(0)), std::future_status::ready);
+    EXPECT_EQ(answer.get().status, 500);
+
+    instrument.start(); // nobody is locked by the call that was left behind
+    HttpRequest stage = activation_of(instrument, 0);
+    stage.body = R"({"master_enable": false})";
+    EXPECT_EQ(ask(instrument, stage).status, 200);
+    EXPECT_THAT(get(instrument, path + "/active").body, HasSubstr(R"("multicast_ip":null)"));
+    released.set_value();
 }
 
 TEST(NodeTest, AStateSurvivesAndTheHardwareFollowsIt)
