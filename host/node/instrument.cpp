@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
@@ -110,6 +111,7 @@ private:
              std::optional<host::ListeningSocket> socket, const host::ListenAt& place);
     bool end();
     void tell_of_change();
+    void tell_host() noexcept;
 
     const Options options_;
     const std::function<void()> resources_changed_;
@@ -160,8 +162,21 @@ void Instrument::Inside::tell_of_change()
         state_file_->changed();
     if (const auto inside = to_node_.pass())
         node_->changed();
-    if (resources_changed_)
+    tell_host();
+}
+
+/// The change is made: what the host's function throws keeps nobody from the answer.
+void Instrument::Inside::tell_host() noexcept
+{
+    if (!resources_changed_)
+        return;
+    try {
         resources_changed_();
+    } catch (const std::exception& error) {
+        log_.error("resources_changed has thrown: {}", error.what());
+    } catch (...) {
+        log_.error("resources_changed has thrown an exception of unknown type");
+    }
 }
 
 bool Instrument::Inside::start(const std::function<bool()>& wait)

@@ -16,7 +16,9 @@
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -32,6 +34,7 @@ namespace {
 
 using nmos_instrument::host::fetch;
 using nmos_instrument::host::TestResponse;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
@@ -276,6 +279,22 @@ TEST(NodeTest, PageFilesAreServed)
     browser.path = "/";
     browser.accept = "text/html";
     EXPECT_EQ(ask(instrument, browser).body, "<p>");
+}
+
+TEST(NodeTest, WhatAListenerThrowsUndoesNothing)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.resources_changed = [] { throw std::runtime_error("the listener's own"); };
+    callbacks.log = [&](LogLevel, std::string_view line) { log.emplace_back(line); };
+    Instrument instrument(configuration_of("NODE-1"), without_server(), callbacks);
+    instrument.start();
+    EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 200);
+    EXPECT_NO_THROW(
+        instrument.records([](Records& records) { std::strcpy(records.node.label, "Rack 5"); }));
+    EXPECT_THAT(get(instrument, "/x-nmos/node/v1.2/self").body, HasSubstr(R"("label":"Rack 5")"));
+    instrument.stop();
+    EXPECT_THAT(log, Contains("resources_changed has thrown: the listener's own"));
 }
 
 TEST(NodeTest, OnlyWhoMayChangesSomething)
