@@ -291,8 +291,8 @@ bool Instrument::Inside::end()
     to_node_.close();
     node_.reset();
     binding_.reset();
+    to_state_file_.close(); // callers of records() may still change something
     const bool is_saved = !state_file_ || state_file_->finish();
-    to_state_file_.close();
     state_file_.reset();
     return is_saved;
 }

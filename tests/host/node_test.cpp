@@ -297,6 +297,29 @@ TEST(NodeTest, WhatAListenerThrowsUndoesNothing)
     EXPECT_THAT(log, Contains("resources_changed has thrown: the listener's own"));
 }
 
+TEST(NodeTest, RecordsMayChangeWhileItStops)
+{
+    const TemporaryFolder folder;
+    Options options = without_server();
+    options.state_file = folder.path() / "state.json";
+    Instrument instrument(configuration_of("NODE-1"), options);
+    std::atomic<bool> ends{false};
+    std::thread changing([&] {
+        for (int i = 0; !ends; ++i) {
+            instrument.records([&](Records& records) {
+                std::strcpy(records.node.label, std::to_string(i).c_str());
+            });
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    for (int i = 0; i < 20; ++i) {
+        instrument.start();
+        EXPECT_TRUE(instrument.stop());
+    }
+    ends = true;
+    changing.join();
+}
+
 TEST(NodeTest, OnlyWhoMayChangesSomething)
 {
     Options options = without_server();
