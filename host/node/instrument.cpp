@@ -10,6 +10,7 @@
 #include <optional>
 #include <shared_mutex>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "configuration/configuration.h"
@@ -344,11 +345,23 @@ host::ApplyConnection apply_connection_of(const Callbacks& callbacks)
     };
 }
 
+/// Beyond a day somebody means "for ever"; far beyond, a clock cannot count it.
+void expect_possible(std::chrono::milliseconds apply_deadline)
+{
+    constexpr std::chrono::milliseconds shortest{1};
+    constexpr std::chrono::milliseconds longest = std::chrono::hours(24);
+    if (apply_deadline < shortest || apply_deadline > longest)
+        throw std::invalid_argument(
+            "Options::apply_deadline: found " + std::to_string(apply_deadline.count()) +
+            " ms, allowed: 1 ms to " + std::to_string(longest.count()) + " ms (a day)");
+}
+
 std::unique_ptr<host::Instrument> make_instrument(host::FilledRecords filled,
                                                   const host::NodeAddress& address,
                                                   const Options& options,
                                                   const Callbacks& callbacks, const host::Log& log)
 {
+    expect_possible(options.apply_deadline);
     const host::AllSignalsBlocked inherited_by_threads;
     return std::make_unique<host::Instrument>(
         std::move(filled), address, host::tai_now, log,

@@ -320,6 +320,20 @@ TEST(NodeTest, RecordsMayChangeWhileItStops)
     changing.join();
 }
 
+TEST(NodeTest, ADeadlineThatNoClockCountsIsRefused)
+{
+    for (const auto deadline :
+         {std::chrono::milliseconds(-1), std::chrono::milliseconds(0),
+          std::chrono::milliseconds(86'400'001), std::chrono::milliseconds::max()}) {
+        Options options = without_server();
+        options.apply_deadline = deadline;
+        EXPECT_THROW(Instrument(configuration_of("NODE-1"), options), std::invalid_argument);
+    }
+    Options options = without_server();
+    options.apply_deadline = std::chrono::hours(24);
+    EXPECT_NO_THROW(Instrument(configuration_of("NODE-1"), options));
+}
+
 TEST(NodeTest, OnlyWhoMayChangesSomething)
 {
     Options options = without_server();
