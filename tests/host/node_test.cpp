@@ -334,6 +334,22 @@ TEST(NodeTest, ADeadlineThatNoClockCountsIsRefused)
     EXPECT_NO_THROW(Instrument(configuration_of("NODE-1"), options));
 }
 
+TEST(NodeTest, APageFileThatNobodyCouldGetIsRefused)
+{
+    for (const char* path :
+         {"", "/", "a.js", "/page/", "/{sender}", "/x-nmos/node/v1.2/self", "/page/a.js"}) {
+        Options options = without_server();
+        options.page = {{"/page/a.js", "text/javascript", "\"1\"", "let a;"},
+                        {path, "text/html", "\"2\"", "<p>"}};
+        try {
+            Instrument(configuration_of("NODE-1"), options);
+            ADD_FAILURE() << path << " was taken";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_THAT(error.what(), HasSubstr(std::string("Options::page: found \"") + path));
+        }
+    }
+}
+
 TEST(NodeTest, OnlyWhoMayChangesSomething)
 {
     Options options = without_server();
