@@ -96,7 +96,7 @@ ServedAs served_as(const pub::Options& options, const BrowserPage& page)
 HttpRequest request_of(const pub::HttpRequest& request)
 {
     HttpRequest asked;
-    asked.method = request.method;
+    asked.method = request.method == "HEAD" ? "GET" : request.method;
     asked.path = request.path;
     asked.content_type = field(request.content_type);
     asked.accept = field(request.accept);

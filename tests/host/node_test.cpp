@@ -320,6 +320,16 @@ TEST(NodeTest, RecordsMayChangeWhileItStops)
     changing.join();
 }
 
+TEST(NodeTest, AHeadIsAnsweredAsAGet)
+{
+    Instrument instrument(configuration_of("NODE-1"), without_server());
+    instrument.start();
+    HttpRequest head;
+    head.method = "HEAD";
+    head.path = "/x-nmos/node/v1.2/self";
+    EXPECT_EQ(ask(instrument, head).status, 200);
+}
+
 TEST(NodeTest, ADeadlineThatNoClockCountsIsRefused)
 {
     for (const auto deadline :
