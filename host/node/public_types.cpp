@@ -17,6 +17,9 @@ namespace {
 
 namespace pub = nmos_instrument_host;
 
+/// More than "[2001:db8:ffff:ffff:ffff:ffff:192.0.2.255]:65535" needs. The log and /status show it.
+constexpr std::size_t longest_peer = 64;
+
 /// Nothing for "off".
 std::optional<LogLevel> level_of(pub::LogLevel level)
 {
@@ -102,7 +105,7 @@ HttpRequest request_of(const pub::HttpRequest& request)
     asked.accept = field(request.accept);
     asked.if_none_match = field(request.if_none_match);
     asked.body = request.body;
-    asked.peer = request.peer;
+    asked.peer = printable(std::string_view(request.peer).substr(0, longest_peer));
     return asked;
 }
 

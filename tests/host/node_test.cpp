@@ -330,6 +330,28 @@ TEST(NodeTest, AHeadIsAnsweredAsAGet)
     EXPECT_EQ(ask(instrument, head).status, 200);
 }
 
+TEST(NodeTest, APeerOfAnyBytesForgesNoLineAndLeavesStatusJson)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.log = [&](LogLevel, std::string_view line) { log.emplace_back(line); };
+    Options options = without_server();
+    options.changes_from = {"198.51.100.0/24"};
+    Instrument instrument(configuration_of("NODE-1"), options, callbacks);
+    instrument.start();
+    HttpRequest patch = activation_of(instrument, 0);
+    patch.peer = "192.0.2.1:1\nforged \xff" + std::string(1'000'000, 'x');
+    EXPECT_EQ(ask(instrument, patch).status, 403);
+    const std::string status = get(instrument, "/status").body;
+    EXPECT_THAT(status, HasSubstr(R"(192.0.2.1:1\\x0aforged \\xffx)"));
+    EXPECT_THAT(status, Not(HasSubstr(std::string(100, 'x'))));
+    instrument.stop();
+    for (const std::string& line : log) {
+        EXPECT_EQ(line.find('\n'), std::string::npos) << line;
+        EXPECT_LT(line.size(), 1000U);
+    }
+}
+
 TEST(NodeTest, ADeadlineThatNoClockCountsIsRefused)
 {
     for (const auto deadline :
