@@ -2,9 +2,11 @@
 
 #include "node/public_types.h"
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -53,6 +55,12 @@ pub::LogLevel public_level(LogLevel level)
     return pub::LogLevel::error;
 }
 
+bool is_control(char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7f;
+}
+
 /// `option` is the name of the member, for the message.
 std::vector<Ipv4Network> networks(const char* option, const std::vector<std::string>& texts)
 {
@@ -69,6 +77,15 @@ std::vector<Ipv4Network> networks(const char* option, const std::vector<std::str
     return networks;
 }
 
+/// Names of files may have line breaks, and worse; other than ASCII they keep.
+std::string without_controls(std::string_view line)
+{
+    std::string shown;
+    for (const char c : line)
+        shown += is_control(c) ? printable({&c, 1}) : std::string(1, c);
+    return shown;
+}
+
 /// As the host has it: a field that is missing is nothing.
 std::optional<std::string> field(const std::string& text)
 {
@@ -83,7 +100,10 @@ Log log_of(const pub::Options& options, const pub::Callbacks& callbacks)
     if (!callbacks.log || !least)
         return {};
     return {*least, [write = callbacks.log](LogLevel level, std::string_view line) {
-                write(public_level(level), line);
+                if (std::any_of(line.begin(), line.end(), is_control))
+                    write(public_level(level), without_controls(line));
+                else
+                    write(public_level(level), line);
             }};
 }
 

@@ -352,6 +352,19 @@ TEST(NodeTest, APeerOfAnyBytesForgesNoLineAndLeavesStatusJson)
     }
 }
 
+TEST(NodeTest, ALineOfTheLogHasNoLineBreak)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.log = [&](LogLevel, std::string_view line) { log.emplace_back(line); };
+    Options options = without_server();
+    options.configuration_name = "rack\n4\xc3\xa4.json";
+    Instrument instrument(configuration_of("NODE-1"), options, callbacks);
+    instrument.start();
+    instrument.stop();
+    EXPECT_THAT(log, Contains(HasSubstr("configuration rack\\x0a4\xc3\xa4.json, ")));
+}
+
 TEST(NodeTest, ADeadlineThatNoClockCountsIsRefused)
 {
     for (const auto deadline :
