@@ -425,10 +425,10 @@ bool Instrument::end_activation(PreparedActivation& prepared, const Then& then,
 
 void Instrument::set_up_hardware()
 {
-    if (!hardware_)
+    if (!hardware_options_.apply)
         return;
     const std::lock_guard lock(mutex_);
-    if (hardware_ends_) {
+    if (!hardware_ || hardware_ends_) { // none: an earlier start found no memory for its threads
         hardware_.emplace(hardware_options_);
         hardware_ends_ = false;
         activations_.end_all();

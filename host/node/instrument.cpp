@@ -10,6 +10,7 @@
 #include <new>
 #include <optional>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "configuration/configuration.h"
@@ -116,7 +117,7 @@ public:
            const Options& options, const Callbacks& callbacks);
     ~Inside()
     {
-        stop();
+        tell("stop()", [this] { stop(); });
         log_.end(); // a thread that was left behind may still have it
     }
 
@@ -138,7 +139,9 @@ private:
     void run(const std::optional<host::ReplacedFile>& file,
              std::optional<host::ListeningSocket> socket, const host::ListenAt& place);
     bool end();
-    void tell_of_change();
+    void tell_of_change() noexcept;
+    template <class News>
+    void tell(const char* whom, const News& news) const noexcept;
 
     const Options options_;
     const std::function<void()> resources_changed_;
@@ -183,20 +186,32 @@ Instrument::Inside::Inside(
     });
 }
 
-void Instrument::Inside::tell_of_change()
+/// The change is made: whoever cannot be told keeps nobody from the answer, nor the others from the news.
+void Instrument::Inside::tell_of_change() noexcept
 {
-    if (const auto inside = to_state_file_.pass())
-        state_file_->changed();
-    if (const auto inside = to_node_.pass())
-        node_->changed();
-    if (!resources_changed_)
-        return;
+    tell("the state file", [this] {
+        if (const auto inside = to_state_file_.pass())
+            state_file_->changed();
+    });
+    tell("the registration or the advertisement", [this] {
+        if (const auto inside = to_node_.pass())
+            node_->changed();
+    });
+    tell("resources_changed", [this] {
+        if (resources_changed_)
+            resources_changed_();
+    });
+}
+
+template <class News>
+void Instrument::Inside::tell(const char* whom, const News& news) const noexcept
+{
     try {
-        resources_changed_();
+        news();
     } catch (const std::exception& error) {
-        log_.error("resources_changed: {}", error.what()); // what has changed has changed
+        log_.error("{} has thrown: {}", whom, error.what());
     } catch (...) {
-        log_.error("resources_changed: an exception of unknown type");
+        log_.error("{} has thrown an exception of unknown type", whom);
     }
 }
 
@@ -315,7 +330,7 @@ bool Instrument::Inside::end()
     to_node_.close();
     node_.reset();
     binding_.reset();
-    to_state_file_.close(); // before finish(): no change may come beside it
+    to_state_file_.close(); // callers of records() may still change something
     const bool is_saved = !state_file_ || state_file_->finish();
     state_file_.reset();
     return is_saved;

@@ -2,6 +2,7 @@
 
 #include "node/public_types.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <stdexcept>
@@ -19,6 +20,9 @@ namespace nmos_instrument::host {
 namespace {
 
 namespace pub = nmos_instrument_host;
+
+/// More than "[2001:db8:ffff:ffff:ffff:ffff:192.0.2.255]:65535" needs. The log and /status show it.
+constexpr std::size_t longest_peer = 64;
 
 /// Nothing for "off".
 std::optional<LogLevel> level_of(pub::LogLevel level)
@@ -53,6 +57,12 @@ pub::LogLevel public_level(LogLevel level)
     return pub::LogLevel::error;
 }
 
+bool is_control(char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7f;
+}
+
 /// `option` is the name of the member, for the message.
 std::vector<Ipv4Network> networks(const char* option, const std::vector<std::string>& texts)
 {
@@ -67,6 +77,15 @@ std::vector<Ipv4Network> networks(const char* option, const std::vector<std::str
         networks.push_back(*network);
     }
     return networks;
+}
+
+/// Names of files may have line breaks, and worse; other than ASCII they keep.
+std::string without_controls(std::string_view line)
+{
+    std::string shown;
+    for (const char c : line)
+        shown += is_control(c) ? printable({&c, 1}) : std::string(1, c);
+    return shown;
 }
 
 /// As the host has it: a field that is missing is nothing.
@@ -92,7 +111,10 @@ Log log_of(const pub::Options& options, const pub::Callbacks& callbacks)
     if (!callbacks.log || !least)
         return {};
     return {*least, [write = callbacks.log](LogLevel level, std::string_view line) {
-                write(public_level(level), line);
+                if (std::any_of(line.begin(), line.end(), is_control))
+                    write(public_level(level), without_controls(line));
+                else
+                    write(public_level(level), line);
             }};
 }
 
@@ -114,7 +136,7 @@ HttpRequest request_of(const pub::HttpRequest& request)
     asked.accept = field(request.accept);
     asked.if_none_match = field(request.if_none_match);
     asked.body = request.body;
-    asked.peer = request.peer;
+    asked.peer = printable(std::string_view(request.peer).substr(0, longest_peer));
     return asked;
 }
 

@@ -20,7 +20,7 @@ struct HttpRequest
     std::string content_type; ///< of the body
     std::string accept;
     std::string if_none_match;
-    std::string body;
+    std::string body; ///< limit its length yourself; the library's own server takes 1 MB
     std::string peer; ///< address and port of the client, "192.0.2.1:50123", for log and permission
 };
 

@@ -17,7 +17,9 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -366,6 +368,90 @@ TEST(NodeTest, PageFilesAreServed)
     EXPECT_EQ(ask(instrument, browser).body, "<p>");
 }
 
+TEST(NodeTest, RecordsMayChangeWhileItStops)
+{
+    const TemporaryFolder folder;
+    Options options = without_server();
+    options.state_file = folder.path() / "state.json";
+    Instrument instrument(configuration_of("NODE-1"), options);
+    std::atomic<bool> ends{false};
+    std::thread changing([&] {
+        for (int i = 0; !ends; ++i) {
+            instrument.records([&](Records& records) {
+                std::strcpy(records.node.label, std::to_string(i).c_str());
+            });
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    for (int i = 0; i < 20; ++i) {
+        instrument.start();
+        EXPECT_TRUE(instrument.stop());
+    }
+    ends = true;
+    changing.join();
+}
+
+TEST(NodeTest, AHeadIsAnsweredAsAGet)
+{
+    Instrument instrument(configuration_of("NODE-1"), without_server());
+    instrument.start();
+    HttpRequest head;
+    head.method = "HEAD";
+    head.path = "/x-nmos/node/v1.2/self";
+    EXPECT_EQ(ask(instrument, head).status, 200);
+}
+
+TEST(NodeTest, APeerOfAnyBytesForgesNoLineAndLeavesStatusJson)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.log = [&](LogLevel, std::string_view line) { log.emplace_back(line); };
+    Options options = without_server();
+    options.changes_from = {"198.51.100.0/24"};
+    Instrument instrument(configuration_of("NODE-1"), options, callbacks);
+    instrument.start();
+    HttpRequest patch = activation_of(instrument, 0);
+    patch.peer = "192.0.2.1:1\nforged \xff" + std::string(1'000'000, 'x');
+    EXPECT_EQ(ask(instrument, patch).status, 403);
+    const std::string status = get(instrument, "/status").body;
+    EXPECT_THAT(status, HasSubstr(R"(192.0.2.1:1\\x0aforged \\xffx)"));
+    EXPECT_THAT(status, Not(HasSubstr(std::string(100, 'x'))));
+    instrument.stop();
+    for (const std::string& line : log) {
+        EXPECT_EQ(line.find('\n'), std::string::npos) << line;
+        EXPECT_LT(line.size(), 1000U);
+    }
+}
+
+TEST(NodeTest, ALineOfTheLogHasNoLineBreak)
+{
+    std::vector<std::string> log;
+    Callbacks callbacks;
+    callbacks.log = [&](LogLevel, std::string_view line) { log.emplace_back(line); };
+    Options options = without_server();
+    options.configuration_name = "rack\n4\xc3\xa4.json";
+    Instrument instrument(configuration_of("NODE-1"), options, callbacks);
+    instrument.start();
+    instrument.stop();
+    EXPECT_THAT(log, Contains(HasSubstr("configuration rack\\x0a4\xc3\xa4.json, ")));
+}
+
+TEST(NodeTest, APageFileThatNobodyCouldGetIsRefused)
+{
+    for (const char* path :
+         {"", "/", "a.js", "/page/", "/{sender}", "/x-nmos/node/v1.2/self", "/page/a.js"}) {
+        Options options = without_server();
+        options.page = {{"/page/a.js", "text/javascript", "\"1\"", "let a;"},
+                        {path, "text/html", "\"2\"", "<p>"}};
+        try {
+            Instrument(configuration_of("NODE-1"), options);
+            ADD_FAILURE() << path << " was taken";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_THAT(error.what(), HasSubstr(std::string("Options::page: found \"") + path));
+        }
+    }
+}
+
 TEST(NodeTest, OnlyWhoMayChangesSomething)
 {
     Options options = without_server();
@@ -411,7 +497,8 @@ TEST(NodeTest, WhatResourcesChangedThrowsStopsNobody)
         instrument.records([](Records& records) { std::strcpy(records.node.label, "Rack 5"); }));
     EXPECT_EQ(ask(instrument, activation_of(instrument, 0)).status, 200);
     instrument.stop();
-    EXPECT_THAT(log, ElementsAre("resources_changed: no display", "resources_changed: no display"));
+    EXPECT_THAT(log, ElementsAre("resources_changed has thrown: no display",
+                                 "resources_changed has thrown: no display"));
 }
 
 TEST(NodeTest, TheLogOfAServerOfTheHostNamesNoPortOfOurs)
