@@ -61,7 +61,7 @@ void follow(const CONNECTION_HALF_IS05_ST& active, Side side, SUBSCRIPTION_IS04_
 }
 
 /// What is not known before all is found to be right.
-void finish(FilledRecords& filled, const TaiTime& now)
+void finish(const FilledRecords& filled, const TaiTime& now)
 {
     Records& records = *filled.records;
     for (std::size_t i = 0; i < sender_count; ++i) {

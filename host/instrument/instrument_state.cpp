@@ -40,10 +40,12 @@ SavedState Instrument::saved_state()
     const Nmos& counters = advertisement_;
     state.counters = {counters.ver_slf, counters.ver_src, counters.ver_flw,
                       counters.ver_dvc, counters.ver_snd, counters.ver_rcv};
-    visit_resources(*records_, *conformance_, [&](auto, auto& id, auto& version, auto&& make_body) {
-        state.resources[std::string(text_of(id))] = {
-            parse_tai_time(text_of(version)).value_or(TaiTime()), body_hash(version, make_body)};
-    });
+    visit_resources(*records_, *conformance_,
+                    [&](auto, const auto& id, auto& version, auto&& make_body) {
+                        state.resources[std::string(text_of(id))] = {
+                            parse_tai_time(text_of(version)).value_or(TaiTime()),
+                            body_hash(version, make_body)};
+                    });
     for (const auto& [key, facts] : facts_) {
         const CONNECTION_IS05_ST& from = connection(key);
         if (key.side == Side::sender)
@@ -126,7 +128,7 @@ void Instrument::restore_versions(const std::map<std::string, SavedResource>& sa
 {
     const TaiTime now = clock_();
     visit_resources(*records_, *conformance_,
-                    [&](auto count_change, auto& id, auto& version, auto&& make_body) {
+                    [&](auto count_change, const auto& id, auto& version, auto&& make_body) {
                         const auto found = saved.find(std::string(text_of(id)));
                         const bool same = found != saved.end() &&
                                           found->second.body_hash == body_hash(version, make_body);
