@@ -121,22 +121,11 @@ private:
     void write_video_format()
     {
         const PictureSize size = picture_size(sys_.sdp_video_system);
-        text_.append("a=fmtp:", payload_type_,
-                     " sampling=YCbCr-4:2:2; width=", NumberText(size.width),
-                     "; height=", NumberText(size.height), "; depth=10; exactframerate=");
-        write_frame_rate(picture_rate(sys_.sdp_video_frame_rate));
-        text_.append(" colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; TP=2110TPN; PM=",
+        text_.append("a=fmtp:", payload_type_, " sampling=YCbCr-4:2:2; width=", size.width_text,
+                     "; height=", size.height_text,
+                     "; depth=10; exactframerate=", picture_rate(sys_.sdp_video_frame_rate).text,
+                     " colorimetry=BT709; TCS=SDR; SSN=ST2110-20:2017; TP=2110TPN; PM=",
                      sys_.sdp_st2110_mode != stream_mode_st2022_6 ? "2110BPM" : "2022-6", "; \r\n");
-    }
-
-    /// The value of exactframerate and, for interlaced rates, the interlace flag after it (SMPTE ST
-    /// 2110-20 7.2, 7.3).
-    void write_frame_rate(const PictureRate& rate)
-    {
-        text_.append(NumberText(rate.numerator));
-        if (rate.denominator != 1)
-            text_.append("/", NumberText(rate.denominator));
-        text_.append(rate.is_interlaced ? "; interlace;" : ";");
     }
 
     void write_audio_format()
