@@ -4,7 +4,6 @@
 // NMOS_ERROR_NO_MEMORY, the buffer holds an empty text, no block stays, and the next call works.
 
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -14,61 +13,13 @@
 
 #include "nmos_instrument_c.h"
 #include "support/clean_records.h"
+#include "support/failing_allocator.h"
 
 namespace {
 
-// Counted only between start and stop, in the one thread of this test.
-bool counting = false;
-long allocations_left = 0; // before one fails
-long blocks_alive = 0;
-
-void* allocate(std::size_t size)
-{
-    if (counting && allocations_left-- == 0)
-        throw std::bad_alloc();
-    void* const block = std::malloc(size != 0 ? size : 1);
-    if (block == nullptr)
-        throw std::bad_alloc();
-    if (counting)
-        ++blocks_alive;
-    return block;
-}
-
-void release(void* block) noexcept
-{
-    if (counting && block != nullptr)
-        --blocks_alive;
-    std::free(block);
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return allocate(size);
-}
-void* operator new[](std::size_t size)
-{
-    return allocate(size);
-}
-void operator delete(void* block) noexcept
-{
-    release(block);
-}
-void operator delete[](void* block) noexcept
-{
-    release(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-    release(block);
-}
-void operator delete[](void* block, std::size_t) noexcept
-{
-    release(block);
-}
-
-namespace {
+using failing_allocator::allocations_left;
+using failing_allocator::blocks_alive;
+using failing_allocator::counting;
 
 constexpr std::size_t buffer_size = 200000;
 

@@ -4,7 +4,6 @@
 // leave everything as it was. Alone in its process, whose allocator it replaces.
 
 #include <cstddef>
-#include <cstdlib>
 #include <functional>
 #include <future>
 #include <new>
@@ -18,52 +17,13 @@
 
 #include "instrument/instrument.h"
 #include "instrument/saved_state.h"
-
-namespace {
-
-// Counted only between start and stop, in one thread.
-thread_local bool counting = false;
-thread_local long allocations_left = 0; // before one fails
-
-void* allocate(std::size_t size)
-{
-    if (counting && allocations_left-- == 0)
-        throw std::bad_alloc();
-    void* const block = std::malloc(size != 0 ? size : 1);
-    if (block == nullptr)
-        throw std::bad_alloc();
-    return block;
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return allocate(size);
-}
-void* operator new[](std::size_t size)
-{
-    return allocate(size);
-}
-void operator delete(void* block) noexcept
-{
-    std::free(block);
-}
-void operator delete[](void* block) noexcept
-{
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
-void operator delete[](void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
+#include "support/failing_allocator.h"
 
 namespace nmos_instrument::host {
 namespace {
+
+using failing_allocator::allocations_left;
+using failing_allocator::counting;
 
 class FailingChangeTest : public testing::Test
 {

@@ -6,7 +6,6 @@
 
 #include <cctype>
 #include <cstddef>
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <string>
@@ -15,62 +14,14 @@
 
 #include "support/all_operations.h"
 #include "support/clean_records.h"
+#include "support/failing_allocator.h"
 #include "support/same_bytes.h"
 
 namespace {
 
-// Counted only between start and stop, in the one thread of this test.
-bool counting = false;
-long allocations_left = 0; // before one fails
-long blocks_alive = 0;
-
-void* allocate(std::size_t size)
-{
-    if (counting && allocations_left-- == 0)
-        throw std::bad_alloc();
-    void* const block = std::malloc(size != 0 ? size : 1);
-    if (block == nullptr)
-        throw std::bad_alloc();
-    if (counting)
-        ++blocks_alive;
-    return block;
-}
-
-void release(void* block) noexcept
-{
-    if (counting && block != nullptr)
-        --blocks_alive;
-    std::free(block);
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return allocate(size);
-}
-void* operator new[](std::size_t size)
-{
-    return allocate(size);
-}
-void operator delete(void* block) noexcept
-{
-    release(block);
-}
-void operator delete[](void* block) noexcept
-{
-    release(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-    release(block);
-}
-void operator delete[](void* block, std::size_t) noexcept
-{
-    release(block);
-}
-
-namespace {
+using failing_allocator::allocations_left;
+using failing_allocator::blocks_alive;
+using failing_allocator::counting;
 
 constexpr const char* sdp_file =
     "v=0\r\n"
