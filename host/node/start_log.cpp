@@ -52,10 +52,9 @@ void log_start(const Log& log, Instrument& instrument, const StartedFrom& from)
                                       ? "by a server of the host"
                                       : fmt::format("listening at {}, at most {} connections",
                                                     from.place, from.connection_limit);
-    log.info("nmos-instrument {}.{}.{}: node {}, configuration {}, state {}, interfaces {} and {}, "
+    log.info("nmos-instrument {}: node {}, configuration {}, state {}, interfaces {} and {}, "
              "serving {} ({})",
-             NMOS_INSTRUMENT_VERSION_MAJOR, NMOS_INSTRUMENT_VERSION_MINOR,
-             NMOS_INSTRUMENT_VERSION_PATCH, node_id, name_or_none(from.configuration),
+             nmos_instrument::version(), node_id, name_or_none(from.configuration),
              name_or_none(from.state_file), interfaces[0].address, interfaces[1].address,
              base_url(instrument.address()), listening);
     const std::string warning = clock_warning(utc_now());

@@ -12,9 +12,7 @@ namespace nmos_instrument::program {
 /// "nmos-instrument 1.0.0"
 inline std::string version_text()
 {
-    return "nmos-instrument " + std::to_string(NMOS_INSTRUMENT_VERSION_MAJOR) + '.' +
-           std::to_string(NMOS_INSTRUMENT_VERSION_MINOR) + '.' +
-           std::to_string(NMOS_INSTRUMENT_VERSION_PATCH);
+    return std::string("nmos-instrument ") + nmos_instrument::version();
 }
 
 } // namespace nmos_instrument::program
